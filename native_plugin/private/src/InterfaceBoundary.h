@@ -1,0 +1,35 @@
+#pragma once
+
+// What all exports share. An export checks its arguments in a fixed order, calls the model and copies the
+// result out; everything that many of them do in the same way stands here.
+
+#include "UtilityContextInstance.h"
+
+#include <exception>
+
+namespace Velkori_Utility {
+
+// Logs that an exception was stopped at the boundary. `what` is null if it wasn't a standard one.
+void LogStoppedException(const char* exportName, const char* what) noexcept;
+
+// Runs the body of an export. No exception leaves the library: memory that runs out or a container beyond its
+// length ends as an error line and velkori_Result_OperationFailed.
+template <typename Body>
+velkori_Result AtBoundary(const char* exportName, const Body& body) noexcept {
+    try {
+        return body();
+    } catch (const std::exception& exception) {
+        LogStoppedException(exportName, exception.what());
+    } catch (...) {
+        LogStoppedException(exportName, nullptr);
+    }
+    return velkori_Result_OperationFailed;
+}
+
+// Logs why an export fails and gives its result.
+inline velkori_Result Fail(velkori_Result result, const char* message) {
+    UtilityContext::Log(velkori_LogLevel_Error, "%s", message);
+    return result;
+}
+
+} // namespace Velkori_Utility

@@ -1,0 +1,283 @@
+// The exports that are still to be built. Each of them goes from here to where its family stands.
+
+#include "InterfaceBoundary.h"
+
+using namespace Velkori_Utility;
+
+namespace {
+
+velkori_Result NotYetAvailable(const char* exportName) {
+    return AtBoundary(exportName, [&] {
+        UtilityContext::Log(
+            velkori_LogLevel_Error, "%s isn't available in this version of the library.", exportName);
+        return velkori_Result_OperationFailed;
+    });
+}
+
+} // namespace
+
+velkori_Result velkori_createOrUpdateHandle(const char*, velkori_Handle*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_createOrUpdateSimpleUtilityConfig(
+    const char*, velkori_SkeletonType, const velkori_SkeletonInitParams_*, velkori_Handle*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_createOrUpdateUtilityConfig(
+    const char*, const velkori_UtilityConfigInitParams_*, velkori_Handle*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_writeConfigDataToJSON(
+    velkori_Handle, const velkori_CoordinateSpace_*, char*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getConfigName(velkori_Handle, char*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getVersion(velkori_Handle, double*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonInfo(velkori_Handle, velkori_SkeletonType, velkori_SkeletonInfo_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getBlendShapeNames(
+    velkori_Handle, velkori_SkeletonType, char*, int32_t*, const char**, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getJointNames(
+    velkori_Handle, velkori_SkeletonType, char*, int32_t*, const char**, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonTPose(velkori_Handle, velkori_SkeletonType, velkori_SkeletonTPoseType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonMappings(
+    velkori_Handle, velkori_SkeletonTPoseType, velkori_JointMapping_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonMappingEntries(
+    velkori_Handle, velkori_SkeletonTPoseType, velkori_JointMappingEntry_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonMappingTargetJoints(velkori_Handle, int32_t*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getBlendShapeName(velkori_Handle, velkori_SkeletonType, int32_t, char*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getJointName(velkori_Handle, velkori_SkeletonType, int32_t, char*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getJointIndex(velkori_Handle, velkori_SkeletonType, const char*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getJointIndexByKnownJointType(
+    velkori_Handle, velkori_SkeletonType, velkori_KnownJointType, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getParentJointIndex(velkori_Handle, velkori_SkeletonType, int32_t, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getParentJointIndexes(velkori_Handle, velkori_SkeletonType, int32_t*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getManifestationNames(
+    velkori_Handle, velkori_SkeletonType, char*, int32_t*, const char**, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getJointsInManifestation(
+    velkori_Handle, velkori_SkeletonType, const char*, int32_t*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_calculateSkeletonTPose(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, float, velkori_Transform_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_calculateSkeletonTPoseAtHeight(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, float, velkori_Transform_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_convertPoseFromToManifestation(velkori_Handle, velkori_SkeletonType, const char*,
+    velkori_JointRelativeSpaceType, const velkori_Transform_*, int32_t, const char*,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getPoseInfo(
+    velkori_Handle, velkori_SkeletonType, velkori_SkeletonTPoseType, velkori_PoseInfo_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getLengthBetweenJoints(
+    velkori_Handle, velkori_SkeletonType, velkori_SkeletonTPoseType, int32_t, int32_t, float*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_updateSourceReferenceTPose(
+    velkori_Handle, const velkori_Transform_*, int32_t, const char*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle, velkori_RetargetingBehaviorInfo_,
+    const velkori_Transform_*, int32_t, velkori_Transform_*, int32_t*, const char*, const char*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getLastProcessedFramePose(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t*, const char*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getLastRetargetedMappingData(velkori_Handle, int32_t, velkori_SkeletonType*,
+    velkori_Transform_*, velkori_Transform_*, int32_t*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_scalePoseToHeight(velkori_Handle, velkori_SkeletonType, velkori_JointRelativeSpaceType,
+    float, int32_t, velkori_Transform_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t, velkori_CoordinateSpace_,
+    velkori_CoordinateSpace_) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_convertJointPose(velkori_Handle, velkori_SkeletonType, velkori_JointRelativeSpaceType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_calculatePoseExtents(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, const velkori_Transform_*, int32_t, velkori_PoseExtents_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_generateTargetToSourceJointPairsFromNames(
+    velkori_Handle, velkori_Handle, int32_t, const char* const*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_generateMappings(velkori_Handle, velkori_AutoMappingFlags) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle, int32_t, const char* const*,
+    const char* const*, const velkori_Transform_*, const char* const*, velkori_Handle*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_matchCurrentTPose(velkori_Handle, velkori_SkeletonType, velkori_MatchBehavior,
+    velkori_JointRelativeSpaceType, int32_t, velkori_Transform_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_matchPose(velkori_Handle, velkori_SkeletonType, velkori_MatchBehavior,
+    velkori_JointRelativeSpaceType, int32_t, const velkori_Transform_*, velkori_Transform_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_alignTargetToSource(const char*, velkori_AlignmentFlags, velkori_Handle,
+    velkori_SkeletonType, velkori_Handle, velkori_Handle*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSerializationSettings(velkori_Handle, velkori_SerializationSettings_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_updateSerializationSettings(velkori_Handle, const velkori_SerializationSettings_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getCurrentAck(velkori_Handle, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_createSnapshot(velkori_Handle, int32_t, double) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_snapshotSkeleton(
+    velkori_Handle, velkori_SkeletonType, const velkori_Transform_*, const int32_t*, int32_t) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_snapshotFace(velkori_Handle, const float*, const int32_t*, int32_t) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_snapshotFrameData(velkori_Handle, const velkori_FrameData_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_serializeStartHeader(velkori_StartHeader_, velkori_SerializedStartHeader_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_serializeEndHeader(velkori_EndHeader_, velkori_SerializedEndHeader_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_serializeSnapshot(velkori_Handle, void*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_deserializeStartHeader(velkori_StartHeader_*, velkori_SerializedStartHeader_) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_deserializeEndHeader(velkori_EndHeader_*, velkori_SerializedEndHeader_) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_deserializeSnapshotTimestamp(const void*, double*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_deserializeSnapshot(velkori_Handle, const void*, double*, velkori_CompressionType*,
+    int32_t*, velkori_Transform_*, float*, velkori_Transform_*, velkori_FrameData_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_resetInterpolators(velkori_Handle) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getInterpolatedSkeletonPose(
+    velkori_Handle, velkori_SkeletonType, velkori_Transform_*, int32_t*, double) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getInterpolatedFacePose(velkori_Handle, int32_t, float*, int32_t*, double) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getInterpolatedTrackerJointPose(velkori_Handle, int32_t, velkori_Transform_*, double) {
+    return NotYetAvailable(__func__);
+}

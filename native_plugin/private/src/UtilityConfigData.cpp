@@ -1,0 +1,8 @@
+#include "UtilityConfigData.h"
+
+namespace Velkori_Utility {
+
+UtilityConfigData::UtilityConfigData(const InitializationParams& params)
+    : name(params.name), config(params.config) {}
+
+} // namespace Velkori_Utility

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "UtilityConfigData.h"
+
+namespace Velkori_Utility {
+
+// What a handle stands for: one loaded configuration and all that works on it. The members refer to each
+// other, so an instance is never copied or moved.
+struct UtilityInstance {
+    explicit UtilityInstance(const UtilityConfigData::InitializationParams& params) : config(params) {}
+
+    UtilityInstance(const UtilityInstance&) = delete;
+    UtilityInstance& operator=(const UtilityInstance&) = delete;
+
+    bool isValid = true;
+    UtilityConfigData config;
+};
+
+} // namespace Velkori_Utility

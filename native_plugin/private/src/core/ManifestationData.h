@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Velkori_Utility.h"
+#include "shared/DataTypes.h"
+#include "shared/FastRangedIntegralContainers.h"
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace Velkori_Utility {
+
+class SkeletonData;
+
+// A named subset of a skeleton's joints: what a tracker delivers that doesn't track the whole body. It cuts a
+// skeleton's pose down to its joints, and expands a pose of its joints to the whole skeleton, filling the
+// others from a rest pose of the size that the tracked joints imply.
+//
+// A manifestation pose has one element per entry of GetJointIndices, in that order.
+class Manifestation {
+  public:
+    // `jointIndices` may hold -1 for a name that wasn't found.
+    Manifestation(const SkeletonData& skeleton, const std::vector<int>& jointIndices,
+        const FastRangedIntegralMap<int, int>& jointToManifestationIndex);
+
+    static std::vector<int> GenerateHierarchicalOrderArray(
+        const SkeletonData& skeleton, const FastRangedIntegralMap<int, int>& jointToManifestationIndex);
+    static std::vector<int> GenerateManifestationExcludedJointDependencyList(const SkeletonData& skeleton,
+        std::span<const int> jointIndices, const FastRangedIntegralSet<int>& excludedJoints);
+    // False if a member lies below a joint that isn't one and that itself lies below a member.
+    static bool ValidateNoManifestationHierarchyGaps(
+        const SkeletonData& skeleton, std::span<const int> jointIndices);
+
+    std::vector<JointPose> ConvertToManifestationPose(std::span<const JointPose> skeletonPose,
+        velkori_JointRelativeSpaceType from, velkori_JointRelativeSpaceType to) const;
+    std::vector<JointPose> ConvertFromManifestationRootSpacePose(std::span<const JointPose> pose) const;
+    void ConvertManifestationPoseJointSpace(std::vector<JointPose>& pose, velkori_JointRelativeSpaceType from,
+        velkori_JointRelativeSpaceType to) const;
+    std::vector<JointPose> GetSkeletonTPoseFromManifestationRootSpacePose(
+        std::span<const JointPose> pose) const;
+    std::vector<std::string> GenerateJointNameArray() const;
+
+    const std::vector<int>& GetJointIndices() const { return jointIndices; }
+
+    // Whether the joints form a part of the hierarchy without gaps.
+    bool IsValid() const { return isValid; }
+
+  private:
+    void ConvertToRootSpaceFromLocalSpaceManifestationPose_Internal(std::vector<JointPose>& pose) const;
+    void ConvertToLocalSpaceFromRootSpaceManifestationPose_Internal(std::vector<JointPose>& pose) const;
+    std::vector<JointPose> ExpandManifestationRootSpacePoseToSkeletonPose_Internal(
+        std::span<const JointPose> pose) const;
+    std::vector<JointPose> GetSkeletonTPoseFromExpandedRootSpacePose_Internal(
+        std::span<const JointPose> expanded) const;
+    void ApplyExcludedTPoseJointsToExpandedRootSpacePose_Internal(
+        std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const;
+
+    const SkeletonData* skeleton;
+    std::vector<int> jointIndices;
+    std::vector<int> hierarchicalOrder;
+    FastRangedIntegralMap<int, int> jointToManifestationIndex;
+    FastRangedIntegralSet<int> excludedJoints;
+    std::vector<int> excludedJointDependencies;
+    PoseExtents minTPoseExtents;
+    PoseExtents maxTPoseExtents;
+    std::vector<Vector3f> minDimensionMask;
+    std::vector<Vector3f> maxDimensionMask;
+    bool isValid = false;
+};
+
+} // namespace Velkori_Utility

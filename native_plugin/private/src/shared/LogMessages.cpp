@@ -1,0 +1,39 @@
+#include "shared/LogMessages.h"
+
+#include "UtilityContextInstance.h"
+
+namespace Velkori_Utility {
+
+namespace {
+
+velkori_LogLevel LogLevelOf(LogMsgCategory category) {
+    switch (category) {
+    case LogMsgCategory::Information:
+        return velkori_LogLevel_Info;
+    case LogMsgCategory::Warning:
+        return velkori_LogLevel_Warning;
+    case LogMsgCategory::Error:
+        break;
+    }
+    return velkori_LogLevel_Error;
+}
+
+} // namespace
+
+void AddMessage(
+    LogMsgMap& messages, LogMsgCategory category, std::initializer_list<std::string_view> pieces) {
+    std::string& text = messages[category].emplace_back();
+    for (const std::string_view piece : pieces) {
+        text += piece;
+    }
+}
+
+void PrintLogMessages(const LogMsgMap& messages) {
+    for (const auto& [category, texts] : messages) {
+        for (const std::string& text : texts) {
+            UtilityContext::Log(LogLevelOf(category), "%s", text.c_str());
+        }
+    }
+}
+
+} // namespace Velkori_Utility

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Checks the house rules that a machine can keep: check-style.sh BUILD_DIR [--all]
+#
+# Format is checked on every file. clang-tidy, with the compile commands of BUILD_DIR (a Clang build), looks at
+# the sources that differ from the main line; with --all, or where there is no main line to compare with (a
+# fresh clone, as in CI), at all of them.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+build_dir=$1
+mapfile -t files < <(git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' '*.c')
+mapfile -t present < <(for file in "${files[@]}"; do [ -f "$file" ] && echo "$file"; done)
+
+clang-format --dry-run --Werror "${present[@]}"
+echo "Format: ${#present[@]} files."
+
+base=$(git merge-base HEAD '@{upstream}' 2>/dev/null || true)
+if [ "${2:-}" = --all ] || [ -z "$base" ] || { [ "$base" = "$(git rev-parse HEAD)" ] && [ -z "$(git status --porcelain)" ]; }; then
+    candidates=("${present[@]}")
+else
+    mapfile -t candidates < <({ git diff --name-only "$base"; git ls-files --others --exclude-standard; } | sort -u)
+fi
+
+# A header is checked with the sources that include it; only what the build compiles has compile commands.
+sources=()
+for file in "${candidates[@]}"; do
+    if [[ $file == *.cpp && -f $file ]] && grep -q "/$file\"" "$build_dir/compile_commands.json"; then
+        sources+=("$file")
+    fi
+done
+if [ ${#sources[@]} -gt 0 ]; then
+    printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet --warnings-as-errors='*' -p "$build_dir" 2>/dev/null
+fi
+echo "Tidy: ${#sources[@]} sources."

@@ -1,0 +1,189 @@
+#include "shared/RapidJSONHelpers.h"
+
+#include "shared/DataTypes.h"
+#include "shared/ToolUtilities.h"
+#include "support/JSONText.h"
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <functional>
+
+using namespace Velkori_Utility;
+using namespace Velkori_Utility::RapidJSONHelpers;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// Runs `work` on a thread with the small stack that a host's loading thread may have.
+void RunOnSmallStack(const std::function<void()>& work) {
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 512 * 1024), 0);
+    pthread_t thread = {};
+    const auto run = [](void* argument) -> void* {
+        (*static_cast<const std::function<void()>*>(argument))();
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+}
+
+std::string Repeat(const std::string& text, int count) {
+    std::string repeated;
+    for (int i = 0; i < count; ++i) {
+        repeated += text;
+    }
+    return repeated;
+}
+
+} // namespace
+
+TEST(ParseDocument, AMillionLevelsFitASmallStack) {
+    constexpr int Depth = 1000000;
+    RunOnSmallStack([] {
+        const JSONDocument arrays = Parse(Repeat("[", Depth) + Repeat("]", Depth));
+        EXPECT_TRUE(arrays.IsArray());
+        const JSONDocument objects = Parse(Repeat("{\"a\":", Depth) + "1" + Repeat("}", Depth));
+        EXPECT_EQ(GetString(objects, "a", "default", true), "default");
+        JSONDocument open;
+        EXPECT_FALSE(ParseDocument(open, Repeat("[", Depth).c_str()));
+    });
+}
+
+TEST(ParseDocument, TakesNoCommaAndNoNumberOfALocale) {
+    setenv("LOCPATH", VELKORI_TEST_LOCPATH, 1);
+    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+    ASSERT_EQ(string_format("%.1f", 0.5), "0,5") << "the locale of this test must have a decimal comma";
+    const JSONDocument document = Parse(R"({"x":1.25,"y":-1e-3,"z":0.1})");
+    const Vector3f vector(document);
+    EXPECT_EQ(vector, Vector3f(1.25F, -0.001F, 0.1F));
+    JSONDocument written;
+    EXPECT_EQ(ToText(vector.WriteToJSON(written.GetAllocator())),
+        R"({"x":1.25,"y":-0.0010000000474974514,"z":0.10000000149011612})");
+    JSONDocument comma;
+    EXPECT_FALSE(ParseDocument(comma, R"({"x":1,25})"));
+    std::setlocale(LC_ALL, "C");
+}
+
+TEST(RapidJSONHelpers, EveryGetterReadsOnlyItsOwnKind) {
+    const JSONDocument document = Parse(
+        R"({"n":null,"b":true,"f":false,"d":2.5,"i":-3,"u":18446744073709551615,"s":"te\u0000xt","a":[1],"o":{"k":1}})");
+    const LogCapture capture;
+    EXPECT_EQ(GetString(document, "s", "default", true), std::string("te\0xt", 5));
+    EXPECT_EQ(GetDouble(document, "d", 0, true), 2.5);
+    EXPECT_EQ(GetDouble(document, "i", 0, true), -3.0);
+    EXPECT_EQ(GetDouble(document, "u", 0, true), 18446744073709551615.0);
+    EXPECT_TRUE(GetBool(document, "b", false, true));
+    EXPECT_FALSE(GetBool(document, "f", true, true));
+    EXPECT_EQ(GetArray(document, "a", true).Size(), 1U);
+    EXPECT_EQ(GetObject(document, "o", true).MemberCount(), 1U);
+    EXPECT_TRUE(LogCapture::TakeLines().empty());
+
+    // Another kind passes the type check unless one of the two is a boolean, and then reads as the default.
+    for (const char* key : {"n", "d", "a", "o"}) {
+        EXPECT_EQ(GetString(document, key, "default", true), "default");
+    }
+    for (const char* key : {"n", "s", "a", "o"}) {
+        EXPECT_EQ(GetDouble(document, key, 7, true), 7.0);
+    }
+    EXPECT_TRUE(LogCapture::TakeLines().empty());
+    EXPECT_EQ(GetArray(document, "s", true).Size(), 0U);
+    EXPECT_EQ(GetObject(document, "n", true).MemberCount(), 0U);
+    EXPECT_EQ(GetString(document, "b", "default", true), "default");
+    EXPECT_EQ(GetDouble(document, "f", 7, true), 7.0);
+    EXPECT_TRUE(GetBool(document, "d", true, true));
+    EXPECT_EQ(GetObject(document, "b", false).MemberCount(), 0U);
+    const Texts expected = {"[ERROR]: Cannot retrieve JSON Array, passed rapidJson Value is of type string",
+        "[ERROR]: Cannot retrieve JSON Object, rapidJson Value is of type nullType",
+        "[ERROR]: JSON value for key \"b\" type mismatch.  Expected string, found bool.",
+        "[ERROR]: JSON value for key \"f\" type mismatch.  Expected number, found bool.",
+        "[ERROR]: JSON value for key \"d\" type mismatch.  Expected bool, found number.",
+        "[ERROR]: JSON value for key \"b\" type mismatch.  Expected object, found bool."};
+    EXPECT_EQ(LogCapture::TakeTexts(), expected);
+}
+
+TEST(RapidJSONHelpers, MissingKeysAreLoggedOnlyWhereRequired) {
+    const JSONDocument document = Parse(R"({"twice":1,"twice":2})");
+    const LogCapture capture;
+    EXPECT_EQ(GetDouble(document, "twice", 0, true), 1.0) << "the first of equal keys wins";
+    EXPECT_EQ(GetDouble(document, "none", 9, false), 9.0);
+    EXPECT_TRUE(LogCapture::TakeLines().empty());
+    EXPECT_EQ(GetDouble(document, "none", 9, true), 9.0);
+    EXPECT_EQ(GetDouble(GetObject(document, "o", false), "x", 9, true), 9.0);
+    EXPECT_EQ(GetString(document, "", "default", false), "default");
+    const Texts expected = {"[ERROR]: Cannot find key named \"none\" in JSON Object/Map",
+        "[ERROR]: Cannot find key named \"x\" in JSON Object/Map",
+        "[ERROR]: Cannot retrieve JSON string - invalid Key or empty string passed for Key"};
+    EXPECT_EQ(LogCapture::TakeTexts(), expected);
+}
+
+TEST(RapidJSONHelpers, AValueThatIsNoObjectGivesDefaults) {
+    const LogCapture capture;
+    for (const char* text : {"5", "\"s\"", "[]", "null", "false"}) {
+        const JSONDocument document = Parse(text);
+        const std::string type = GetDataTypeString(document.GetType());
+        EXPECT_EQ(GetString(document, "k", "default", false), "default");
+        EXPECT_EQ(GetDouble(document, "k", 3, false), 3.0);
+        EXPECT_TRUE(GetBool(document, "k", true, false));
+        EXPECT_TRUE(GetStringArray(document, "k", false).empty());
+        EXPECT_EQ(GetObject(document, "k", false).MemberCount(), 0U);
+        EXPECT_EQ(FindMemberByKey(document, "k", rapidjson::kNumberType, false), nullptr);
+        const Texts expected = {"[ERROR]: Cannot retrieve JSON String, rapidJson Value is of type " + type,
+            "[ERROR]: Cannot retrieve JSON double Value, rapidJson Value is of type " + type,
+            "[ERROR]: Cannot retrieve JSON Bool, rapidJson Value is of type " + type,
+            "[ERROR]: Cannot retrieve JSON Array, passed rapidJson Value is of type " + type,
+            "[ERROR]: Cannot retrieve JSON Object, rapidJson Value is of type " + type,
+            "[ERROR]: Cannot retrieve JSON key \"k\" - JSON Value is not an Object/Map"};
+        EXPECT_EQ(LogCapture::TakeTexts(), expected);
+    }
+}
+
+TEST(RapidJSONHelpers, AnElementThatIsNoStringIsSkipped) {
+    const LogCapture capture;
+    Texts names = {"old", "old"};
+    PopulateStringArray(names, Parse(R"({"names":["a",1,"b",["c"],""]})"), "names", true);
+    EXPECT_EQ(names, (Texts{"a", "b", ""}));
+    const Texts expected = {
+        "[ERROR]: Invalid Data - element named names must be a string type, element is a number JSON type",
+        "[ERROR]: Invalid Data - element named names must be a string type, element is a array JSON type"};
+    EXPECT_EQ(LogCapture::TakeTexts(), expected);
+}
+
+TEST(RapidJSONHelpers, MathTypesReadAndWriteTheirForm) {
+    const JSONDocument document =
+        Parse(R"({"rotation":{"x":0.5,"y":-0.5,"z":0.5,"w":0.5},"position":{"x":1,"y":2,"z":3},"scale":2})");
+    const JointPose pose(document);
+    EXPECT_EQ(pose.orientation, Quaternionf(0.5F, -0.5F, 0.5F, 0.5F));
+    EXPECT_EQ(pose.position, Vector3f(1, 2, 3));
+    EXPECT_EQ(pose.scale, Vector3f(2, 2, 2));
+    JSONDocument written;
+    EXPECT_EQ(ToText(pose.WriteToJSON(written.GetAllocator())),
+        R"({"position":{"x":1.0,"y":2.0,"z":3.0},"rotation":{"x":0.5,"y":-0.5,"z":0.5,"w":0.5},"scale":2.0})");
+    EXPECT_EQ(ToText(JointPose::Identity.WriteToJSON(written.GetAllocator())),
+        R"({"position":{"x":0.0,"y":0.0,"z":0.0},"rotation":{"x":0.0,"y":0.0,"z":0.0,"w":1.0}})");
+
+    // A pose of which nothing is told is the identity, after a line for each of the missing keys in their
+    // order.
+    const LogCapture capture;
+    EXPECT_EQ(JointPose(Parse("{}")), JointPose::Identity);
+    const Texts lines = LogCapture::TakeTexts();
+    ASSERT_EQ(lines.size(), 9U);
+    EXPECT_EQ(lines[0], "[ERROR]: Cannot find key named \"rotation\" in JSON Object/Map");
+    EXPECT_EQ(lines[4], "[ERROR]: Cannot find key named \"w\" in JSON Object/Map");
+    EXPECT_EQ(lines[6], "[ERROR]: Cannot find key named \"x\" in JSON Object/Map");
+}
+
+TEST(ToolUtilities, NullNamesKeepTheirPlace) {
+    const char* const names[] = {"a", nullptr, "c"};
+    EXPECT_EQ(ToStringVectorFromCharPointerArrayAndSize(names, 3), (Texts{"a", "", "c"}));
+    EXPECT_TRUE(ToStringVectorFromCharPointerArrayAndSize(nullptr, 3).empty());
+    EXPECT_TRUE(ToStringVectorFromCharPointerArrayAndSize(names, -1).empty());
+    EXPECT_EQ(GenerateStringMapFromEnumStringTable<velkori_SkeletonType>(names, 1).at("a"),
+        velkori_SkeletonType_Source);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "shared/RapidJSONHelpers.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+inline Velkori_Utility::JSONDocument Parse(const std::string& text) {
+    Velkori_Utility::JSONDocument document;
+    EXPECT_TRUE(Velkori_Utility::RapidJSONHelpers::ParseDocument(document, text.c_str())) << text;
+    return document;
+}
+
+inline std::string ToText(const Velkori_Utility::JSONValue& value) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    value.Accept(writer);
+    return buffer.GetString();
+}
