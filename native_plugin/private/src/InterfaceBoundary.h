@@ -26,10 +26,20 @@ velkori_Result AtBoundary(const char* exportName, const Body& body) noexcept {
     return velkori_Result_OperationFailed;
 }
 
-// Logs why an export fails and gives its result.
-inline velkori_Result Fail(velkori_Result result, const char* message) {
-    UtilityContext::Log(velkori_LogLevel_Error, "%s", message);
-    return result;
+// Logs why an export fails, formatted like printf, and gives its result.
+[[gnu::format(printf, 2, 3)]] velkori_Result Fail(velkori_Result result, const char* format, ...);
+
+// The instance behind a handle or, after a logged error that calls it by `role`, none.
+std::shared_ptr<UtilityInstance> FindInstance(velkori_Handle handle, const char* role);
+
+// Runs the body of an export that works on one instance, which stays alive for the length of the call. The
+// handle is looked up before the body checks anything.
+template <typename Body>
+velkori_Result WithInstance(const char* exportName, velkori_Handle handle, const Body& body) noexcept {
+    return AtBoundary(exportName, [&] {
+        const std::shared_ptr<UtilityInstance> instance = FindInstance(handle, "instance");
+        return instance == nullptr ? velkori_Result_InvalidHandle : body(*instance);
+    });
 }
 
 } // namespace Velkori_Utility

@@ -3,7 +3,6 @@
 #include "UtilityInstance.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <utility>
 
@@ -26,7 +25,8 @@ const char* PrefixOf(velkori_LogLevel level) {
 }
 
 // Writes prefix and message, NUL-terminated, to the start of `buffer`, which grows if they don't fit.
-void FormatLine(std::string& buffer, velkori_LogLevel level, const char* format, std::va_list arguments) {
+[[gnu::format(printf, 3, 0)]] void FormatLine(
+    std::string& buffer, velkori_LogLevel level, const char* format, std::va_list arguments) {
     for (;;) {
         std::va_list attempt;
         va_copy(attempt, arguments);
@@ -125,6 +125,13 @@ void UtilityContext::SetLogCallback(velkori_LogCallback callback) {
 }
 
 void UtilityContext::Log(velkori_LogLevel level, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    LogV(level, format, arguments);
+    va_end(arguments);
+}
+
+void UtilityContext::LogV(velkori_LogLevel level, const char* format, std::va_list arguments) {
     UtilityContext& context = getInstance();
     const velkori_LogCallback callback = context.logCallback;
     if (callback == nullptr || (context.logLevelMask & 1U << level) == 0) {
@@ -136,10 +143,7 @@ void UtilityContext::Log(velkori_LogLevel level, const char* format, ...) {
     if (line.size() < InitialLogBufferSize) {
         line.resize(InitialLogBufferSize);
     }
-    std::va_list arguments;
-    va_start(arguments, format);
     FormatLine(line, level, format, arguments);
-    va_end(arguments);
     callback(level, line.c_str());
     context.logBuffer = std::move(line);
 }

@@ -2,6 +2,7 @@
 
 #include "Velkori_Utility.h"
 
+#include <cstdarg>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -53,6 +54,8 @@ class UtilityContext {
     // Formats like printf and hands the line, with its level's prefix and without a line end, to the
     // callback. Without a callback nothing is formatted.
     [[gnu::format(printf, 2, 3)]] static void Log(velkori_LogLevel level, const char* format, ...);
+    [[gnu::format(printf, 2, 0)]] static void LogV(
+        velkori_LogLevel level, const char* format, std::va_list arguments);
 
     UtilityContext(const UtilityContext&) = delete;
     UtilityContext& operator=(const UtilityContext&) = delete;

@@ -115,7 +115,8 @@ std::vector<JointPose> SkeletonInitializationParams::ParseRootSpacePoseData(LogM
     }
 
     std::vector<JointPose> poses(JointSlotCount(nameToIndex), JointPose::Identity);
-    FastRangedIntegralSet<int> parsed(0, static_cast<int>(poses.size()) - 1, {});
+    FastRangedIntegralSet<int> parsed(
+        0, static_cast<int>(poses.size()) - 1, FastRangedIntegralSet<int>::EmptyInitialValues);
     for (const auto& member : object.GetObject()) {
         const std::string_view name = TextOf(member.name);
         if (const int* index = nameToIndex.Find(name)) {
