@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 #include <random>
+#include <tuple>
 
 namespace Velkori_Utility {
 namespace {
@@ -93,16 +94,11 @@ TEST(DataTypes, NormalizingKeepsUnitLengthBitForBitAndDropsVanishingLength) {
 }
 
 TEST(Vector3f, LiesOnAnAxisOnlyWithExactZerosAndSnapsToItsLargestComponent) {
-    struct Case {
-        Vector3f vector;
-        bool isAxisAligned;
-        Vector3f snapped;
-    };
-
-    const Case cases[] = {{{0, 0, 0}, true, {0, 0, 0}}, {{-2, 0, -0.0f}, true, {-2, 0, 0}},
-        {{0, -3, 0}, true, {0, -3, 0}}, {{0, 0, 0.5f}, true, {0, 0, 0.5f}},
-        {{1e-30f, 0, 1}, false, {0, 0, 1}}, {{1, -1, 1}, false, {std::sqrt(3.0f), 0, 0}},
-        {{0, -2, 2}, false, {0, -std::sqrt(8.0f), 0}}, {{1, 2, -3}, false, {0, 0, -std::sqrt(14.0f)}}};
+    const std::tuple<Vector3f, bool, Vector3f> cases[] = {{{0, 0, 0}, true, {0, 0, 0}},
+        {{-2, 0, -0.0f}, true, {-2, 0, 0}}, {{0, -3, 0}, true, {0, -3, 0}},
+        {{0, 0, 0.5f}, true, {0, 0, 0.5f}}, {{1e-30f, 0, 1}, false, {0, 0, 1}},
+        {{1, -1, 1}, false, {std::sqrt(3.0f), 0, 0}}, {{0, -2, 2}, false, {0, -std::sqrt(8.0f), 0}},
+        {{1, 2, -3}, false, {0, 0, -std::sqrt(14.0f)}}};
     for (const auto& [vector, isAxisAligned, snapped] : cases) {
         EXPECT_EQ(vector.IsAxisAligned(), isAxisAligned) << vector.ToString();
         EXPECT_EQ(vector.SnapToClosestAlignedAxis(), snapped) << vector.ToString();
@@ -127,30 +123,20 @@ TEST(Quaternionf, RotatesAndComposesLikeItsMatrixWhateverItsLength) {
     }
 }
 
-TEST(Quaternionf, FromDirectionToDirectionIsTheShortestRotation) {
+TEST(Quaternionf, FromDirectionToDirectionIsTheShortestRotationAndAHalfTurnBetweenOpposites) {
     Random random;
+    const Vector3f axes[] = {{1, 0, 0}, {0, -2, 0}, {0, 0, 1}};
     for (int i = 0; i < 100; ++i) {
-        const Vector3f from = random.Direction(), to = random.Direction() * 5.0f;
-        const Quaternionf q(from, to);
-        ExpectNear(MatrixRotate(q, Unit(ToDouble(from))), Unit(ToDouble(to)));
-        EXPECT_NEAR(Vector3f(q.x, q.y, q.z).Dot(from), 0.0f, 2e-6f);
+        const Vector3f from = random.Direction(), to = i < 3 ? axes[i] : random.Direction() * 5.0f;
+        const Quaternionf shortest(from, to), halfTurn(-to, to);
+        ExpectNear(MatrixRotate(shortest, Unit(ToDouble(from))), Unit(ToDouble(to)));
+        EXPECT_NEAR(Vector3f(shortest.x, shortest.y, shortest.z).Dot(from), 0.0f, 2e-6f);
+        EXPECT_EQ(halfTurn.w, 0.0f);
+        EXPECT_NEAR(halfTurn.LengthSquared(), 1.0f, 1e-6f);
+        EXPECT_NEAR(Vector3f(halfTurn.x, halfTurn.y, halfTurn.z).Dot(to), 0.0f, 2e-6f);
     }
     EXPECT_EQ(Quaternionf(Vector3f::Zero, Vector3f::One), Quaternionf::Identity);
     EXPECT_EQ(Quaternionf(Vector3f::One, Vector3f::Zero), Quaternionf::Identity);
-}
-
-TEST(Quaternionf, BetweenOppositeDirectionsIsAHalfTurnAboutAPerpendicularAxis) {
-    Random random;
-    std::vector<Vector3f> directions = {{1, 0, 0}, {0, -2, 0}, {0, 0, 1}};
-    for (int i = 0; i < 40; ++i) {
-        directions.push_back(random.Direction());
-    }
-    for (const Vector3f& to : directions) {
-        const Quaternionf q(-to, to);
-        EXPECT_EQ(q.w, 0.0f);
-        EXPECT_NEAR(q.LengthSquared(), 1.0f, 1e-6f);
-        EXPECT_NEAR(Vector3f(q.x, q.y, q.z).Dot(to), 0.0f, 1e-6f) << to.ToString();
-    }
     // Too short to tell a quarter turn from a half one. The axis, 1e-20 * 1.8446743e19, is short but finite.
     const Quaternionf tiny({1e-20f, 0, 0}, {0, 1e-20f, 0});
     EXPECT_FLOAT_EQ(tiny.x, 0.18446743f);
@@ -219,12 +205,21 @@ TEST(Quaternionf, ScaleTurnsAlongTheScaledAxesAndResolvesMirroring) {
 }
 
 TEST(Quaternionf, WeightedMeanIgnoresSignsAndLiesOnTheArcByWeight) {
-    const auto turn = [](float angle) { return Quaternionf::FromRotationVector({0, angle, 0}); };
-    const float equal[] = {0.5f, 0.5f}, unequal[] = {3.0f, 1.0f};
+    const auto turn = [](float angle) {
+        return Quaternionf::FromRotationVector(Vector3f(0.48f, 0.6f, 0.64f) * angle);
+    };
+    const float equal[] = {0.5f, 0.5f}, unequal[] = {3.0f, 1.0f}, negative[] = {-1.0f, -1.0f};
     const Quaternionf opposite[] = {turn(1.0f), turn(1.0f) * -1.0f};
-    const Quaternionf same = Quaternionf::CalculateWeightedMean(opposite, equal);
-    ExpectSameRotation(same, turn(1.0f));
-    EXPECT_GE(same.w, 0.0f);
+    const Quaternionf mean = Quaternionf::CalculateWeightedMean(opposite, equal);
+    ExpectSameRotation(mean, turn(1.0f));
+    EXPECT_GE(mean.w, 0.0f);
+    // Negative weights turn (0, 0, 0, 1) into its negative; the result has a w that isn't negative all the
+    // same.
+    const Quaternionf identities[] = {Quaternionf::Identity, Quaternionf::Identity};
+    EXPECT_EQ(Quaternionf::CalculateWeightedMean(identities, negative), Quaternionf::Identity);
+    // So near the identity that the eigenvalue passes for converged at the start.
+    const Quaternionf tiny[] = {{1e-5f, 0, 0, 1}, {1e-5f, 0, 0, 1}};
+    EXPECT_FLOAT_EQ(Quaternionf::CalculateWeightedMean(tiny, equal).x, 1e-5f);
 
     const Quaternionf pair[] = {turn(0.2f), turn(1.4f) * -1.0f};
     ExpectSameRotation(Quaternionf::CalculateWeightedMean(pair, equal), turn(0.8f), 1e-4f);

@@ -20,13 +20,13 @@ velkori_Result velkori_createOrUpdateHandle(const char*, velkori_Handle*) {
     return NotYetAvailable(__func__);
 }
 
-velkori_Result velkori_createOrUpdateSimpleUtilityConfig(
-    const char*, velkori_SkeletonType, const velkori_SkeletonInitParams_*, velkori_Handle*) {
+velkori_Result velkori_createOrUpdateUtilityConfig(
+    const char*, const velkori_UtilityConfigInitParams_*, velkori_Handle*) {
     return NotYetAvailable(__func__);
 }
 
-velkori_Result velkori_createOrUpdateUtilityConfig(
-    const char*, const velkori_UtilityConfigInitParams_*, velkori_Handle*) {
+velkori_Result velkori_createOrUpdateSimpleUtilityConfig(
+    const char*, velkori_SkeletonType, const velkori_SkeletonInitParams_*, velkori_Handle*) {
     return NotYetAvailable(__func__);
 }
 
@@ -57,22 +57,8 @@ velkori_Result velkori_getJointNames(
     return NotYetAvailable(__func__);
 }
 
-velkori_Result velkori_getSkeletonTPose(velkori_Handle, velkori_SkeletonType, velkori_SkeletonTPoseType,
-    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_getSkeletonMappings(
-    velkori_Handle, velkori_SkeletonTPoseType, velkori_JointMapping_*, int32_t*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_getSkeletonMappingEntries(
-    velkori_Handle, velkori_SkeletonTPoseType, velkori_JointMappingEntry_*, int32_t*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_getSkeletonMappingTargetJoints(velkori_Handle, int32_t*, int32_t*) {
+velkori_Result velkori_getManifestationNames(
+    velkori_Handle, velkori_SkeletonType, char*, int32_t*, const char**, int32_t*) {
     return NotYetAvailable(__func__);
 }
 
@@ -101,13 +87,27 @@ velkori_Result velkori_getParentJointIndexes(velkori_Handle, velkori_SkeletonTyp
     return NotYetAvailable(__func__);
 }
 
-velkori_Result velkori_getManifestationNames(
-    velkori_Handle, velkori_SkeletonType, char*, int32_t*, const char**, int32_t*) {
+velkori_Result velkori_getJointsInManifestation(
+    velkori_Handle, velkori_SkeletonType, const char*, int32_t*, int32_t*) {
     return NotYetAvailable(__func__);
 }
 
-velkori_Result velkori_getJointsInManifestation(
-    velkori_Handle, velkori_SkeletonType, const char*, int32_t*, int32_t*) {
+velkori_Result velkori_getSkeletonTPose(velkori_Handle, velkori_SkeletonType, velkori_SkeletonTPoseType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonMappings(
+    velkori_Handle, velkori_SkeletonTPoseType, velkori_JointMapping_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonMappingEntries(
+    velkori_Handle, velkori_SkeletonTPoseType, velkori_JointMappingEntry_*, int32_t*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_getSkeletonMappingTargetJoints(velkori_Handle, int32_t*, int32_t*) {
     return NotYetAvailable(__func__);
 }
 
@@ -137,6 +137,27 @@ velkori_Result velkori_getLengthBetweenJoints(
     return NotYetAvailable(__func__);
 }
 
+velkori_Result velkori_scalePoseToHeight(velkori_Handle, velkori_SkeletonType, velkori_JointRelativeSpaceType,
+    float, int32_t, velkori_Transform_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_convertJointPose(velkori_Handle, velkori_SkeletonType, velkori_JointRelativeSpaceType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_calculatePoseExtents(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, const velkori_Transform_*, int32_t, velkori_PoseExtents_*) {
+    return NotYetAvailable(__func__);
+}
+
+velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle, velkori_SkeletonType,
+    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t, velkori_CoordinateSpace_,
+    velkori_CoordinateSpace_) {
+    return NotYetAvailable(__func__);
+}
+
 velkori_Result velkori_updateSourceReferenceTPose(
     velkori_Handle, const velkori_Transform_*, int32_t, const char*) {
     return NotYetAvailable(__func__);
@@ -154,27 +175,6 @@ velkori_Result velkori_getLastProcessedFramePose(velkori_Handle, velkori_Skeleto
 
 velkori_Result velkori_getLastRetargetedMappingData(velkori_Handle, int32_t, velkori_SkeletonType*,
     velkori_Transform_*, velkori_Transform_*, int32_t*, int32_t*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_scalePoseToHeight(velkori_Handle, velkori_SkeletonType, velkori_JointRelativeSpaceType,
-    float, int32_t, velkori_Transform_*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle, velkori_SkeletonType,
-    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t, velkori_CoordinateSpace_,
-    velkori_CoordinateSpace_) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_convertJointPose(velkori_Handle, velkori_SkeletonType, velkori_JointRelativeSpaceType,
-    velkori_JointRelativeSpaceType, velkori_Transform_*, int32_t) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_calculatePoseExtents(velkori_Handle, velkori_SkeletonType,
-    velkori_JointRelativeSpaceType, const velkori_Transform_*, int32_t, velkori_PoseExtents_*) {
     return NotYetAvailable(__func__);
 }
 

@@ -92,6 +92,8 @@ class Vector3f {
 
     constexpr Vector3f operator*(float factor) const { return {x * factor, y * factor, z * factor}; }
 
+    constexpr Vector3f operator/(float divisor) const { return {x / divisor, y / divisor, z / divisor}; }
+
     constexpr Vector3f& operator+=(const Vector3f& other) { return *this = *this + other; }
 
     /// The product component by component, by which a scale is applied.

@@ -1,0 +1,118 @@
+// The JSON form of a skeleton, which SkeletonInitializationParams reads back. What is empty is left out.
+
+#include "core/SkeletonData.h"
+#include "shared/JSONKeywords.h"
+#include "shared/RapidJSONHelpers.h"
+
+#include <algorithm>
+
+namespace Velkori_Utility {
+
+namespace {
+
+using RapidJSONHelpers::MakeString;
+
+JSONValue WriteNames(std::span<const std::string> names, JSONAllocator& allocator) {
+    JSONValue array(rapidjson::kArrayType);
+    array.Reserve(static_cast<rapidjson::SizeType>(names.size()), allocator);
+    for (const std::string& name : names) {
+        array.PushBack(MakeString(name, allocator), allocator);
+    }
+    return array;
+}
+
+// A root has no entry. Where all joints are roots they have one each, with an empty name: without any entry,
+// the parents would count as not told.
+JSONValue WriteHierarchy(const SkeletonData& skeleton, JSONAllocator& allocator) {
+    const std::vector<int>& parents = skeleton.GetParentIndices();
+    const bool rootsOnly =
+        std::all_of(parents.begin(), parents.end(), [](int parent) { return parent == -1; });
+    JSONValue object(rapidjson::kObjectType);
+    for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
+        if (rootsOnly || parents[joint] != -1) {
+            object.AddMember(MakeString(skeleton.GetJointName(joint), allocator),
+                MakeString(skeleton.GetJointName(parents[joint]), allocator), allocator);
+        }
+    }
+    return object;
+}
+
+JSONValue WriteKnownJoints(const SkeletonData& skeleton, JSONAllocator& allocator) {
+    JSONValue object(rapidjson::kObjectType);
+    for (int i = 0; i < VELKORI_KNOWN_JOINT_COUNT; ++i) {
+        const int joint = skeleton.GetJointIndex(static_cast<velkori_KnownJointType>(i));
+        if (joint != -1) {
+            object.AddMember(rapidjson::StringRef(VELKORI_KNOWN_JOINT_NAMES[i]),
+                MakeString(skeleton.GetJointName(joint), allocator), allocator);
+        }
+    }
+    return object;
+}
+
+JSONValue WriteExcludedJoints(const SkeletonData& skeleton, JSONAllocator& allocator) {
+    JSONValue array(rapidjson::kArrayType);
+    for (const int joint : skeleton.GetAutoMappingExcludedJoints()) {
+        array.PushBack(MakeString(skeleton.GetJointName(joint), allocator), allocator);
+    }
+    return array;
+}
+
+// Without those that hold no joint, which reading would drop.
+JSONValue WriteManifestations(const SkeletonData& skeleton, JSONAllocator& allocator) {
+    JSONValue object(rapidjson::kObjectType);
+    for (const auto& [name, jointNames] : skeleton.GenerateManifestationStringMap()) {
+        if (!jointNames.empty()) {
+            object.AddMember(MakeString(name, allocator), WriteNames(jointNames, allocator), allocator);
+        }
+    }
+    return object;
+}
+
+JSONValue WritePose(const PoseData& pose, const JointPose& conversion, JSONAllocator& allocator) {
+    JSONValue object(rapidjson::kObjectType);
+    if (!pose.IsInitialized()) {
+        return object;
+    }
+    const bool converts = conversion != JointPose::Identity;
+    const std::vector<JointPose>& joints =
+        pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
+    for (int joint = 0; joint < pose.GetJointCount(); ++joint) {
+        const JointPose converted = converts ? conversion.ApplyWithScale(joints[joint]) : joints[joint];
+        object.AddMember(MakeString(pose.GetSkeleton().GetJointName(joint), allocator),
+            converted.WriteToJSON(allocator), allocator);
+    }
+    return object;
+}
+
+JSONValue WriteSkeleton(const SkeletonData& skeleton, const JointPose& conversion, JSONAllocator& allocator) {
+    JSONValue object(rapidjson::kObjectType);
+    const auto addUnlessEmpty = [&](const char* key, JSONValue content) {
+        if (content.IsArray() ? !content.Empty() : !content.ObjectEmpty()) {
+            object.AddMember(rapidjson::StringRef(key), content, allocator);
+        }
+    };
+    const PoseData& minTPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min);
+    const PoseData& maxTPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max);
+    addUnlessEmpty(JSONKeywords::Joints, WriteNames(skeleton.GetJointNames(), allocator));
+    addUnlessEmpty(JSONKeywords::BlendShapes, WriteNames(skeleton.GetBlendShapeNames(), allocator));
+    addUnlessEmpty(JSONKeywords::Hierarchy, WriteHierarchy(skeleton, allocator));
+    addUnlessEmpty(JSONKeywords::KnownJoints, WriteKnownJoints(skeleton, allocator));
+    addUnlessEmpty(JSONKeywords::AutoMappingExcludedJoints, WriteExcludedJoints(skeleton, allocator));
+    addUnlessEmpty(JSONKeywords::Manifestations, WriteManifestations(skeleton, allocator));
+    addUnlessEmpty(JSONKeywords::TPose, WritePose(skeleton.GetUnscaledTPose(), conversion, allocator));
+    addUnlessEmpty(JSONKeywords::TPoseMin, WritePose(minTPose, conversion, allocator));
+    addUnlessEmpty(JSONKeywords::TPoseMax, WritePose(maxTPose, conversion, allocator));
+    return object;
+}
+
+} // namespace
+
+JSONValue SourceSkeletonData::WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const {
+    return WriteSkeleton(*this, conversion, allocator);
+}
+
+JSONValue TargetSkeletonData::WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const {
+    return WriteSkeleton(*this, conversion, allocator);
+}
+
+} // namespace Velkori_Utility
