@@ -11,6 +11,11 @@ build_dir=$1
 mapfile -t files < <(git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' '*.c')
 mapfile -t present < <(for file in "${files[@]}"; do [ -f "$file" ] && echo "$file"; done)
 
+if [ ${#present[@]} -eq 0 ]; then
+    echo "No sources found: is this a git checkout?" >&2
+    exit 1
+fi
+
 clang-format --dry-run --Werror "${present[@]}"
 echo "Format: ${#present[@]} files."
 
@@ -21,7 +26,11 @@ else
     mapfile -t candidates < <({ git diff --name-only "$base"; git ls-files --others --exclude-standard; } | sort -u)
 fi
 
-# A header is checked with the sources that include it; only what the build compiles has compile commands.
+# A header is checked with the sources that include it: where one changed, all are looked at.
+if printf '%s\n' "${candidates[@]}" | grep -q '\.h$'; then
+    candidates=("${present[@]}")
+fi
+# Only what the build compiles has compile commands.
 sources=()
 for file in "${candidates[@]}"; do
     if [[ $file == *.cpp && -f $file ]] && grep -q "/$file\"" "$build_dir/compile_commands.json"; then

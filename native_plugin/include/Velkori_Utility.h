@@ -370,9 +370,11 @@ typedef struct velkori_SkeletonInitParams_ {
     const char* const* jointNames;
     /** The parent's name of each of jointCount joints; null or empty for a joint without parent. */
     const char* const* parentJointNames;
-    /** jointCount transforms: the rest pose at minimum size. Null takes maxTPose, or else unscaledTPose. */
+    /** jointCount transforms: the rest pose at minimum size. Null is allowed where unscaledTPose is given,
+       and then takes maxTPose, or else unscaledTPose. */
     const velkori_Transform_* minTPose;
-    /** jointCount transforms: the rest pose at maximum size. Null takes minTPose, or else unscaledTPose. */
+    /** jointCount transforms: the rest pose at maximum size. Null is allowed where unscaledTPose is given,
+       and then takes minTPose, or else unscaledTPose. */
     const velkori_Transform_* maxTPose;
     /** jointCount transforms: the rest pose as authored. A target skeleton requires it. */
     const velkori_Transform_* unscaledTPose;
@@ -644,10 +646,10 @@ VELKORI_API velkori_Result velkori_createOrUpdateHandle(const char* config, velk
  * @retval velkori_Result_InvalidData configName is null or empty, or the skeletons or mappings break a
  *     rule, such as two joints with one name; a line is logged for each.
  * @retval velkori_Result_InvalidValue params is null; an array that a count or a joint requires is null; a
- *     skeleton with joints has no rest pose, or a target skeleton with joints no unscaledTPose; a skeleton
- *     without joints has excluded joints or manifestations; mappingCount is negative; a joint index of a
- *     mapping or an entry is out of range; or the entry counts of the mappings don't add up to
- *     mappingEntryCount.
+ *     skeleton with joints lacks unscaledTPose and one of minTPose and maxTPose, or a target skeleton with
+ *     joints lacks unscaledTPose; a skeleton without joints has excluded joints or manifestations;
+ * mappingCount is negative; a joint index of a mapping or an entry is out of range; or the entry counts of
+ * the mappings don't add up to mappingEntryCount.
  * @retval velkori_Result_OperationFailed the instance couldn't be made or replaced.
  */
 VELKORI_API velkori_Result velkori_createOrUpdateUtilityConfig(
@@ -1709,13 +1711,28 @@ VELKORI_API velkori_Result velkori_getInterpolatedTrackerJointPose(
  */
 
 #if !defined(VELKORI_NO_BRENVIK_DECLARATIONS)
+/** Logs nothing. @return 0. */
 VELKORI_API uint64_t brenvik_log(void);
+
+/** Adds no sink. @return 0, no sink. */
 VELKORI_API uint64_t brenvik_addSink(void);
+
+/** @return 0: no handle is valid. */
 VELKORI_API uint64_t brenvik_isValidHandle(void);
+
+/** @return 0: no sink is found. */
 VELKORI_API uint64_t brenvik_findSink(void);
+
+/** Logs nothing and returns. */
 VELKORI_API void brenvik_logFatalError(void);
+
+/** Sets no handler. */
 VELKORI_API void brenvik_setFatalLogHandler(void);
+
+/** @return 0: there is no handler. */
 VELKORI_API uint64_t brenvik_getFatalLogHandler(void);
+
+/** @return 0: there is no handler of the host's. */
 VELKORI_API uint64_t brenvik_hasCustomFatalLogHandler(void);
 #endif
 

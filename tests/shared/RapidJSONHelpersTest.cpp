@@ -7,10 +7,14 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <clocale>
 #include <cstdlib>
 #include <functional>
+#include <new>
 
 using namespace Velkori_Utility;
 using namespace Velkori_Utility::RapidJSONHelpers;
@@ -55,6 +59,39 @@ TEST(ParseDocument, AMillionLevelsFitASmallStack) {
         EXPECT_FALSE(ParseDocument(open, Repeat("[", Depth).c_str()));
     });
 }
+
+TEST(ParseDocument, EveryTruncationIsRefused) {
+    const std::string text = R"({"a":[1,-2.5e3,"x\u00e9",true],"b":{"c":null}})";
+    for (std::size_t length = 0; length < text.size(); ++length) {
+        JSONDocument document;
+        EXPECT_FALSE(ParseDocument(document, text.substr(0, length).c_str())) << length;
+    }
+}
+
+#if !defined(__SANITIZE_ADDRESS__)
+
+// Under the address sanitizer a limit on memory ends the process by itself.
+TEST(ParseDocument, MemoryThatRunsOutThrows) {
+    const std::string text = "[" + Repeat("1,", 20000000) + "1]";
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit limit = {200U * 1024U * 1024U, RLIM_INFINITY};
+        setrlimit(RLIMIT_AS, &limit);
+        try {
+            JSONDocument document;
+            ParseDocument(document, text.c_str());
+            _exit(1);
+        } catch (const std::bad_alloc&) {
+            _exit(0);
+        }
+    }
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+#endif
 
 TEST(ParseDocument, TakesNoCommaAndNoNumberOfALocale) {
     setenv("LOCPATH", VELKORI_TEST_LOCPATH, 1);

@@ -2,7 +2,6 @@
 
 #include "shared/RapidJSONHelpers.h"
 
-#include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
 #include <gtest/gtest.h>
@@ -16,8 +15,8 @@ inline Velkori_Utility::JSONDocument Parse(const std::string& text) {
 }
 
 inline std::string ToText(const Velkori_Utility::JSONValue& value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    Velkori_Utility::JSONText buffer;
+    rapidjson::Writer<Velkori_Utility::JSONText> writer(buffer);
     value.Accept(writer);
     return buffer.GetString();
 }

@@ -3,6 +3,10 @@
 
 #include "Velkori_Utility.h"
 
+#ifdef __FAST_MATH__
+#error "Results must be the same bits wherever the library is built: don't build it with fast-math."
+#endif
+
 #include <climits>
 #include <concepts>
 #include <cstddef>

@@ -145,7 +145,10 @@ void UtilityContext::LogV(velkori_LogLevel level, const char* format, std::va_li
     }
     FormatLine(line, level, format, arguments);
     callback(level, line.c_str());
-    context.logBuffer = std::move(line);
+    // A nested line may have left a larger one; the buffer never shrinks.
+    if (line.size() > context.logBuffer.size()) {
+        context.logBuffer = std::move(line);
+    }
 }
 
 } // namespace Velkori_Utility

@@ -4,6 +4,7 @@
 #include "retargeting/LimbClassification.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace Velkori_Utility {
 

@@ -2,22 +2,24 @@
 
 #include "core/SkeletonData.h"
 
-#include <array>
+#include <utility>
 
 namespace Velkori_Utility::AutoMapping {
 
 namespace {
 
-constexpr int LimbCount = HumanoidLimb_RightFoot + 1;
-constexpr auto PastLastLimb = static_cast<HumanoidLimb>(LimbCount);
+constexpr auto PastLastLimb = static_cast<HumanoidLimb>(HumanoidLimb_RightFoot + 1);
 
 // Who has which joint while the limbs state their claims, one after the other.
 class LimbClaims {
   public:
     explicit LimbClaims(int inJointCount) : jointCount(inJointCount) {
         jointToLimb.initialize(0, jointCount);
-        for (FastRangedIntegralSet<int>& joints : limbJoints) {
-            joints.initialize(0, jointCount);
+        limbToJoints.initialize(HumanoidLimb_Invalid, PastLastLimb);
+        FastRangedIntegralSet<int> noJoints;
+        noJoints.initialize(0, jointCount);
+        for (int limb = HumanoidLimb_Invalid; limb < PastLastLimb; ++limb) {
+            limbToJoints.insert(static_cast<HumanoidLimb>(limb), noJoints);
         }
     }
 
@@ -40,16 +42,11 @@ class LimbClaims {
                 Assign(joint, HumanoidLimb_Invalid);
             }
         }
-        FastRangedIntegralMap<HumanoidLimb, FastRangedIntegralSet<int>> limbToJoints;
-        limbToJoints.initialize(HumanoidLimb_Invalid, PastLastLimb);
-        for (int limb = HumanoidLimb_Invalid; limb < LimbCount; ++limb) {
-            limbToJoints.insert(static_cast<HumanoidLimb>(limb), JointsOf(static_cast<HumanoidLimb>(limb)));
-        }
-        return limbToJoints;
+        return std::move(limbToJoints);
     }
 
   private:
-    FastRangedIntegralSet<int>& JointsOf(HumanoidLimb limb) { return limbJoints[limb + 1]; }
+    FastRangedIntegralSet<int>& JointsOf(HumanoidLimb limb) { return *limbToJoints.Find(limb); }
 
     void Assign(int joint, HumanoidLimb limb) {
         JointsOf(limb).insertInternal(joint);
@@ -58,8 +55,7 @@ class LimbClaims {
 
     int jointCount;
     FastRangedIntegralMap<int, HumanoidLimb> jointToLimb;
-    // From HumanoidLimb_Invalid on.
-    std::array<FastRangedIntegralSet<int>, LimbCount + 1> limbJoints;
+    FastRangedIntegralMap<HumanoidLimb, FastRangedIntegralSet<int>> limbToJoints;
 };
 
 } // namespace

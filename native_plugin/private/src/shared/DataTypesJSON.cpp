@@ -12,11 +12,11 @@ namespace Velkori_Utility {
 namespace {
 
 float GetFloat(const JSONValue& value, const char* key, float defaultValue) {
-    return static_cast<float>(RapidJSONHelpers::GetDouble(value, key, defaultValue, true));
+    return RapidJSONHelpers::NarrowToFloat(RapidJSONHelpers::GetDouble(value, key, defaultValue, true));
 }
 
 void AddFloat(JSONValue& object, const char* key, float number, JSONAllocator& allocator) {
-    object.AddMember(rapidjson::StringRef(key), static_cast<double>(number), allocator);
+    object.AddMember(rapidjson::StringRef(key), RapidJSONHelpers::MakeNumber(number), allocator);
 }
 
 } // namespace
@@ -51,7 +51,7 @@ JointPose::JointPose(const JSONValue& value)
     : orientation(RapidJSONHelpers::GetObject(value, JSONKeywords::Rotation, true)),
       position(RapidJSONHelpers::GetObject(value, JSONKeywords::Position, true)) {
     const auto uniformScale =
-        static_cast<float>(RapidJSONHelpers::GetDouble(value, JSONKeywords::Scale, 1.0, false));
+        RapidJSONHelpers::NarrowToFloat(RapidJSONHelpers::GetDouble(value, JSONKeywords::Scale, 1.0, false));
     scale = Vector3f(uniformScale, uniformScale, uniformScale);
 }
 

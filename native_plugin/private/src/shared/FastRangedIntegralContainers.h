@@ -13,9 +13,9 @@
 namespace Velkori_Utility {
 
 // Sets and maps over a contiguous range of small integral keys (joints, known joints, limbs) that is fixed by
-// initialising. A membership bit per key and, in a map, values in one contiguous list: a lookup is one range check,
-// one word load and, in a map, one index load. Both iterate in the order in which their keys first came; a key that
-// was erased and comes back keeps its place.
+// initialising. A membership bit per key and, in a map, values in one contiguous list: a lookup is one range
+// check, one word load and, in a map, one index load. Both iterate in the order in which their keys first
+// came; a key that was erased and comes back keeps its place.
 //
 // A container that was never initialised ignores every insert and holds nothing.
 template <typename K>
@@ -23,9 +23,7 @@ class FastRangedIntegralBase {
   public:
     FastRangedIntegralBase() = default;
     FastRangedIntegralBase(const FastRangedIntegralBase&) = default;
-    FastRangedIntegralBase(FastRangedIntegralBase&&) noexcept = default;
     FastRangedIntegralBase& operator=(const FastRangedIntegralBase&) = default;
-    FastRangedIntegralBase& operator=(FastRangedIntegralBase&&) noexcept = default;
     virtual ~FastRangedIntegralBase() = default;
 
     // False if the key wasn't there. Its place in the iteration order stays.
@@ -98,10 +96,11 @@ class FastRangedIntegralBase {
   protected:
     static constexpr std::size_t MaxReservedKeys = 256;
 
-    // Differences are taken without a sign: a key below the range gives an offset far beyond it, and no pair of
-    // 32-bit keys overflows.
+    // Differences are taken without a sign: a key below the range gives an offset far beyond it, and no pair
+    // of 32-bit keys overflows.
     std::size_t OffsetOf(K key) const {
-        return static_cast<std::uint32_t>(static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(minKey));
+        return static_cast<std::uint32_t>(
+            static_cast<std::uint32_t>(key) - static_cast<std::uint32_t>(minKey));
     }
 
     std::size_t RangeSize() const { return OffsetOf(maxKey) + 1; }
@@ -172,7 +171,8 @@ class FastRangedIntegralSet : public FastRangedIntegralBase<K> {
 
     FastRangedIntegralSet() = default;
 
-    // Holds `initialValues`, for which the range is widened; a `max` that isn't above `min` then counts for nothing.
+    // Holds `initialValues`, for which the range is widened; a `max` that isn't above `min` then counts for
+    // nothing.
     FastRangedIntegralSet(K min, K max, const std::vector<K>& initialValues) {
         if (!initialValues.empty()) {
             const auto [lowest, highest] = std::minmax_element(initialValues.begin(), initialValues.end());
@@ -210,8 +210,8 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
   public:
     // A value may be a reference, or constant.
     using Pair = std::pair<K, V>;
-    using HashMap = std::unordered_map<K, std::conditional_t<std::is_reference_v<V>,
-                                              std::reference_wrapper<std::remove_reference_t<V>>, V>>;
+    using HashMap = std::unordered_map<K,
+        std::conditional_t<std::is_reference_v<V>, std::reference_wrapper<std::remove_reference_t<V>>, V>>;
 
     // What to pass where there are no values to begin with.
     static const HashMap EmptyInitialValues;
@@ -265,8 +265,8 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         keyToValueIndex.assign(this->RangeSize(), 0);
     }
 
-    // Holds `initialValues`, for whose keys the range is widened; a `max` that isn't above `min` then counts for
-    // nothing.
+    // Holds `initialValues`, for whose keys the range is widened; a `max` that isn't above `min` then counts
+    // for nothing.
     void initialize(const HashMap& initialValues, K min, K max) {
         if (!initialValues.empty() && !(max > min)) {
             min = max = initialValues.begin()->first;
@@ -283,17 +283,11 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
     }
 
     // A key that is there gets the new value and keeps its place. A key out of range changes nothing.
-    void insert(K key, const std::remove_reference_t<V>& value)
-        requires(!std::is_reference_v<V>)
-    {
+    void insert(K key, const std::remove_reference_t<V>& value) requires(!std::is_reference_v<V>) {
         Append(key, value);
     }
 
-    void insert(K key, V value)
-        requires(std::is_reference_v<V>)
-    {
-        Append(key, value);
-    }
+    void insert(K key, V value) requires(std::is_reference_v<V>) { Append(key, value); }
 
     bool erase(K key) override {
         if (!FastRangedIntegralBase<K>::erase(key)) {
@@ -327,6 +321,9 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         }
         return live;
     }
+
+    // Pairs of erased and replaced keys that take up room.
+    std::size_t GetOrphanCount() const { return orphanCount; }
 
     // Drops the pairs of erased and replaced keys.
     void cleanOrphanedValues() {
@@ -376,6 +373,7 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
 };
 
 template <typename K, typename V>
-inline const typename FastRangedIntegralMap<K, V>::HashMap FastRangedIntegralMap<K, V>::EmptyInitialValues = {};
+inline const typename FastRangedIntegralMap<K, V>::HashMap FastRangedIntegralMap<K, V>::EmptyInitialValues =
+    {};
 
 } // namespace Velkori_Utility

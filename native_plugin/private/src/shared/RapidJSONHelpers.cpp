@@ -2,8 +2,11 @@
 
 #include "UtilityContextInstance.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <limits>
 
 namespace Velkori_Utility::RapidJSONHelpers {
 
@@ -213,6 +216,20 @@ std::vector<std::string> ReadStringArray(const JSONValue& member, std::string_vi
 
 JSONValue MakeString(std::string_view text, JSONAllocator& allocator) {
     return JSONValue(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
+}
+
+JSONValue MakeNumber(float number) {
+    constexpr float Largest = std::numeric_limits<float>::max();
+    return JSONValue(static_cast<double>(std::isnan(number) ? 0.0F : std::clamp(number, -Largest, Largest)));
+}
+
+float NarrowToFloat(double number) {
+    // What lies above rounds to infinity.
+    constexpr double LargestThatRoundsDown = 0x1.fffffefffffffp127;
+    if (std::abs(number) > LargestThatRoundsDown) {
+        return std::copysign(std::numeric_limits<float>::infinity(), number > 0 ? 1.0F : -1.0F);
+    }
+    return static_cast<float>(number);
 }
 
 std::string string_format(const char* format, ...) {

@@ -52,6 +52,13 @@ std::vector<std::string> ReadStringArray(const JSONValue& member, std::string_vi
 // A value for an allocator's document that owns a copy of the text.
 JSONValue MakeString(std::string_view text, JSONAllocator& allocator);
 
+// A document can't hold nan or infinities: nan is written as 0, an infinity as the largest number of its
+// sign.
+JSONValue MakeNumber(float number);
+
+// Beyond the range of float, the infinity of the number's sign.
+float NarrowToFloat(double number);
+
 // From each string of a table to its position, which is the enumerator's value.
 template <typename Enum>
 std::unordered_map<std::string, Enum> GenerateStringMapFromEnumStringTable(
