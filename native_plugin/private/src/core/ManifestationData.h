@@ -31,11 +31,21 @@ class Manifestation {
     static bool ValidateNoManifestationHierarchyGaps(
         const SkeletonData& skeleton, std::span<const int> jointIndices);
 
+    // Conversions with a list for the result keep no memory of their own between calls but the list's: what
+    // is converted frame after frame allocates nothing after the first.
+    void ConvertToManifestationPose(std::span<const JointPose> skeletonPose,
+        velkori_JointRelativeSpaceType from, velkori_JointRelativeSpaceType to,
+        std::vector<JointPose>& out_pose) const;
     std::vector<JointPose> ConvertToManifestationPose(std::span<const JointPose> skeletonPose,
         velkori_JointRelativeSpaceType from, velkori_JointRelativeSpaceType to) const;
+    // Expands to the whole skeleton in root space; a rest pose if the manifestation isn't valid or is empty.
+    void ConvertFromManifestationRootSpacePose(
+        std::span<const JointPose> pose, std::vector<JointPose>& out_skeletonPose) const;
     std::vector<JointPose> ConvertFromManifestationRootSpacePose(std::span<const JointPose> pose) const;
+    // Does nothing if the manifestation isn't valid or the list has another size.
     void ConvertManifestationPoseJointSpace(std::vector<JointPose>& pose, velkori_JointRelativeSpaceType from,
         velkori_JointRelativeSpaceType to) const;
+    // The skeleton's rest pose of the size that the tracked joints imply.
     std::vector<JointPose> GetSkeletonTPoseFromManifestationRootSpacePose(
         std::span<const JointPose> pose) const;
     std::vector<std::string> GenerateJointNameArray() const;
@@ -48,12 +58,25 @@ class Manifestation {
   private:
     void ConvertToRootSpaceFromLocalSpaceManifestationPose_Internal(std::vector<JointPose>& pose) const;
     void ConvertToLocalSpaceFromRootSpaceManifestationPose_Internal(std::vector<JointPose>& pose) const;
-    std::vector<JointPose> ExpandManifestationRootSpacePoseToSkeletonPose_Internal(
-        std::span<const JointPose> pose) const;
-    std::vector<JointPose> GetSkeletonTPoseFromExpandedRootSpacePose_Internal(
-        std::span<const JointPose> expanded) const;
+    void ExpandManifestationRootSpacePoseToSkeletonPose_Internal(
+        std::span<const JointPose> pose, std::vector<JointPose>& out_expanded) const;
+    void GetSkeletonTPoseFromExpandedRootSpacePose_Internal(
+        std::span<const JointPose> expanded, std::vector<JointPose>& out_tPose) const;
     void ApplyExcludedTPoseJointsToExpandedRootSpacePose_Internal(
         std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const;
+    void PlaceExcludedAncestors(
+        int joint, std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const;
+    void PlaceExcludedDescendants(
+        int joint, std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const;
+
+    // Lists that live for one conversion, kept for the next.
+    struct Scratch {
+        std::vector<float> jointLengths;
+        std::vector<JointPose> tPose;
+        std::vector<int> queue;
+        std::vector<int> placedAncestors;
+        FastRangedIntegralSet<int> placedJoints;
+    };
 
     const SkeletonData* skeleton;
     std::vector<int> jointIndices;
@@ -66,6 +89,7 @@ class Manifestation {
     std::vector<Vector3f> minDimensionMask;
     std::vector<Vector3f> maxDimensionMask;
     bool isValid = false;
+    mutable Scratch scratch;
 };
 
 } // namespace Velkori_Utility

@@ -68,6 +68,9 @@ class PoseData {
     PoseData Lerp(const PoseData& other, float t) const;
     // The same with a share per axis, which keeps the bones' directions consistent with their positions.
     PoseData Lerp(const PoseData& other, const Vector3f& t) const;
+    // Just the root-space joints of that; none if either side holds nothing.
+    void LerpRootSpacePose(
+        const PoseData& other, const Vector3f& t, std::vector<JointPose>& out_rootSpacePose) const;
 
     PoseData CalculatePoseAtHeight(float height) const;
     PoseData CalculatePoseAtScale(float scale) const;
@@ -87,12 +90,24 @@ class PoseData {
         const Vector3f& axis, std::vector<Vector3f>& mask) const;
 
     void UnscaleLocalSpacePose(std::vector<JointPose>& localSpacePose) const;
-    static std::vector<float> CalculateJointLengthsFromUnscaledLocalSpacePoseData(
-        std::span<const JointPose> localSpacePose);
+    static void CalculateJointLengthsFromUnscaledLocalSpacePoseData(
+        std::span<const JointPose> localSpacePose, std::vector<float>& out_lengths);
 
     bool IsApproxEqual(const PoseData& other) const;
 
   private:
+    // What is valid: a bit per representation, by its index, and one per measure.
+    static constexpr std::uint32_t RootSpaceFlag = 1;
+    static constexpr std::uint32_t JointLengthsFlag = 16;
+    static constexpr std::uint32_t ExtentsFlag = 32;
+    static constexpr std::uint32_t EstimatedExtentsFlag = 64;
+    static constexpr std::uint32_t DirectionVectorsFlag = 128;
+
+    void DeriveRootSpacePose() const;
+    void DeriveLocalSpacePose() const;
+    void DeriveScaledRootSpacePose() const;
+    void DeriveScaledLocalSpacePose() const;
+
     // The skeleton's own unscaled pose is what scale is measured against; it has none itself.
     bool IsUsingUnscaledReference() const;
 

@@ -35,6 +35,9 @@ void InitializeTPose(PoseData& tPose, std::span<const JointPose> rootSpacePose) 
     if (!rootSpacePose.empty() && static_cast<int>(rootSpacePose.size()) == tPose.GetJointCount()) {
         tPose.Initialize(
             velkori_JointRelativeSpaceType_RootOriginRelative, rootSpacePose, JointPose::Identity);
+        // Measured from root space or from local space, a root's length differs. Measuring at once makes what
+        // is computed from rest poses independent of what was asked of them before.
+        tPose.InitializeJointLengths();
     }
 }
 
@@ -175,6 +178,10 @@ std::vector<int> SkeletonData::ConvertJointNameArrayToJointIndexList(
 }
 
 // -- Hierarchy ---------------------------------------------------------------------------------------------
+
+bool SkeletonData::IsRootJoint(int joint) const {
+    return std::binary_search(rootJoints.begin(), rootJoints.end(), joint);
+}
 
 int SkeletonData::GetParentJointIndex(int joint) const {
     return IsIndexOf(joint, parentIndices.size()) ? parentIndices[joint] : -1;

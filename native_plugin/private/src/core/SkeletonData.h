@@ -127,7 +127,14 @@ class SkeletonData {
     // pose, and not limited to that range.
     const PoseData& GetUnscaledTPose() const { return unscaledTPose; }
 
+    // 0 for a root, by root-space positions.
+    void MeasureJointLengths(std::span<const JointPose> rootSpacePose, std::vector<float>& out_lengths) const;
     std::vector<float> MeasureJointLengths(std::span<const JointPose> rootSpacePose) const;
+    // The extents of a body with these joint lengths, by the dimension masks of the minimum and the maximum
+    // pose: the skeleton's own, or ones for a part of its joints.
+    Vector3f EstimateExtentRange(std::span<const float> jointLengths) const;
+    Vector3f EstimateExtentRange(std::span<const float> jointLengths, std::span<const Vector3f> minMask,
+        std::span<const Vector3f> maxMask) const;
     std::vector<float> CalculateJointInterpolationRatios(std::span<const float> jointLengths) const;
     float ConvertHeightToInterpolationDelta(float height) const;
     Vector3f CalculateExtentRangeInTPose(std::span<const float> ratios, std::span<const float> jointLengths,
@@ -138,6 +145,7 @@ class SkeletonData {
     std::vector<JointPose> CalculateRootSpaceTPose(std::span<const float> jointLengths) const;
     std::vector<JointPose> CalculateRootSpaceTPose(
         std::span<const JointPose> rootSpacePose, bool useEstimatedExtents) const;
+    void GetRootSpaceTPoseFromRatio(const Vector3f& ratio, std::vector<JointPose>& out_pose) const;
     std::vector<JointPose> GetRootSpaceTPoseFromRatio(const Vector3f& ratio) const;
 
     // -- Conversions between root and local space, in place ------------------------------------------------
@@ -160,6 +168,12 @@ class SkeletonData {
     void Initialize(std::span<const std::string> parentJointNames,
         std::span<const std::string> knownJointNames,
         std::span<const std::string> autoMappingExcludedJointNames);
+    bool IsRootJoint(int joint) const;
+    float CalculateJointInterpolationRatio(int joint, float length) const;
+    // Per axis, where extents lie between those of the minimum and of the maximum pose.
+    Vector3f CalculateExtentRatio(const Vector3f& extentRange) const;
+    float MeasureScaledBone(
+        int joint, int child, std::span<const float> jointLengths, const Vector3f& extentRange) const;
     static bool ConvertStringArrayToLookupMap(
         std::span<const std::string> names, NameToIndexMap& map, std::size_t& bufferSize);
     void GenerateParentChildLookupTables(std::span<const std::string> parentJointNames);

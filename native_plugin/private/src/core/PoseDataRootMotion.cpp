@@ -1,0 +1,89 @@
+// A frame's root, rewritten from its hips.
+
+#include "UtilityContextInstance.h"
+#include "core/PoseData.h"
+#include "core/SkeletonData.h"
+
+namespace Velkori_Utility {
+
+namespace {
+
+constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
+constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
+
+// A turn of the hips by less than this much out of an axis makes the axis useless for telling the facing: the
+// cosine of the angle between them.
+constexpr float TooParallel = 0.99F;
+
+// How far the root moves along the up axis: with hips below it down to them, and with hips higher above it
+// than in the reference up by the difference.
+float CalculateRootRise(
+    const Vector3f& currentHipsFromRoot, const Vector3f& referenceHipsFromRoot, const Vector3f& up) {
+    const float unsignedHeight = currentHipsFromRoot.Multiply(up).Length();
+    const float height = currentHipsFromRoot.Dot(up) < 0.0F ? -unsignedHeight : unsignedHeight;
+    const float referenceHeight = referenceHipsFromRoot.Multiply(up).Length();
+    if (height < 0.0F) {
+        return height;
+    }
+    return height - referenceHeight > 0.0F ? height - referenceHeight : 0.0F;
+}
+
+// The turn about the up axis that takes the reference's hips to the current ones.
+Quaternionf CalculateFacing(
+    const Quaternionf& currentHips, const Quaternionf& referenceHips, const velkori_CoordinateSpace_& space) {
+    const Vector3f forward(space.forward);
+    const Vector3f right(space.right);
+    const auto turned = [&](const Vector3f& axis) {
+        return currentHips.Rotate(referenceHips.Inverse().Rotate(axis));
+    };
+    Vector3f probe = forward;
+    Vector3f direction = turned(probe);
+    if (std::abs(direction.Dot(probe)) > TooParallel) {
+        probe = right;
+        direction = turned(probe);
+    }
+    const Vector3f flattened = direction.Multiply(forward.Abs() + right.Abs()).Normalize();
+    return Quaternionf(probe, flattened);
+}
+
+} // namespace
+
+void PoseData::InitializeAndApplyRootMotionBehavior(
+    const PoseData& pose, const PoseData& reference, velkori_RetargetingRootMotionBehavior behavior) {
+    const int root = skeleton->GetJointIndex(velkori_KnownJointType_Root);
+    const int hips = skeleton->GetJointIndex(velkori_KnownJointType_Hips);
+    const bool rewritesRoot = behavior == velkori_RetargetingRootMotionBehavior_RootFromHips ||
+                              behavior == velkori_RetargetingRootMotionBehavior_RootFromReference;
+    if (!rewritesRoot || root == -1 || hips == -1 || !pose.IsInitialized() || !reference.IsInitialized()) {
+        Initialize(pose);
+        return;
+    }
+    const velkori_CoordinateSpace_& space = UtilityContext::GetCoordinateSpace();
+    const Vector3f up(space.up);
+    const std::vector<JointPose>& referencePose = reference.GetJointPoses(RootSpace);
+    std::vector<JointPose>& rootSpacePose = jointPoses[RootSpace];
+    rootSpacePose = pose.GetJointPoses(RootSpace);
+
+    JointPose& rootPose = rootSpacePose[root];
+    const JointPose& hipsPose = rootSpacePose[hips];
+    const float rise = CalculateRootRise(hipsPose.position - rootPose.position,
+        referencePose[hips].position - referencePose[root].position, up);
+    rootPose.position += up * rise;
+    rootPose.orientation = CalculateFacing(hipsPose.orientation, referencePose[hips].orientation, space) *
+                           referencePose[root].orientation;
+    validFlags = RootSpaceFlag;
+
+    if (behavior == velkori_RetargetingRootMotionBehavior_RootFromReference) {
+        // This behaviour rests on the local list that an earlier use of this object left. Where none did, the
+        // pose itself supplies it.
+        std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
+        if (std::ssize(localSpacePose) != GetJointCount()) {
+            localSpacePose = pose.GetJointPoses(LocalSpace);
+        }
+        localSpacePose[root] = referencePose[root];
+        rootSpacePose = localSpacePose;
+        skeleton->ConvertLocalSpaceToRootSpacePose(rootSpacePose, true);
+    }
+}
+
+} // namespace Velkori_Utility
