@@ -189,13 +189,18 @@ const std::vector<JointPose>& PoseData::GetJointPoses(velkori_JointRelativeSpace
     return jointPoses[space];
 }
 
+// A local scale is relative to the parent's, while a bone is as long as all the scales above it make it.
 // Parents come first, so that each parent's scale has taken in its own parent's.
 void PoseData::UnscaleLocalSpacePose(std::vector<JointPose>& localSpacePose) const {
+    if (std::ssize(localSpacePose) != GetJointCount()) {
+        return;
+    }
     for (const int joint : skeleton->GetHierarchicalUpdateOrder()) {
         const int parent = skeleton->GetParentJointIndex(joint);
         if (parent != -1) {
-            Vector3f& position = localSpacePose[joint].position;
-            position = position.Multiply(localSpacePose[parent].scale);
+            JointPose& local = localSpacePose[joint];
+            local.position = local.position.Multiply(localSpacePose[parent].scale);
+            local.scale = local.scale.Multiply(localSpacePose[parent].scale);
         }
     }
     ResetScale(localSpacePose);

@@ -19,8 +19,9 @@ float DivideOrZero(float dividend, float divisor) {
     return divisor < MinNormal ? 0.0F : dividend / divisor;
 }
 
+// An empty list gives a pose that holds nothing.
 PoseData MakeRootSpacePose(const SkeletonData& skeleton, std::span<const JointPose> joints) {
-    return PoseData(skeleton, RootSpace, joints, JointPose::Identity);
+    return joints.empty() ? PoseData(skeleton) : PoseData(skeleton, RootSpace, joints, JointPose::Identity);
 }
 
 } // namespace
@@ -86,7 +87,6 @@ PoseData PoseData::CalculateAsTPose() const {
     if (!IsInitialized()) {
         return PoseData(*skeleton);
     }
-    // An empty list gives an empty pose.
     return MakeRootSpacePose(*skeleton, skeleton->CalculateRootSpaceTPose(GetJointLengths()));
 }
 
@@ -97,7 +97,8 @@ PoseData PoseData::MatchPoseScale(const PoseData& poseToScale, const PoseData& r
     const SkeletonData& skeleton = poseToScale.GetSkeleton();
     const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
     const int hips = skeleton.GetJointIndex(velkori_KnownJointType_Hips);
-    if (hips == -1 || !reference.IsInitialized()) {
+    if (hips == -1 || !reference.IsInitialized() ||
+        reference.GetJointCount() != poseToScale.GetJointCount()) {
         return PoseData(skeleton);
     }
     const Vector3f& theirs = reference.GetEstimatedExtentRange();

@@ -11,8 +11,8 @@ namespace {
 constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 
-// A turn of the hips by less than this much out of an axis makes the axis useless for telling the facing: the
-// cosine of the angle between them.
+// The facing is read from the forward axis, unless the hips leave that within this much of where it was: the
+// cosine of the angle between the two.
 constexpr float TooParallel = 0.99F;
 
 // How far the root moves along the up axis: with hips below it down to them, and with hips higher above it
@@ -58,6 +58,14 @@ void PoseData::InitializeAndApplyRootMotionBehavior(
         Initialize(pose);
         return;
     }
+    // Behaviour 2 rests on the local list that an earlier use of this object left. Where none did, the pose
+    // itself supplies it.
+    std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
+    const bool usesLocalList = behavior == velkori_RetargetingRootMotionBehavior_RootFromReference;
+    if (usesLocalList && std::ssize(localSpacePose) != GetJointCount()) {
+        localSpacePose = pose.GetJointPoses(LocalSpace);
+    }
+
     const velkori_CoordinateSpace_& space = UtilityContext::GetCoordinateSpace();
     const Vector3f up(space.up);
     const std::vector<JointPose>& referencePose = reference.GetJointPoses(RootSpace);
@@ -73,13 +81,7 @@ void PoseData::InitializeAndApplyRootMotionBehavior(
                            referencePose[root].orientation;
     validFlags = RootSpaceFlag;
 
-    if (behavior == velkori_RetargetingRootMotionBehavior_RootFromReference) {
-        // This behaviour rests on the local list that an earlier use of this object left. Where none did, the
-        // pose itself supplies it.
-        std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
-        if (std::ssize(localSpacePose) != GetJointCount()) {
-            localSpacePose = pose.GetJointPoses(LocalSpace);
-        }
+    if (usesLocalList) {
         localSpacePose[root] = referencePose[root];
         rootSpacePose = localSpacePose;
         skeleton->ConvertLocalSpaceToRootSpacePose(rootSpacePose, true);

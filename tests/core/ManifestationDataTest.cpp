@@ -1,0 +1,162 @@
+#include "core/ManifestationData.h"
+
+#include "core/SkeletonData.h"
+#include "support/AllocationCount.h"
+#include "support/PoseMatchers.h"
+#include "support/TestSkeletons.h"
+
+#include <gtest/gtest.h>
+
+using namespace Velkori_Utility;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+constexpr auto Root = velkori_JointRelativeSpaceType_RootOriginRelative;
+
+const Names Arm = {"rightUpperArm", "rightLowerArm", "rightWrist"};
+const Names UpperBody = {"hips", "spine", "chest", "neck", "head", "rightShoulder", "rightUpperArm",
+    "rightLowerArm", "rightWrist"};
+
+// A body with one manifestation.
+TargetSkeletonData BipedWith(const Names& part) {
+    // All bones grow alike, so that every size of the body has the same bone directions.
+    std::vector<TestSkeletons::Joint> joints = TestSkeletons::BipedJoints();
+    for (TestSkeletons::Joint& joint : joints) {
+        joint.minFactor = Vector3f::One * 0.8F;
+        joint.maxFactor = Vector3f::One * 1.3F;
+    }
+    TestSkeletons::Params params =
+        TestSkeletons::MakeBipedParams(joints, TestSkeletons::InOrder(joints.size()));
+    params.manifestations.Insert("part", part);
+    return TargetSkeletonData(params);
+}
+
+std::vector<JointPose> CutOut(const SkeletonData& skeleton, std::span<const JointPose> pose) {
+    return skeleton.GetManifestation("part").ConvertToManifestationPose(pose, Root, Root);
+}
+
+} // namespace
+
+TEST(Manifestation, AGapBetweenMembersMakesItInvalid) {
+    struct Case {
+        Names joints;
+        bool isValid;
+    };
+
+    const Case cases[] = {
+        {UpperBody, true},
+        {Arm, true},
+        {{"hips", "rightWrist"}, false},
+        {{"hips", "spine", "neck"}, false},
+        // The search starts at the first joint listed: what lies outside its part of the tree is no gap.
+        {{"rightWrist", "hips"}, true},
+        {{"rightUpperArm", "leftWrist"}, true},
+        {{"head"}, true},
+    };
+    for (const Case& each : cases) {
+        const TargetSkeletonData skeleton = BipedWith(each.joints);
+        EXPECT_EQ(skeleton.GetManifestation("part").IsValid(), each.isValid) << each.joints.front();
+    }
+}
+
+TEST(Manifestation, EveryMemberHoldsOneExcludedJointAtMost) {
+    const TargetSkeletonData skeleton = BipedWith({"chest", "rightShoulder", "neck"});
+    const Manifestation& part = skeleton.GetManifestation("part");
+    FastRangedIntegralSet<int> excluded(
+        0, skeleton.GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues);
+    for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
+        if (std::ranges::find(part.GetJointIndices(), joint) == part.GetJointIndices().end()) {
+            excluded.insertInternal(joint);
+        }
+    }
+    // The chest claims its parent, the shoulder the upper arm, the neck the head.
+    EXPECT_EQ(Manifestation::GenerateManifestationExcludedJointDependencyList(
+                  skeleton, part.GetJointIndices(), excluded),
+        part.GetJointIndices());
+}
+
+TEST(Manifestation, AllJointsArePlainReordering) {
+    Names all = TestSkeletons::MakeBipedParams().jointNames;
+    std::ranges::reverse(all);
+    const TargetSkeletonData skeleton = BipedWith(all);
+    const std::vector<JointPose>& pose =
+        skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root);
+    const std::vector<JointPose> part = CutOut(skeleton, pose);
+    EXPECT_EQ(part.front(), pose.back());
+    EXPECT_EQ(skeleton.GetManifestation("part").ConvertFromManifestationRootSpacePose(part), pose);
+}
+
+TEST(Manifestation, APartOfARestPoseExpandsToIt) {
+    for (const Names& joints : {UpperBody, Arm, Names{"head"}}) {
+        const TargetSkeletonData skeleton = BipedWith(joints);
+        const std::vector<JointPose>& pose =
+            skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root);
+        // Of one joint no size can be told, which counts as the largest.
+        ExpectNear(
+            skeleton.GetManifestation("part").ConvertFromManifestationRootSpacePose(CutOut(skeleton, pose)),
+            pose, 1e-3F);
+        // Turned and moved as a whole, the body comes along.
+        const JointPose moved(Quaternionf::FromRotationVector({0.3F, 1.0F, -0.2F}), {1, 2, 3});
+        std::vector<JointPose> movedPart = CutOut(skeleton, pose);
+        for (JointPose& joint : movedPart) {
+            joint = moved.ApplyWithoutScale(joint);
+        }
+        const auto expanded =
+            skeleton.GetManifestation("part").ConvertFromManifestationRootSpacePose(movedPart);
+        const auto still =
+            skeleton.GetManifestation("part").ConvertFromManifestationRootSpacePose(CutOut(skeleton, pose));
+        for (std::size_t i = 0; i < expanded.size(); ++i) {
+            ExpectNear(expanded[i].position, moved.ApplyWithoutScale(still[i]).position, 1e-2F);
+        }
+    }
+}
+
+TEST(Manifestation, AnInvalidOrUnknownOneGivesARestPose) {
+    const TargetSkeletonData skeleton = BipedWith({"hips", "rightWrist"});
+    const std::vector<JointPose>& unscaled = skeleton.GetUnscaledTPose().GetJointPoses(Root);
+    const std::vector<JointPose> anything(2);
+    EXPECT_EQ(skeleton.GetManifestation("part").ConvertFromManifestationRootSpacePose(anything), unscaled);
+    std::vector<JointPose> untouched = anything;
+    skeleton.GetManifestation("part").ConvertManifestationPoseJointSpace(
+        untouched, Root, velkori_JointRelativeSpaceType_Local);
+    EXPECT_EQ(untouched, anything);
+    EXPECT_TRUE(skeleton.GetManifestation("").GetJointIndices().empty());
+}
+
+TEST(Manifestation, SpacesLeadToEachOtherAndBack) {
+    const TargetSkeletonData skeleton = BipedWith(UpperBody);
+    const Manifestation& part = skeleton.GetManifestation("part");
+    const std::vector<JointPose> pose =
+        CutOut(skeleton, skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root));
+    for (const auto space :
+        {velkori_JointRelativeSpaceType_Local, velkori_JointRelativeSpaceType_RootOriginRelativeScaled,
+            velkori_JointRelativeSpaceType_LocalScaled}) {
+        std::vector<JointPose> converted = pose;
+        part.ConvertManifestationPoseJointSpace(converted, Root, space);
+        part.ConvertManifestationPoseJointSpace(converted, space, Root);
+        ExpectNear(converted, pose, 1e-5F);
+    }
+    // The hips' parent is no member: they stay in root space. The spine is relative to them.
+    std::vector<JointPose> local = pose;
+    part.ConvertManifestationPoseJointSpace(local, Root, velkori_JointRelativeSpaceType_Local);
+    EXPECT_EQ(local[0], pose[0]);
+    EXPECT_NEAR(local[1].position.Length(), (pose[1].position - pose[0].position).Length(), 1e-5F);
+}
+
+TEST(Manifestation, ConvertingFrameAfterFrameAllocatesNothing) {
+    const TargetSkeletonData skeleton = BipedWith(UpperBody);
+    const Manifestation& part = skeleton.GetManifestation("part");
+    const std::vector<JointPose>& pose =
+        skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root);
+    std::vector<JointPose> partPose;
+    std::vector<JointPose> expanded;
+    const auto work = [&] {
+        part.ConvertToManifestationPose(pose, Root, velkori_JointRelativeSpaceType_Local, partPose);
+        part.ConvertManifestationPoseJointSpace(partPose, velkori_JointRelativeSpaceType_Local, Root);
+        part.ConvertFromManifestationRootSpacePose(partPose, expanded);
+    };
+    work();
+    EXPECT_EQ(CountAllocations(work), 0U);
+}

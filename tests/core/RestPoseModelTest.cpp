@@ -1,0 +1,119 @@
+#include "core/SkeletonData.h"
+#include "support/PoseMatchers.h"
+#include "support/TestSkeletons.h"
+
+#include <gtest/gtest.h>
+
+using namespace Velkori_Utility;
+
+namespace {
+
+constexpr auto Root = velkori_JointRelativeSpaceType_RootOriginRelative;
+
+const std::vector<JointPose>& RestJoints(const SkeletonData& skeleton, velkori_SkeletonTPoseType type) {
+    return skeleton.GetTPoseData(type).GetJointPoses(Root);
+}
+
+} // namespace
+
+TEST(RestPoseModel, RatiosAreLinearInLengthAndExtrapolate) {
+    const TargetSkeletonData skeleton(
+        TestSkeletons::MakeParams({{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}, {0.5F, 1, 1}, {2, 1, 1}},
+                                      {"c", 1, {0, 1, 0}, {1, 1, 1}, {1, 1, 1}}},
+            {0, 1, 2}));
+    // b grows from 0.5 to 2; a and c don't grow, which counts as 1.
+    EXPECT_EQ(skeleton.CalculateJointInterpolationRatios(std::vector<float>{0, 0.5F, 7}),
+        (std::vector<float>{1, 0, 1}));
+    EXPECT_EQ(skeleton.CalculateJointInterpolationRatios(std::vector<float>{0, 3.5F, 7})[1], 2.0F);
+    EXPECT_EQ(skeleton.CalculateJointInterpolationRatios(std::vector<float>{0, 0.2F, 7})[1], -0.2F);
+    EXPECT_EQ(skeleton.MeasureJointLengths(RestJoints(skeleton, velkori_SkeletonTPoseType_Max)),
+        (std::vector<float>{0, 2, 1}));
+}
+
+TEST(RestPoseModel, HeightIsMeasuredAlongUp) {
+    const TargetSkeletonData skeleton(TestSkeletons::MakeBipedParams());
+    const float min = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min).GetExtents().range.y;
+    const float max = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetExtents().range.y;
+    EXPECT_NEAR(skeleton.ConvertHeightToInterpolationDelta(min), 0.0F, 1e-5F);
+    EXPECT_NEAR(skeleton.ConvertHeightToInterpolationDelta(max), 1.0F, 1e-5F);
+    EXPECT_LT(skeleton.ConvertHeightToInterpolationDelta(0.1F), 0.0F);
+    EXPECT_EQ(TargetSkeletonData(TestSkeletons::Params()).ConvertHeightToInterpolationDelta(2.0F), 1.0F);
+}
+
+TEST(RestPoseModel, TheOutermostPosesGiveThemselves) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 10; ++round) {
+        const TargetSkeletonData skeleton(TestSkeletons::MakeRandomBipedParams(random));
+        for (const auto type : {velkori_SkeletonTPoseType_Min, velkori_SkeletonTPoseType_Max}) {
+            const std::vector<JointPose>& pose = RestJoints(skeleton, type);
+            const auto lengths = skeleton.MeasureJointLengths(pose);
+            ExpectNear(skeleton.CalculateRootSpaceTPose(lengths), pose, 3e-4F);
+            ExpectNear(skeleton.CalculateRootSpaceTPose(pose, true), pose, 3e-4F);
+            ExpectNear(skeleton.CalculateRootSpaceTPose(pose, false), pose, 3e-4F);
+        }
+    }
+}
+
+TEST(RestPoseModel, EqualPosesAreTheAnswerToAnything) {
+    TestSkeletons::Params params = TestSkeletons::MakeBipedParams();
+    params.minTPose = params.maxTPose;
+    const TargetSkeletonData skeleton(params);
+    const std::vector<float> nonsense(params.jointNames.size(), 12.0F);
+    ExpectNear(skeleton.CalculateRootSpaceTPose(nonsense), params.maxTPose, 1e-4F);
+}
+
+TEST(RestPoseModel, WithoutHipsOrPosesThereIsNoEstimate) {
+    TestSkeletons::Params params = TestSkeletons::MakeBipedParams();
+    params.knownJointNames.clear();
+    const TargetSkeletonData nameless(params);
+    const std::vector<JointPose>& pose = RestJoints(nameless, velkori_SkeletonTPoseType_Max);
+    EXPECT_TRUE(nameless.CalculateRootSpaceTPose(pose, true).empty());
+    EXPECT_EQ(nameless.CalculateRootSpaceTPose(pose, false).size(), pose.size());
+    params.minTPose.clear();
+    params.maxTPose.clear();
+    EXPECT_TRUE(TargetSkeletonData(params).CalculateRootSpaceTPose(params.unscaledTPose, false).empty());
+    EXPECT_TRUE(nameless.CalculateRootSpaceTPose(std::vector<JointPose>(2), false).empty());
+}
+
+TEST(RestPoseModel, ScaleIsTheMeanGrowthOfTheChildren) {
+    const TargetSkeletonData skeleton(TestSkeletons::MakeParams(
+        {{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 0, {0, 2, 0}}, {"d", 1, {1, 0, 0}}}, {0, 1, 2, 3}));
+    std::vector<JointPose> pose = skeleton.GetUnscaledTPose().GetJointPoses(Root);
+    // Lengths 1, 2 and 1 of b, c and d become 3, 2 and 5.
+    skeleton.ConvertToScaledRootSpacePose(pose, std::vector<float>{0, 3, 2, 5}, Vector3f::One);
+    const std::vector<float> expected = {2, 5, 2, 5};
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        ExpectNear(pose[i].scale, Vector3f::One * expected[i], 1e-5F);
+    }
+}
+
+TEST(RestPoseModel, LocalSpaceUndoesRootSpaceOnAnyTree) {
+    std::mt19937 random(9);
+    for (const int jointCount : {1, 2, 30, 500}) {
+        TestSkeletons::Params params =
+            TestSkeletons::MakeRandomTreeParams(random, jointCount, jointCount > 2 ? 3 : 1);
+        const TargetSkeletonData skeleton(params);
+        std::vector<JointPose> pose = params.maxTPose;
+        for (JointPose& joint : pose) {
+            const float scale = TestSkeletons::RandomBetween(random, 0.5F, 2.0F);
+            joint.scale = {scale, scale, scale};
+        }
+        const std::vector<JointPose> before = pose;
+        skeleton.ConvertRootSpaceToLocalSpacePose(pose);
+        skeleton.ConvertLocalSpaceToRootSpacePose(pose, false);
+        ExpectNear(pose, before, 1e-3F);
+        skeleton.ConvertLocalSpaceToRootSpacePose(pose, true);
+        EXPECT_EQ(pose.front().scale, Vector3f::One);
+    }
+}
+
+TEST(RestPoseModel, JointsThatNoRootReachesStayUntouched) {
+    TestSkeletons::Params params = TestSkeletons::MakeParams(
+        {{"a", -1, {0, 1, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}}, {0, 1, 2});
+    params.parentJointNames[2] = "nobody";
+    const TargetSkeletonData skeleton(params);
+    std::vector<JointPose> pose = params.maxTPose;
+    skeleton.ConvertRootSpaceToLocalSpacePose(pose);
+    EXPECT_EQ(pose[2], params.maxTPose[2]);
+    EXPECT_NE(pose[1], params.maxTPose[1]);
+}
