@@ -13,7 +13,7 @@ using Texts = std::vector<std::string>;
 
 UtilityConfigInitializationParams Params(const char* name) {
     const CoordinateSpace space(UtilityContext::GetCoordinateSpace());
-    return {name, Configuration(space, velkori_RetargetingBehaviorFlags_None), {}, {}};
+    return {name, Configuration(space, velkori_RetargetingBehaviorFlags_None), {}, {}, {}, {}};
 }
 
 } // namespace
@@ -34,8 +34,8 @@ TEST(UtilityContext, ReplacingKeepsTheHandleAndAHeldInstanceOutlivesIt) {
     const velkori_Handle handle = UtilityContext::CreateUtilityInstance(Params("old"));
     const std::shared_ptr<UtilityInstance> held = UtilityContext::GetUtilityInstance(handle);
     EXPECT_TRUE(UtilityContext::ReinitializeUtilityInstanceHandle(handle, Params("new")));
-    EXPECT_EQ(UtilityContext::GetUtilityInstance(handle)->config.name, "new");
-    EXPECT_EQ(held->config.name, "old");
+    EXPECT_EQ(UtilityContext::GetUtilityInstance(handle)->config.GetName(), "new");
+    EXPECT_EQ(held->config.GetName(), "old");
     EXPECT_EQ(held.use_count(), 1);
     EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
 }
@@ -56,7 +56,7 @@ TEST(UtilityContext, RefusedInstancesLeaveEverythingAsItWas) {
         "[ERROR]: Could not initialize new instance - invalid config, existing data will remain untouched.",
         "[ERROR]: Could not initialize new instance - invalid config data."};
     EXPECT_EQ(LogCapture::TakeTexts(), refused);
-    EXPECT_EQ(UtilityContext::GetUtilityInstance(handle)->config.name, "kept");
+    EXPECT_EQ(UtilityContext::GetUtilityInstance(handle)->config.GetName(), "kept");
     EXPECT_EQ(UtilityContext::CreateUtilityInstance(Params("next")), handle + 1)
         << "a refusal takes no number";
     EXPECT_EQ(velkori_destroy(handle) + velkori_destroy(handle + 1), 2);

@@ -16,25 +16,6 @@ velkori_Result NotYetAvailable(const char* exportName) {
 
 } // namespace
 
-velkori_Result velkori_createOrUpdateHandle(const char*, velkori_Handle*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_createOrUpdateUtilityConfig(
-    const char*, const velkori_UtilityConfigInitParams_*, velkori_Handle*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_createOrUpdateSimpleUtilityConfig(
-    const char*, velkori_SkeletonType, const velkori_SkeletonInitParams_*, velkori_Handle*) {
-    return NotYetAvailable(__func__);
-}
-
-velkori_Result velkori_writeConfigDataToJSON(
-    velkori_Handle, const velkori_CoordinateSpace_*, char*, int32_t*) {
-    return NotYetAvailable(__func__);
-}
-
 velkori_Result velkori_getConfigName(velkori_Handle, char*, int32_t*) {
     return NotYetAvailable(__func__);
 }

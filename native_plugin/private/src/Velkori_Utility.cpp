@@ -1,5 +1,6 @@
 #include "InterfaceBoundary.h"
 #include "core/ConfigurationData.h"
+#include "core/PoseConversion.h"
 #include "shared/DataTypes.h"
 
 #include <span>
@@ -68,12 +69,12 @@ velkori_Result velkori_applyWorldSpaceCoordinateSpaceConversion(
             return Fail(velkori_Result_InvalidValue,
                 "ERROR: out_coordinateSpace: CoordinateSpace is invalid, MUST be Axis Aligned.");
         }
-        const JointPose conversion = from.CalculateCoordinateSpaceConversion(to);
-        if (conversion == JointPose::Identity || jointCount < 1) {
+        const PoseConversion convert(from.CalculateCoordinateSpaceConversion(to));
+        if (convert.IsIdentity() || jointCount < 1) {
             return velkori_Result_Success;
         }
         for (velkori_Transform_& transform : std::span(in_out_worldSpaceTransformData, jointCount)) {
-            transform = static_cast<velkori_Transform_>(conversion.ApplyWithScale(JointPose(transform)));
+            transform = static_cast<velkori_Transform_>(convert.Apply(JointPose(transform)));
         }
         return velkori_Result_Success;
     });

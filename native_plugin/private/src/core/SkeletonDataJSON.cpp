@@ -1,10 +1,12 @@
 // The JSON form of a skeleton, which SkeletonInitializationParams reads back. What is empty is left out.
 
+#include "core/PoseConversion.h"
 #include "core/SkeletonData.h"
 #include "shared/JSONKeywords.h"
 #include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Velkori_Utility {
 
@@ -68,18 +70,32 @@ JSONValue WriteManifestations(const SkeletonData& skeleton, JSONAllocator& alloc
     return object;
 }
 
+// A rotation that was taken to another coordinate space carries that product's rounding. Written to a grid
+// well above it, the rotation survives being read back and written again without a change.
+Quaternionf RoundForDocument(const Quaternionf& rotation) {
+    constexpr float StepsPerUnit = 1048576.0F;
+    const auto round = [](float component) {
+        return std::round(component * StepsPerUnit) / StepsPerUnit + 0.0F;
+    };
+    return {round(rotation.x), round(rotation.y), round(rotation.z), round(rotation.w)};
+}
+
 JSONValue WritePose(const PoseData& pose, const JointPose& conversion, JSONAllocator& allocator) {
     JSONValue object(rapidjson::kObjectType);
     if (!pose.IsInitialized()) {
         return object;
     }
-    const bool converts = conversion != JointPose::Identity;
+    const PoseConversion convert(conversion);
     const std::vector<JointPose>& joints =
         pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
     for (int joint = 0; joint < pose.GetJointCount(); ++joint) {
-        const JointPose converted = converts ? conversion.ApplyWithScale(joints[joint]) : joints[joint];
+        JointPose written = joints[joint];
+        if (!convert.IsIdentity()) {
+            written = convert.Apply(written);
+            written.orientation = RoundForDocument(written.orientation);
+        }
         object.AddMember(MakeString(pose.GetSkeleton().GetJointName(joint), allocator),
-            converted.WriteToJSON(allocator), allocator);
+            written.WriteToJSON(allocator), allocator);
     }
     return object;
 }

@@ -21,6 +21,11 @@ struct SkeletonInitializationParams {
     static SkeletonInitializationParams CreateFromJSON(
         LogMsgMap& messages, const JSONValue& object, int skeletonType, const JointPose& conversion);
 
+    // A missing smallest or largest rest pose takes the place of the other or of the unscaled one. The
+    // record's pointers have been checked against its counts.
+    static SkeletonInitializationParams FromVelkoriSkeletonInitParams(
+        LogMsgMap& messages, const velkori_SkeletonInitParams_& record);
+
     // Indices are the positions in `names`: a refused name leaves a gap.
     static NameToIndexMap StringArrayToLookupMap(LogMsgMap& messages, std::span<const std::string> names);
 

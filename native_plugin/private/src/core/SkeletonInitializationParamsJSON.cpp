@@ -1,4 +1,5 @@
 #include "Velkori_Utility.h"
+#include "core/PoseConversion.h"
 #include "core/SkeletonInitializationParams.h"
 #include "shared/FastRangedIntegralContainers.h"
 #include "shared/JSONKeywords.h"
@@ -137,9 +138,10 @@ std::vector<JointPose> SkeletonInitializationParams::ParseRootSpacePoseData(LogM
                     name, "\""});
         }
     }
-    if (!(conversion == JointPose::Identity)) {
+    const PoseConversion convert(conversion);
+    if (!convert.IsIdentity()) {
         for (JointPose& pose : poses) {
-            pose = conversion.ApplyWithScale(pose);
+            pose = convert.Apply(pose);
         }
     }
     return poses;

@@ -1,0 +1,249 @@
+// The mapping part of a document: target joint name to its mapping, in the simple form of one set or the
+// double form of two.
+
+#include "core/JointMappingData.h"
+#include "shared/JSONKeywords.h"
+#include "shared/RapidJSONHelpers.h"
+
+#include <string_view>
+#include <unordered_map>
+
+namespace Velkori_Utility {
+
+namespace {
+
+constexpr std::string_view Prefix = "[JointMappingData::CreateFromJSON] ";
+
+std::string_view TextOf(const JSONValue& name) {
+    return {name.GetString(), name.GetStringLength()};
+}
+
+template <typename Enum>
+const Enum* FindEnum(const std::unordered_map<std::string, Enum>& map, const std::string& text) {
+    const auto found = map.find(text);
+    return found == map.end() ? nullptr : &found->second;
+}
+
+const JointMappingType* GetJointMappingFromString(const std::string& text) {
+    static const auto map = RapidJSONHelpers::GenerateStringMapFromEnumStringTable<JointMappingType>(
+        JointMappingTypeStrings.data(), static_cast<std::int32_t>(JointMappingTypeStrings.size()));
+    return FindEnum(map, text);
+}
+
+const JointMappingBehaviorType* GetJointMappingBehaviorFromString(const std::string& text) {
+    static const auto map = RapidJSONHelpers::GenerateStringMapFromEnumStringTable<JointMappingBehaviorType>(
+        JointMappingBehaviorTypeStrings.data(),
+        static_cast<std::int32_t>(JointMappingBehaviorTypeStrings.size()));
+    return FindEnum(map, text);
+}
+
+bool HasObjectMember(const JSONValue& value, const char* key) {
+    const auto member = value.FindMember(key);
+    return member != value.MemberEnd() && member->value.IsObject();
+}
+
+// A set without entries would be dropped on reading, and isn't written either.
+const JointMappingSet* SetWithEntries(const JointMappingData::MappingMap& mappings, int joint) {
+    const JointMappingSet* set = mappings.Find(joint);
+    return set != nullptr && !set->GetEntries().empty() ? set : nullptr;
+}
+
+// Reads one of the two mapping objects of a document.
+class MappingParser {
+  public:
+    MappingParser(LogMsgMap& log, const char* name, const SkeletonInitializationParams& sourceParams,
+        const SkeletonInitializationParams& targetParams)
+        : messages(log), mappingName(name), source(sourceParams), target(targetParams) {
+        const int jointCount = static_cast<int>(target.jointNames.size());
+        sourceMappings.initialize(0, jointCount);
+        targetMappings.initialize(0, jointCount);
+    }
+
+    // False if there is nothing to map to, which ends the reading.
+    bool ParseMember(std::string_view targetJointName, const JSONValue& value) {
+        if (!value.IsObject()) {
+            Error({Prefix, "Mapping Entries must be JSON object / map type. Found type ",
+                RapidJSONHelpers::GetDataTypeString(value.GetType()), "for key \"", targetJointName, "\""});
+            return true;
+        }
+        if (target.jointNames.empty()) {
+            Error({Prefix, "Invalid mapping data. Target Skeleton is empty."});
+            return false;
+        }
+        const int* targetJoint = target.jointNameToIndex.Find(targetJointName);
+        if (targetJoint == nullptr) {
+            Error({Prefix, "Mapping Entry - Cannot find Target Joint named \"", targetJointName, "\""});
+        } else if (!HasObjectMember(value, JSONKeywords::Source) &&
+                   !HasObjectMember(value, JSONKeywords::Target)) {
+            const std::string typeName =
+                RapidJSONHelpers::GetString(value, JSONKeywords::Type, JSONKeywords::Source, false);
+            ParseJSONToSerializedJointMapping(value, targetJointName, *targetJoint, typeName);
+        } else {
+            ParseDoubleForm(value, targetJointName, *targetJoint);
+        }
+        return true;
+    }
+
+    std::vector<SerializedJointMapping> Finish() const {
+        std::vector<SerializedJointMapping> mappings = sourceMappings.ToValueVector();
+        for (const auto& [joint, mapping] : targetMappings) {
+            mappings.push_back(mapping);
+        }
+        return mappings;
+    }
+
+  private:
+    void Error(std::initializer_list<std::string_view> pieces) {
+        AddMessage(messages, LogMsgCategory::Error, pieces);
+    }
+
+    void Warn(std::initializer_list<std::string_view> pieces) {
+        AddMessage(messages, LogMsgCategory::Warning, pieces);
+    }
+
+    void ParseDoubleForm(const JSONValue& value, std::string_view targetJointName, int targetJoint) {
+        for (const auto& member : value.GetObject()) {
+            const std::string_view key = TextOf(member.name);
+            if (key == JSONKeywords::Source || key == JSONKeywords::Target) {
+                ParseJSONToSerializedJointMapping(
+                    member.value, targetJointName, targetJoint, std::string(key));
+            } else {
+                Warn({Prefix, "Unexpected key \"", key, "\" in Mapping Entry for Target Joint named \"",
+                    targetJointName, "\".  Skipping Entry."});
+            }
+        }
+    }
+
+    void ParseJSONToSerializedJointMapping(const JSONValue& entry, std::string_view targetJointName,
+        int targetJoint, const std::string& typeName) {
+        const JointMappingType* type = GetJointMappingFromString(typeName);
+        if (type == nullptr) {
+            Error({Prefix, "Unknown Input Skeleton Type \"", typeName, "\" for ", mappingName,
+                " joint mapping."});
+            return;
+        }
+        const bool isSource = *type == velkori_SkeletonType_Source;
+        const SkeletonInitializationParams& entrySkeleton = isSource ? source : target;
+        if (entrySkeleton.jointNames.empty()) {
+            Error({Prefix, "Mapping Entry for Target Joint named \"", targetJointName,
+                "\" has references to empty \"", typeName, "\" skeleton."});
+            return;
+        }
+        FastRangedIntegralMap<int, SerializedJointMapping>& map = isSource ? sourceMappings : targetMappings;
+        if (map.contains(targetJoint)) {
+            Warn({Prefix, "Duplicate ", mappingName, " Mapping Entry for Target Joint named \"",
+                targetJointName, "\".  Skipping Duplicate."});
+            return;
+        }
+        const SerializedJointMapping mapping = {
+            targetJoint, *type, ParseBehavior(entry), ParseEntries(entry, entrySkeleton, typeName)};
+        if (mapping.entries.empty()) {
+            Warn({Prefix, "No Valid Mapping Entries defined for ", mappingName,
+                " joint mapping. Skipping joint mapping."});
+        } else {
+            map.insert(targetJoint, mapping);
+        }
+    }
+
+    JointMappingBehaviorType ParseBehavior(const JSONValue& entry) {
+        const std::string text =
+            RapidJSONHelpers::GetString(entry, JSONKeywords::Behavior, JSONKeywords::Normal, false);
+        const JointMappingBehaviorType* behavior = GetJointMappingBehaviorFromString(text);
+        if (behavior == nullptr) {
+            Warn({Prefix, "Unknown Blend Behavior \"", text, "\" for ", mappingName,
+                " joint mapping.  Falling back to use Normal Blend Behavior."});
+            return velkori_JointMappingBehaviorType_Normal;
+        }
+        return *behavior;
+    }
+
+    std::vector<velkori_JointMappingEntry_> ParseEntries(const JSONValue& entry,
+        const SkeletonInitializationParams& entrySkeleton, const std::string& typeName) {
+        std::vector<velkori_JointMappingEntry_> entries;
+        const JSONValue& weightsByJoint = RapidJSONHelpers::GetObject(entry, JSONKeywords::Mappings, true);
+        for (const auto& member : weightsByJoint.GetObject()) {
+            const std::string_view name = TextOf(member.name);
+            const int* joint = entrySkeleton.jointNameToIndex.Find(name);
+            if (joint == nullptr) {
+                Error({Prefix, "Could not find ", typeName, " joint named \"", name, "\" in ", mappingName,
+                    " joint mapping."});
+                continue;
+            }
+            const float rotationWeight = ParseWeight(member.value, JSONKeywords::WeightRotation);
+            const float positionWeight = ParseWeight(member.value, JSONKeywords::WeightPosition);
+            if (rotationWeight == 0.0F && positionWeight == 0.0F) {
+                Warn({Prefix, "Mapping entry for ", typeName, " joint named \"", name, "\" in ", mappingName,
+                    " joint mapping has zero position weight and zero rotation weight.  Skipping entry."});
+            } else {
+                entries.push_back({*joint, rotationWeight, positionWeight});
+            }
+        }
+        return entries;
+    }
+
+    static float ParseWeight(const JSONValue& weights, const char* key) {
+        return RapidJSONHelpers::NarrowToFloat(RapidJSONHelpers::GetDouble(weights, key, 1.0, true));
+    }
+
+    LogMsgMap& messages;
+    const char* mappingName;
+    const SkeletonInitializationParams& source;
+    const SkeletonInitializationParams& target;
+    FastRangedIntegralMap<int, SerializedJointMapping> sourceMappings;
+    FastRangedIntegralMap<int, SerializedJointMapping> targetMappings;
+};
+
+} // namespace
+
+std::vector<SerializedJointMapping> JointMappingData::CreateFromJSON(LogMsgMap& messages,
+    const char* mappingName, const JSONValue& mappingObject, const SkeletonInitializationParams& source,
+    const SkeletonInitializationParams& target) {
+    if (!mappingObject.IsObject()) {
+        AddMessage(messages, LogMsgCategory::Error,
+            {Prefix, "Invalid mapping data.  Structure is not a JSON object/map."});
+        return {};
+    }
+    const JSONValue* mappings = RapidJSONHelpers::FindMemberByKey(
+        mappingObject, mappingName, rapidjson::kObjectType, !mappingObject.ObjectEmpty());
+    if (mappings == nullptr) {
+        return {};
+    }
+    if (!mappings->IsObject()) {
+        AddMessage(messages, LogMsgCategory::Error,
+            {Prefix, "Cannot parse Joint Mapping data.Must be an Object / Map JSON type.Type is ",
+                RapidJSONHelpers::GetDataTypeString(mappings->GetType())});
+        return {};
+    }
+    MappingParser parser(messages, mappingName, source, target);
+    for (const auto& member : mappings->GetObject()) {
+        if (!parser.ParseMember(TextOf(member.name), member.value)) {
+            return {};
+        }
+    }
+    return parser.Finish();
+}
+
+JSONValue JointMappingData::WriteToJSON(JSONAllocator& allocator) const {
+    JSONValue object(rapidjson::kObjectType);
+    for (const int joint : mappedTargetJoints) {
+        const JointMappingSet* source = SetWithEntries(sourceMappings, joint);
+        const JointMappingSet* target = SetWithEntries(targetMappings, joint);
+        if (source == nullptr && target == nullptr) {
+            continue;
+        }
+        JSONValue mapping(rapidjson::kObjectType);
+        if (source != nullptr && target != nullptr) {
+            mapping.AddMember(
+                rapidjson::StringRef(JSONKeywords::Source), source->WriteToJSON(allocator, false), allocator);
+            mapping.AddMember(
+                rapidjson::StringRef(JSONKeywords::Target), target->WriteToJSON(allocator, false), allocator);
+        } else {
+            mapping = (source != nullptr ? source : target)->WriteToJSON(allocator, true);
+        }
+        object.AddMember(
+            RapidJSONHelpers::MakeString(targetSkeleton->GetJointName(joint), allocator), mapping, allocator);
+    }
+    return object;
+}
+
+} // namespace Velkori_Utility

@@ -1,0 +1,215 @@
+#include "core/JointMappingSet.h"
+
+#include "shared/JSONKeywords.h"
+#include "shared/RapidJSONHelpers.h"
+
+namespace Velkori_Utility {
+
+namespace {
+
+constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
+
+float ReciprocalOrZero(float sum) {
+    return sum > 0.0F ? 1.0F / sum : 0.0F;
+}
+
+int DepthOf(const SkeletonData& skeleton, int joint) {
+    int depth = 0;
+    for (int parent = skeleton.GetParentJointIndex(joint); parent != -1;
+         parent = skeleton.GetParentJointIndex(parent)) {
+        ++depth;
+    }
+    return depth;
+}
+
+// The nearest joint that both are or hang from, -1 if there is none.
+int FindCommonAncestor(const SkeletonData& skeleton, int a, int b) {
+    int depthOfA = DepthOf(skeleton, a);
+    int depthOfB = DepthOf(skeleton, b);
+    while (a != b && a != -1 && b != -1) {
+        const bool climbA = depthOfA >= depthOfB;
+        const bool climbB = depthOfB >= depthOfA;
+        if (climbA) {
+            a = skeleton.GetParentJointIndex(a);
+            --depthOfA;
+        }
+        if (climbB) {
+            b = skeleton.GetParentJointIndex(b);
+            --depthOfB;
+        }
+    }
+    return a == b ? a : -1;
+}
+
+JointPose Blend(const JointPose& a, const JointPose& b, float ratio) {
+    return {a.orientation.Slerp(b.orientation, ratio), a.position.Lerp(b.position, ratio),
+        a.scale.Lerp(b.scale, ratio)};
+}
+
+} // namespace
+
+JointMappingSet::JointMappingSet(
+    const SerializedJointMapping& mapping, const SourceSkeletonData& source, const TargetSkeletonData& target)
+    : sourceSkeleton(&source),
+      targetSkeleton(&target),
+      type(mapping.type),
+      behavior(mapping.behavior),
+      targetJointIndex(mapping.targetJointIndex),
+      mappedJoints(0, GetEntrySkeleton().GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues) {
+    entries.reserve(mapping.entries.size());
+    for (const velkori_JointMappingEntry_& entry : mapping.entries) {
+        if (entry.jointIndex != -1 && (entry.rotationWeight > 0.0F || entry.positionWeight > 0.0F)) {
+            entries.push_back({entry.jointIndex, entry.rotationWeight, entry.positionWeight});
+            mappedJoints.insertInternal(entry.jointIndex);
+        }
+    }
+    InitializeMappingWeights();
+}
+
+const SkeletonData& JointMappingSet::GetEntrySkeleton() const {
+    if (type == velkori_SkeletonType_Source) {
+        return *sourceSkeleton;
+    }
+    return *targetSkeleton;
+}
+
+void JointMappingSet::InitializeMappingWeights() {
+    scratchOrientations.reserve(entries.size());
+    scratchWeights.reserve(entries.size());
+    float positionSum = 0.0F;
+    float rotationSum = 0.0F;
+    for (const JointMappingEntry& entry : entries) {
+        positionSum += static_cast<float>(entry.positionWeight);
+        rotationSum += static_cast<float>(entry.rotationWeight);
+    }
+    positionWeightScale = ReciprocalOrZero(positionSum);
+    rotationWeightScale = ReciprocalOrZero(rotationSum);
+
+    commonAncestorJoint = entries.empty() ? -1 : entries.front().jointIndex;
+    for (const JointMappingEntry& entry : entries) {
+        commonAncestorJoint = FindCommonAncestor(*sourceSkeleton, commonAncestorJoint, entry.jointIndex);
+    }
+}
+
+JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(
+    std::span<const JointPose> pose, const PoseData* reference, const JointPose* offset) const {
+    if (std::ssize(pose) != GetEntrySkeleton().GetJointCount()) {
+        return JointPose::Identity;
+    }
+    if (entries.size() == 1) {
+        return pose[entries.front().jointIndex];
+    }
+    JointPose result;
+    scratchOrientations.clear();
+    scratchWeights.clear();
+    for (const JointMappingEntry& entry : entries) {
+        const JointPose& joint = pose[entry.jointIndex];
+        result.position += joint.position * (static_cast<float>(entry.positionWeight) * positionWeightScale);
+        if (entry.rotationWeight > 0.0) {
+            const Quaternionf rotation =
+                reference != nullptr && reference->IsInitialized()
+                    ? joint.orientation *
+                          reference->GetJointPoses(RootSpace)[entry.jointIndex].orientation.Inverse()
+                    : joint.orientation;
+            scratchOrientations.push_back(rotation);
+            scratchWeights.push_back(static_cast<float>(entry.rotationWeight));
+        }
+    }
+    if (rotationWeightScale == 0.0F) {
+        return result;
+    }
+    result.orientation = BlendScratchOrientations();
+    if (offset != nullptr) {
+        result.orientation = (result.orientation * offset->orientation).Normalize();
+    }
+    return result;
+}
+
+// Two orientations meet at the second one's weight as it stands, not at its share of the sum.
+Quaternionf JointMappingSet::BlendScratchOrientations() const {
+    switch (scratchOrientations.size()) {
+    case 0:
+        return Quaternionf::Identity;
+    case 1:
+        return scratchOrientations.front();
+    case 2:
+        return scratchOrientations.front().Slerp(scratchOrientations.back(), scratchWeights.back());
+    default:
+        return Quaternionf::CalculateWeightedMean(scratchOrientations, scratchWeights);
+    }
+}
+
+JointPose JointMappingSet::CalculateOnRestPose(velkori_SkeletonTPoseType restPoseType) const {
+    const PoseData& restPose = GetEntrySkeleton().GetTPoseData(restPoseType);
+    return restPose.IsInitialized()
+               ? CalculateUsingDeltaFromReferencePose(restPose.GetJointPoses(RootSpace), nullptr, nullptr)
+               : JointPose::Identity;
+}
+
+// The products are taken in double precision, and each running value is rounded to single.
+float JointMappingSet::CalculateMinMaxJointRatio(std::span<const float> ratios) const {
+    float byPosition = 0.0F;
+    float byRotation = 0.0F;
+    float positionSum = 0.0F;
+    float rotationSum = 0.0F;
+    for (const JointMappingEntry& entry : entries) {
+        if (entry.jointIndex >= std::ssize(ratios)) {
+            continue;
+        }
+        const double ratio = ratios[entry.jointIndex];
+        byPosition = static_cast<float>(byPosition + entry.positionWeight * positionWeightScale * ratio);
+        byRotation = static_cast<float>(byRotation + entry.rotationWeight * rotationWeightScale * ratio);
+        positionSum = static_cast<float>(positionSum + entry.positionWeight);
+        rotationSum = static_cast<float>(rotationSum + entry.rotationWeight);
+    }
+    const float sum = positionSum + rotationSum;
+    return sum > 0.0F ? byPosition + (byRotation - byPosition) * rotationSum / sum : 0.0F;
+}
+
+JointPose JointMappingSet::CalculateLocalOffsetToTarget(
+    const JointMappingSet& minSet, const JointMappingSet& maxSet, float ratio) {
+    const PoseData& minPose = minSet.targetSkeleton->GetTPoseData(velkori_SkeletonTPoseType_Min);
+    const PoseData& maxPose = maxSet.targetSkeleton->GetTPoseData(velkori_SkeletonTPoseType_Max);
+    if (minSet.type == velkori_SkeletonType_Target || !minPose.IsInitialized() || !maxPose.IsInitialized()) {
+        return JointPose::Identity;
+    }
+    const JointPose mapped = Blend(minSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Min),
+        maxSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Max), ratio);
+    const JointPose target = Blend(minPose.GetJointPoses(RootSpace)[minSet.targetJointIndex],
+        maxPose.GetJointPoses(RootSpace)[maxSet.targetJointIndex], ratio);
+    return mapped.Inverted().ApplyWithScale(target);
+}
+
+SerializedJointMapping JointMappingSet::ToSerializedJointMapping() const {
+    SerializedJointMapping mapping = {targetJointIndex, type, behavior, {}};
+    for (const JointMappingEntry& entry : entries) {
+        mapping.entries.push_back({entry.jointIndex, static_cast<float>(entry.rotationWeight),
+            static_cast<float>(entry.positionWeight)});
+    }
+    return mapping;
+}
+
+JSONValue JointMappingSet::WriteToJSON(JSONAllocator& allocator, bool writeType) const {
+    JSONValue weightsByJoint(rapidjson::kObjectType);
+    for (const JointMappingEntry& entry : entries) {
+        JSONValue weights(rapidjson::kObjectType);
+        weights.AddMember(rapidjson::StringRef(JSONKeywords::WeightPosition),
+            RapidJSONHelpers::MakeNumber(static_cast<float>(entry.positionWeight)), allocator);
+        weights.AddMember(rapidjson::StringRef(JSONKeywords::WeightRotation),
+            RapidJSONHelpers::MakeNumber(static_cast<float>(entry.rotationWeight)), allocator);
+        weightsByJoint.AddMember(
+            RapidJSONHelpers::MakeString(GetEntrySkeleton().GetJointName(entry.jointIndex), allocator),
+            weights, allocator);
+    }
+    JSONValue object(rapidjson::kObjectType);
+    if (writeType) {
+        object.AddMember(rapidjson::StringRef(JSONKeywords::Type),
+            rapidjson::StringRef(JointMappingTypeStrings[type]), allocator);
+    }
+    object.AddMember(rapidjson::StringRef(JSONKeywords::Behavior),
+        rapidjson::StringRef(JointMappingBehaviorTypeStrings[behavior]), allocator);
+    object.AddMember(rapidjson::StringRef(JSONKeywords::Mappings), weightsByJoint, allocator);
+    return object;
+}
+
+} // namespace Velkori_Utility

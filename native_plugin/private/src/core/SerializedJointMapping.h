@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Velkori_Utility.h"
+#include "core/SkeletonTables.h"
+
+#include <vector>
+
+namespace Velkori_Utility {
+
+// One target joint's mapping in its plain form, as documents and the public records give it.
+struct SerializedJointMapping {
+    int targetJointIndex = -1;
+    // The skeleton that the entries' joints belong to.
+    JointMappingType type = velkori_SkeletonType_Source;
+    JointMappingBehaviorType behavior = velkori_JointMappingBehaviorType_Normal;
+    std::vector<velkori_JointMappingEntry_> entries;
+};
+
+// Takes the flat list of entries apart. The definition has passed validation; any type but the source's is
+// the target's.
+std::vector<SerializedJointMapping> ConvertVelkoriMappingDefinitionToSerializedMapping(
+    const velkori_JointMappingDefinition_& definition);
+
+} // namespace Velkori_Utility
