@@ -1,19 +1,22 @@
 #pragma once
 
 #include "UtilityConfigData.h"
+#include "retargeting/Retargeting.h"
 
 namespace Velkori_Utility {
 
 // What a handle stands for: one loaded configuration and all that works on it. The members refer to each
 // other, so an instance is never copied or moved.
 struct UtilityInstance {
-    explicit UtilityInstance(const UtilityConfigData::InitializationParams& params) : config(params) {}
+    explicit UtilityInstance(const UtilityConfigData::InitializationParams& params)
+        : config(params), retargeting(config) {}
 
     UtilityInstance(const UtilityInstance&) = delete;
     UtilityInstance& operator=(const UtilityInstance&) = delete;
 
     bool isValid = true;
     UtilityConfigData config;
+    Retargeting retargeting;
 };
 
 } // namespace Velkori_Utility

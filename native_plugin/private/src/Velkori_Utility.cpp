@@ -1,4 +1,4 @@
-#include "InterfaceBoundary.h"
+#include "InterfacePoses.h"
 #include "core/ConfigurationData.h"
 #include "core/PoseConversion.h"
 #include "shared/DataTypes.h"
@@ -59,17 +59,13 @@ velkori_Result velkori_applyWorldSpaceCoordinateSpaceConversion(
             return Fail(
                 velkori_Result_InvalidParameter, "Parameter in_out_worldSpaceTransformData must not be Null");
         }
-        const CoordinateSpace from(in_coordinateSpace);
-        if (!from.IsAxisAligned()) {
-            return Fail(velkori_Result_InvalidValue,
-                "ERROR: in_coordinateSpace: CoordinateSpace is invalid, MUST be Axis Aligned.");
+        JointPose conversion;
+        if (const velkori_Result result =
+                CalculateConversion(in_coordinateSpace, out_coordinateSpace, conversion);
+            result != velkori_Result_Success) {
+            return result;
         }
-        const CoordinateSpace to(out_coordinateSpace);
-        if (!to.IsAxisAligned()) {
-            return Fail(velkori_Result_InvalidValue,
-                "ERROR: out_coordinateSpace: CoordinateSpace is invalid, MUST be Axis Aligned.");
-        }
-        const PoseConversion convert(from.CalculateCoordinateSpaceConversion(to));
+        const PoseConversion convert(conversion);
         if (convert.IsIdentity() || jointCount < 1) {
             return velkori_Result_Success;
         }
