@@ -8,6 +8,10 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_dir=$1
+if [ ! -f "$build_dir/compile_commands.json" ]; then
+    echo "$build_dir has no compile_commands.json: configure it first." >&2
+    exit 1
+fi
 mapfile -t files < <(git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' '*.c')
 mapfile -t present < <(for file in "${files[@]}"; do [ -f "$file" ] && echo "$file"; done)
 

@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cmath>
+#include <limits>
 
 using namespace Velkori_Utility;
 
@@ -43,32 +45,133 @@ Quaternionf AboutY(float angle) {
     return Quaternionf::FromRotationVector({0, angle, 0});
 }
 
+using Spaces = std::vector<velkori_JointRelativeSpaceType>;
+
+// Joints whose scales, different along each axis, no pose of the skeleton implies: every way from one
+// representation to another then gives something else.
+std::vector<JointPose> InconsistentlyScaled(std::vector<JointPose> joints, std::mt19937& random) {
+    for (JointPose& joint : joints) {
+        joint.scale = TestSkeletons::RandomVector(random, 0.5F, 2.0F);
+    }
+    return joints;
+}
+
 } // namespace
 
-TEST(PoseData, EveryRepresentationLeadsToEveryOther) {
-    std::mt19937 random(11);
-    for (int round = 0; round < 4; ++round) {
-        TestSkeletons::Params params =
-            round == 0 ? TestSkeletons::MakeBipedParams()
-                       : TestSkeletons::MakeRandomTreeParams(random, round == 3 ? 500 : 40, round);
-        // Without an unscaled pose the scaled representations are plain copies.
-        if (round == 2) {
-            params.unscaledTPose.clear();
+TEST(PoseData, ARepresentationIsDerivedFromWhatIsThere) {
+    std::mt19937 random(23);
+    TestSkeletons::Params params = TestSkeletons::MakeRandomBipedParams(random);
+    const TargetSkeletonData skeleton(params);
+    params.unscaledTPose.clear();
+    const TargetSkeletonData plain(params);
+    const std::vector<JointPose> given = InconsistentlyScaled(params.maxTPose, random);
+
+    const auto unscaled = [](std::vector<JointPose> pose) {
+        for (JointPose& joint : pose) {
+            joint.scale = Vector3f::One;
         }
-        const TargetSkeletonData skeleton(params);
-        const PoseData original = MakePose(skeleton, Root, params.maxTPose);
-        for (const auto from : AllSpaces) {
-            for (const auto to : AllSpaces) {
-                const PoseData pose = MakePose(skeleton, from, original.GetJointPoses(from));
-                ExpectNear(pose.GetJointPoses(to), original.GetJointPoses(to), 2e-4F);
-                ExpectNear(pose.GetJointPoses(Root), original.GetJointPoses(Root), 2e-4F);
-            }
-        }
-        if (round == 2) {
-            EXPECT_EQ(original.GetJointPoses(ScaledRoot), original.GetJointPoses(Root));
-            EXPECT_EQ(original.GetJointPoses(ScaledLocal), original.GetJointPoses(Local));
+        return pose;
+    };
+    const auto toLocal = [&](std::vector<JointPose> pose) {
+        skeleton.ConvertRootSpaceToLocalSpacePose(pose);
+        return pose;
+    };
+    const auto toRoot = [&](std::vector<JointPose> pose) {
+        skeleton.ConvertLocalSpaceToRootSpacePose(pose, false);
+        return pose;
+    };
+    const auto scaledBy = [&](const std::vector<float>& lengths, std::vector<JointPose> pose) {
+        skeleton.ConvertToScaledRootSpacePose(pose, lengths, skeleton.EstimateExtentRange(lengths));
+        return pose;
+    };
+    const auto scaled = [&](const std::vector<JointPose>& pose) {
+        return scaledBy(skeleton.MeasureJointLengths(pose), pose);
+    };
+    std::vector<float> localLengths;
+    PoseData::CalculateJointLengthsFromUnscaledLocalSpacePoseData(given, localLengths);
+    // Every bone by the product of all scales above it.
+    std::vector<JointPose> unscaledLocal = unscaled(given);
+    for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
+        for (const int above : skeleton.GetAncestorsOfJointIndex(joint, false)) {
+            unscaledLocal[joint].position = unscaledLocal[joint].position.Multiply(given[above].scale);
         }
     }
+    const std::vector<JointPose> rootOfUnscaledLocal = toRoot(unscaledLocal);
+
+    struct Case {
+        const SkeletonData& skeleton;
+        velkori_JointRelativeSpaceType from;
+        Spaces readBefore;
+        bool isMeasuredBefore;
+        velkori_JointRelativeSpaceType asked;
+        std::vector<JointPose> expected;
+    };
+
+    const Case cases[] = {
+        {skeleton, Root, {}, false, Root, unscaled(given)},
+        {skeleton, Root, {}, false, Local, toLocal(unscaled(given))},
+        {skeleton, Root, {}, false, ScaledRoot, scaled(unscaled(given))},
+        {skeleton, Root, {}, false, ScaledLocal, toLocal(scaled(unscaled(given)))},
+        {skeleton, Local, {}, false, Root, unscaled(toRoot(given))},
+        {skeleton, Local, {}, false, ScaledRoot, scaledBy(localLengths, unscaled(toRoot(given)))},
+        {skeleton, ScaledRoot, {}, false, Root, unscaled(given)},
+        {skeleton, ScaledRoot, {}, false, Local, toLocal(unscaled(given))},
+        {skeleton, ScaledRoot, {ScaledLocal}, false, Root, unscaled(given)},
+        {skeleton, ScaledRoot, {}, false, ScaledLocal, toLocal(given)},
+        {skeleton, ScaledLocal, {}, false, Root, unscaled(toRoot(given))},
+        {skeleton, ScaledLocal, {}, false, Local, unscaledLocal},
+        {skeleton, ScaledLocal, {ScaledRoot}, false, Local, unscaledLocal},
+        {skeleton, ScaledLocal, {Local}, false, Root, rootOfUnscaledLocal},
+        {skeleton, ScaledLocal, {Local, ScaledRoot}, false, Root, unscaled(toRoot(given))},
+        {skeleton, ScaledLocal, {Local, Root}, false, ScaledRoot, toRoot(given)},
+        {skeleton, ScaledLocal, {Local, Root}, true, ScaledRoot, scaled(rootOfUnscaledLocal)},
+        {plain, Root, {}, false, ScaledRoot, unscaled(given)},
+        {plain, Root, {}, false, ScaledLocal, toLocal(unscaled(given))},
+        {plain, Local, {}, false, ScaledLocal, given},
+        {plain, ScaledRoot, {}, false, ScaledLocal, toLocal(unscaled(given))},
+        {plain, ScaledLocal, {}, false, Local, given},
+        {plain, ScaledLocal, {}, false, Root, unscaled(toRoot(given))},
+        {plain, ScaledLocal, {}, false, ScaledRoot, unscaled(toRoot(given))},
+    };
+    for (const Case& each : cases) {
+        SCOPED_TRACE(testing::Message() << "case " << &each - cases);
+        const PoseData pose = MakePose(each.skeleton, each.from, given);
+        for (const auto space : each.readBefore) {
+            pose.InitializeJointPoseData(space);
+        }
+        if (each.isMeasuredBefore) {
+            pose.InitializeEstimatedPoseExtents();
+        }
+        ExpectNear(pose.GetJointPoses(each.asked), each.expected, 1e-4F);
+    }
+}
+
+TEST(PoseData, AnyOrderOfReadingGivesTheSamePoseOnAnyTree) {
+    std::mt19937 random(29);
+    TestSkeletons::Params params = TestSkeletons::MakeRandomTreeParams(random, 500, 4);
+    TestSkeletons::MakeUnreachable(params, random, 10);
+    const TargetSkeletonData skeleton(params);
+    params.unscaledTPose.clear();
+    const TargetSkeletonData plain(params);
+    for (const TargetSkeletonData* each : {&skeleton, &plain}) {
+        const PoseData original = MakePose(*each, Root, params.maxTPose);
+        for (const auto from : AllSpaces) {
+            Spaces order(AllSpaces.begin(), AllSpaces.end());
+            do {
+                const PoseData pose = MakePose(*each, from, original.GetJointPoses(from));
+                for (const auto space : order) {
+                    ExpectNear(pose.GetJointPoses(space), original.GetJointPoses(space), 1e-3F);
+                    pose.InitializeEstimatedPoseExtents();
+                }
+            } while (std::next_permutation(order.begin(), order.end()));
+        }
+    }
+}
+
+TEST(PoseData, OnlyWhatIsAskedForIsComputed) {
+    const TargetSkeletonData skeleton = MakeBiped();
+    const PoseData pose = MakePose(skeleton, ScaledRoot, std::vector<JointPose>(skeleton.GetJointCount()));
+    EXPECT_EQ(CountAllocations([&] { pose.InitializeJointPoseData(ScaledLocal); }), 1U) << "one list";
 }
 
 TEST(PoseData, ScaleIsRelativeToTheUnscaledPose) {
@@ -89,17 +192,43 @@ TEST(PoseData, ScaleIsRelativeToTheUnscaledPose) {
         skeleton.GetUnscaledTPose().GetJointPoses(Root));
 }
 
-TEST(PoseData, AScaledPoseTouchesTheUnscaledOnesOnlyWhenAsked) {
-    const TargetSkeletonData skeleton = MakeBiped();
-    // Scales that no pose of the skeleton implies survive the way between the two scaled representations.
-    std::vector<JointPose> joints = skeleton.GetUnscaledTPose().GetJointPoses(Root);
-    for (std::size_t i = 0; i < joints.size(); ++i) {
-        const float scale = 1.0F + 0.1F * static_cast<float>(i % 3);
-        joints[i].scale = {scale, scale, scale};
+TEST(PoseData, ACopyOfTheUnscaledPoseIsScaledByIt) {
+    std::mt19937 random(37);
+    const TargetSkeletonData skeleton(TestSkeletons::MakeRandomBipedParams(random));
+    const PoseData& unscaled = skeleton.GetUnscaledTPose();
+    PoseData copy(skeleton);
+    copy.Initialize(unscaled);
+    EXPECT_EQ(unscaled.GetJointPoses(ScaledRoot), unscaled.GetJointPoses(Root));
+    // The hips stand above the root, at the origin, as high as the body's extent puts them between the
+    // outermost poses; that scales the root.
+    const PoseData& min = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min);
+    const PoseData& max = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max);
+    const auto hipsHeight = [hips = skeleton.GetJointIndex(velkori_KnownJointType_Hips)](
+                                const PoseData& pose) { return pose.GetJointPoses(Root)[hips].position.y; };
+    const float ratio = (copy.GetEstimatedExtentRange().y - min.GetExtents().range.y) /
+                        (max.GetExtents().range.y - min.GetExtents().range.y);
+    const float expected =
+        (hipsHeight(min) + (hipsHeight(max) - hipsHeight(min)) * ratio) / hipsHeight(unscaled);
+    const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
+    EXPECT_NEAR(copy.GetJointPoses(ScaledRoot)[root].scale.y, expected, 1e-5F);
+    EXPECT_GT(std::abs(expected - 1.0F), 1e-3F);
+}
+
+TEST(PoseData, InitialisesThroughAConversionInRootSpace) {
+    const SourceSkeletonData skeleton = MakeRootAndHips();
+    // A quarter turn about y takes z to x and x to -z.
+    const JointPose conversion(AboutY(1.5707964F), {10, 0, 0}, {2, 2, 2});
+    const std::vector<JointPose> local = {
+        {Quaternionf(), {1, 0, 0}, {3, 3, 3}}, {Quaternionf(), {0, 1, 0}}, {Quaternionf(), {0, 0, 1}}};
+    const std::vector<JointPose> root = {
+        {Quaternionf(), {1, 0, 0}}, {Quaternionf(), {1, 3, 0}}, {Quaternionf(), {1, 3, 3}, {5, 5, 5}}};
+    const std::vector<JointPose> expected = {{conversion.orientation, {10, 0, -2}},
+        {conversion.orientation, {10, 6, -2}}, {conversion.orientation, {16, 6, -2}}};
+    for (const auto space : AllSpaces) {
+        const bool isLocal = space == Local || space == ScaledLocal;
+        const PoseData pose(skeleton, space, isLocal ? local : root, conversion);
+        ExpectNear(pose.GetJointPoses(Root), expected, 1e-5F);
     }
-    const PoseData pose = MakePose(skeleton, ScaledRoot, joints);
-    const PoseData back = MakePose(skeleton, ScaledLocal, pose.GetJointPoses(ScaledLocal));
-    ExpectNear(back.GetJointPoses(ScaledRoot), joints, 1e-5F);
 }
 
 TEST(PoseData, RepresentationsOfOtherSizesHoldNothing) {
@@ -161,6 +290,13 @@ TEST(PoseData, ExtentsLeaveOutTheKnownRoot) {
     EXPECT_EQ(TargetSkeletonData(params).GetUnscaledTPose().GetExtents().min.y, 0.0F);
 }
 
+TEST(PoseData, ExtentsOfNothingAreInfinite) {
+    const PoseExtents extents({}, FastRangedIntegralSet<int>::EmptySet);
+    EXPECT_EQ(extents.min, -extents.max);
+    EXPECT_GT(extents.min.x, 3.4e38F);
+    EXPECT_EQ(extents.range, Vector3f::One * std::numeric_limits<float>::infinity());
+}
+
 TEST(PoseData, EstimatedExtentsOfTheOutermostPosesAreTheirOwn) {
     std::mt19937 random(3);
     for (int round = 0; round < 20; ++round) {
@@ -170,6 +306,41 @@ TEST(PoseData, EstimatedExtentsOfTheOutermostPosesAreTheirOwn) {
             ExpectNear(pose.GetEstimatedExtentRange(), skeleton.GetTPoseData(type).GetExtents().range, 1e-4F);
         }
     }
+}
+
+TEST(PoseData, DimensionMasksAreSignedSharesOfTheSpanningBones) {
+    struct Case {
+        std::vector<float> along; // each joint's x, in one chain
+        std::vector<float> mask;
+    };
+
+    const Case cases[] = {
+        {{0, 1, 0.5F, 3}, {0, 1, -1, 1}}, // the third bone folds back
+        {{3, 2, 2.5F, 0}, {0, 1, -1, 1}}, // downwards, too
+        {{0, 2, 1, 2}, {0, 1, 0, 0}},     // of equally large joints the first
+        {{1, 1, 1, 1}, {0, 0, 0, 0}},
+    };
+    const SourceSkeletonData skeleton(TestSkeletons::MakeParams(
+        {{"a", -1, {}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}, {"d", 2, {1, 0, 0}}}, {0, 1, 2, 3}));
+    for (const Case& each : cases) {
+        std::vector<JointPose> joints(4);
+        for (std::size_t i = 0; i < joints.size(); ++i) {
+            joints[i].position.x = each.along[i];
+        }
+        const auto mask =
+            MakePose(skeleton, Root, joints).GenerateJointDimensionMask(FastRangedIntegralSet<int>::EmptySet);
+        for (std::size_t i = 0; i < joints.size(); ++i) {
+            EXPECT_EQ(mask[i], Vector3f(each.mask[i], 0, 0)) << "case " << &each - cases << ", joint " << i;
+        }
+    }
+    // Across a branch, by cosines: from (3, 0, 4) down to the origin and on to (0, -2, 0), without the joint
+    // that is left out.
+    const SourceSkeletonData branched(TestSkeletons::MakeParams(
+        {{"a", -1, {}}, {"b", 0, {3, 0, 4}}, {"c", 0, {0, -2, 0}}, {"d", 0, {-9, 9, -9}}}, {0, 1, 2, 3}));
+    const auto mask = branched.GetUnscaledTPose().GenerateJointDimensionMask({3, 3, {3}});
+    ExpectNear(mask[1], {0.6F, 0, 0.8F}, 1e-6F);
+    EXPECT_EQ(mask[2], Vector3f(0, 1, 0));
+    EXPECT_EQ(mask[3], Vector3f::Zero);
 }
 
 TEST(PoseData, DirectionsPointAtTheMeanOfTheChildren) {
@@ -207,6 +378,15 @@ TEST(PoseData, HeightAndScaleMultiplyPositions) {
         pose.GetJointPoses(Root)[5].position * 2.0F);
 }
 
+TEST(PoseData, TheRestPoseOfAnOutermostPoseIsThatPose) {
+    std::mt19937 random(31);
+    const TargetSkeletonData skeleton(TestSkeletons::MakeRandomBipedParams(random));
+    for (const auto type : {velkori_SkeletonTPoseType_Min, velkori_SkeletonTPoseType_Max}) {
+        const PoseData& rest = skeleton.GetTPoseData(type);
+        EXPECT_TRUE(rest.CalculateAsTPose().IsApproxEqual(rest));
+    }
+}
+
 TEST(PoseData, MatchingScaleTakesOverLengthsAndKeepsDirections) {
     const TargetSkeletonData skeleton = MakeBiped();
     const PoseData& small = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min);
@@ -227,6 +407,20 @@ TEST(PoseData, MatchingScaleTakesOverLengthsAndKeepsDirections) {
         small.GetJointPoses(Local)[hips].position.Length() * growth, 1e-5F);
 }
 
+TEST(PoseData, MatchingScaleMeasuresRootAndHipsAlongTheAxesOfRootSpace) {
+    const SourceSkeletonData skeleton = MakeRootAndHips();
+    // The root is turned, so that the hips above it lie along its x axis.
+    const Quaternionf turned = Quaternionf::FromRotationVector({0, 0, 1.5707964F});
+    const std::vector<JointPose> joints = {
+        {turned, {0, 0, 3}}, {turned, {0, 1, 3}}, {Quaternionf(), {0, 1.5F, 3}}};
+    const PoseData pose = MakePose(skeleton, Root, joints);
+    // Twice as high, and without extent along x and z.
+    const PoseData matched = PoseData::MatchPoseScale(pose, pose.CalculatePoseAtScale(2.0F));
+    const std::vector<JointPose> expected = {
+        {turned, {0, 0, 0}}, {Quaternionf(), {2, 0, 0}}, {turned.Inverse(), {1, 0, 0}}};
+    ExpectNear(matched.GetJointPoses(Local), expected, 1e-5F);
+}
+
 TEST(PoseDataRootMotion, TheRootFollowsTheHipsHeightAndFacing) {
     const SourceSkeletonData skeleton = MakeRootAndHips();
     const std::vector<JointPose> reference = {
@@ -235,7 +429,7 @@ TEST(PoseDataRootMotion, TheRootFollowsTheHipsHeightAndFacing) {
 
     struct Case {
         Vector3f hips;
-        float facing;
+        float facing = 0.0F;
         Vector3f expectedRoot;
     };
 
@@ -256,6 +450,34 @@ TEST(PoseDataRootMotion, TheRootFollowsTheHipsHeightAndFacing) {
             << each.facing;
         EXPECT_EQ(pose.GetJointPoses(Root)[1], frame[1]) << "other joints stay where they are";
     }
+}
+
+TEST(PoseDataRootMotion, FacingIsTheHipsTurnAboutUpFromTheReference) {
+    const SourceSkeletonData skeleton = MakeRootAndHips();
+    const Quaternionf hipsAtRest = Quaternionf::FromRotationVector({0.4F, -1.1F, 0.7F});
+    const Quaternionf rootAtRest = Quaternionf::FromRotationVector({0.3F, 0.2F, -0.1F});
+    const std::vector<JointPose> reference = {{rootAtRest, {}}, {hipsAtRest, {0, 1, 0}}, {}};
+    const auto rootOf = [&](const Quaternionf& turn) {
+        std::vector<JointPose> frame = reference;
+        frame[0].orientation = Quaternionf::FromRotationVector({1, 1, 1});
+        frame[1].orientation = turn * hipsAtRest;
+        PoseData pose(skeleton);
+        pose.InitializeAndApplyRootMotionBehavior(MakePose(skeleton, Root, frame),
+            MakePose(skeleton, Root, reference), velkori_RetargetingRootMotionBehavior_RootFromHips);
+        return pose.GetJointPoses(Root)[0].orientation;
+    };
+    // Where the hips bow to doesn't matter.
+    for (const float yaw : {0.05F, 0.5F, -2.0F}) {
+        const Quaternionf bow = Quaternionf::FromRotationVector({yaw < 0.1F ? 0.05F : 0.8F, 0, 0});
+        EXPECT_LT(AngleBetween(rootOf(AboutY(yaw)), AboutY(yaw) * rootAtRest), 1e-4F) << yaw;
+        EXPECT_LT(AngleBetween(rootOf(AboutY(yaw) * bow), AboutY(yaw) * rootAtRest), 1e-4F) << yaw;
+    }
+    // A forward axis that hardly moves leaves it to the right axis, which a bow by 0.1 after a lean by 0.5
+    // takes from (1, 0, 0) to (cos 0.5, sin 0.5 cos 0.1, sin 0.5 sin 0.1).
+    const Quaternionf bow = Quaternionf::FromRotationVector({0.1F, 0, 0});
+    const Quaternionf lean = Quaternionf::FromRotationVector({0, 0, 0.5F});
+    const float yaw = -std::atan2(std::sin(0.5F) * std::sin(0.1F), std::cos(0.5F));
+    EXPECT_LT(AngleBetween(rootOf(bow * lean), AboutY(yaw) * rootAtRest), 1e-4F);
 }
 
 TEST(PoseDataRootMotion, OtherBehavioursAndUnknownHipsLeaveThePose) {
@@ -288,6 +510,24 @@ TEST(PoseDataRootMotion, TheReferencesRootCarriesTheLocalPose) {
         pose.GetJointPoses(Root)[1].position, Vector3f(1, 1, 0) + AboutY(0.5F).Rotate({0, 0, 1}), 1e-5F);
 }
 
+TEST(PoseDataRootMotion, TheReferencesRootCarriesTheLocalPoseOfAnEarlierUse) {
+    const SourceSkeletonData skeleton = MakeRootAndHips();
+    const PoseData& rest = skeleton.GetUnscaledTPose();
+    const PoseData bent = rest.CalculatePoseAtScale(3.0F);
+    PoseData pose(skeleton);
+    const auto apply = [&](const PoseData& frame) {
+        pose.InitializeAndApplyRootMotionBehavior(
+            frame, rest, velkori_RetargetingRootMotionBehavior_RootFromReference);
+        return pose.GetJointPoses(Root);
+    };
+    const std::vector<JointPose> first = apply(rest);
+    ExpectNear(first, rest.GetJointPoses(Root), 1e-6F);
+    EXPECT_EQ(apply(bent), first) << "the local list is left from the first frame";
+    bent.InitializeJointPoseData(Local);
+    pose.Initialize(bent);
+    ExpectNear(apply(rest), bent.GetJointPoses(Root), 1e-6F);
+}
+
 TEST(PoseData, ApproximateEqualityHasATolerancePerPart) {
     const TargetSkeletonData skeleton = MakeBiped();
     const PoseData& rest = skeleton.GetUnscaledTPose();
@@ -307,6 +547,24 @@ TEST(PoseData, ApproximateEqualityHasATolerancePerPart) {
     EXPECT_TRUE(differs({AboutY(0.0095F), Vector3f::Zero}));
 }
 
+TEST(PoseData, ApproximateEqualityComparesTheFirstSpaceInBoth) {
+    const TargetSkeletonData skeleton = MakeBiped();
+    std::vector<JointPose> joints = skeleton.GetUnscaledTPose().GetJointPoses(Root);
+    const PoseData pose = MakePose(skeleton, ScaledRoot, joints);
+    joints[3].scale.z = 1.000009F;
+    EXPECT_TRUE(pose.IsApproxEqual(MakePose(skeleton, ScaledRoot, joints)));
+    joints[3].scale.z = 1.00002F;
+    const PoseData differing = MakePose(skeleton, ScaledRoot, joints);
+    EXPECT_FALSE(pose.IsApproxEqual(differing));
+    pose.InitializeJointPoseData(Root);
+    EXPECT_FALSE(pose.IsApproxEqual(differing)) << "only in one of them";
+    differing.InitializeJointPoseData(Root);
+    EXPECT_TRUE(pose.IsApproxEqual(differing)) << "without scale";
+    // Without a space in common both are taken to root space.
+    EXPECT_TRUE(MakePose(skeleton, Root, joints)
+                    .IsApproxEqual(MakePose(skeleton, ScaledLocal, pose.GetJointPoses(ScaledLocal))));
+}
+
 TEST(PoseData, DegenerateSkeletonsSurviveEverything) {
     std::vector<TestSkeletons::Params> degenerate(2);
     degenerate[1] = TestSkeletons::MakeBipedParams();
@@ -319,7 +577,8 @@ TEST(PoseData, DegenerateSkeletonsSurviveEverything) {
     for (const TestSkeletons::Params& params : degenerate) {
         const TargetSkeletonData skeleton(params);
         for (const auto type : {velkori_SkeletonTPoseType_Min, velkori_SkeletonTPoseType_Unscaled}) {
-            const PoseData pose(skeleton.GetTPoseData(type));
+            PoseData pose(skeleton);
+            pose.Initialize(type);
             for (const auto space : AllSpaces) {
                 for (const JointPose& joint : pose.GetJointPoses(space)) {
                     EXPECT_TRUE(IsFinite(joint.position.Length() + joint.scale.Length()));

@@ -245,6 +245,31 @@ TEST(SkeletonParamsValidation, ReportsEveryFaultInItsOwnWords) {
     }
 }
 
+TEST(SkeletonParamsJSON, RepeatedNamesCostNoMoreThanOnce) {
+    // The first list is long; each repetition of its name would read it again.
+    std::string text = R"({"joints":["a"],"manifestations":{"m":["b")";
+    for (int i = 0; i < 50000; ++i) {
+        text += ",\"b\"";
+    }
+    text += "]";
+    for (int i = 0; i < 50000; ++i) {
+        text += ",\"m\":0";
+    }
+    LogMsgMap messages;
+    const Params params = Read(text + "}}", messages);
+    EXPECT_EQ(params.manifestations.Find("m")->size(), 50001U);
+}
+
+TEST(SkeletonParamsValidation, MessagesHaveABudget) {
+    // Each of these messages repeats a name of a megabyte.
+    Params params = ValidParams();
+    params.manifestations.Insert(std::string(1000000, 'x'), Texts(10000, ""));
+    LogMsgMap messages;
+    EXPECT_FALSE(params.CheckIsValid(messages));
+    EXPECT_LT(messages.textSize, MaxMessageTextSize + 2000000);
+    EXPECT_EQ(messages[LogMsgCategory::Error].back(), "There are more messages, which are left out.");
+}
+
 TEST(SkeletonParamsValidation, ClimbsEachJointOnceWhateverTheShape) {
     // One circle of many joints: climbing from each of them all around would take the square of their number.
     constexpr int Count = 200000;

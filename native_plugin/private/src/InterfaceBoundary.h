@@ -12,10 +12,14 @@ namespace Velkori_Utility {
 // Logs that an exception was stopped at the boundary. `what` is null if it wasn't a standard one.
 void LogStoppedException(const char* exportName, const char* what) noexcept;
 
-// Runs the body of an export. No exception leaves the library: memory that runs out or a container beyond its
-// length ends as an error line and velkori_Result_OperationFailed.
+// Runs the body of an export, unless the process has ended the library already. No exception leaves the
+// library: memory that runs out or a container beyond its length ends as an error line and
+// velkori_Result_OperationFailed.
 template <typename Body>
 velkori_Result AtBoundary(const char* exportName, const Body& body) noexcept {
+    if (UtilityContext::IsTornDown()) {
+        return velkori_Result_OperationFailed;
+    }
     try {
         return body();
     } catch (const std::exception& exception) {

@@ -49,7 +49,9 @@ UtilityContext::UtilityContext() : logBuffer(InitialLogBufferSize, '\0') {
     instances.max_load_factor(1.0F);
 }
 
-UtilityContext::~UtilityContext() = default;
+UtilityContext::~UtilityContext() {
+    isTornDown = true;
+}
 
 UtilityContext& UtilityContext::getInstance() {
     static UtilityContext context;
@@ -79,11 +81,10 @@ velkori_Handle UtilityContext::InitializeUtilityInstance(
                 : "Could not initialize new instance - invalid config data.");
         return 0;
     }
-    if (handle == 0) {
-        handle = ++context.lastHandle;
-    }
-    context.instances.insert_or_assign(handle, std::move(instance));
-    return handle;
+    const velkori_Handle stored = handle != 0 ? handle : context.lastHandle + 1;
+    context.instances.insert_or_assign(stored, std::move(instance));
+    context.lastHandle = std::max(context.lastHandle, stored);
+    return stored;
 }
 
 std::shared_ptr<UtilityInstance> UtilityContext::GetUtilityInstance(velkori_Handle handle) {

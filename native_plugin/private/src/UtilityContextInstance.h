@@ -22,6 +22,10 @@ class UtilityContext {
     // Made on first use and torn down, with all instances that are left, when the process ends.
     static UtilityContext& getInstance();
 
+    // A host's own static objects may call the library when the process has torn the context down already:
+    // nothing of it may be touched then.
+    static bool IsTornDown() { return isTornDown; }
+
     // The new instance's handle, or 0 after a logged error.
     static velkori_Handle CreateUtilityInstance(const UtilityConfigInitializationParams& params);
 
@@ -65,6 +69,8 @@ class UtilityContext {
 
     UtilityContext();
     ~UtilityContext();
+
+    static inline constinit bool isTornDown = false;
 
     // Handles are numbers of this counter and never addresses; a destroyed one's isn't used again.
     velkori_Handle lastHandle = 0;

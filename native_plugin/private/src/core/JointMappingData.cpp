@@ -78,8 +78,8 @@ JointMappingData::JointMappingData(const SourceSkeletonData& source, const Targe
             UtilityContext::Log(velkori_LogLevel_Warning,
                 "Duplicate %s Mapping Entry for Target Joint named \"%s\".  Skipping Duplicate.",
                 JointMappingTypeStrings[mapping.type], target.GetJointName(mapping.targetJointIndex).c_str());
-        } else {
-            map.insert(mapping.targetJointIndex, JointMappingSet(mapping, source, target));
+        } else if (mapping.targetJointIndex >= 0 && mapping.targetJointIndex < jointCount) {
+            map.insert(mapping.targetJointIndex, sets.emplace_back(mapping, source, target));
         }
     }
     InitializeCombinedMappingsAndTargetJointsSet();
@@ -162,7 +162,7 @@ void JointMappingData::CopyMissingMapping(
     } else {
         return;
     }
-    map.insert(from->GetTargetJointIndex(), *from);
+    map.insert(from->GetTargetJointIndex(), sets.emplace_back(*from));
 }
 
 std::vector<SerializedJointMapping> JointMappingData::ToSerializedJointMappings() const {

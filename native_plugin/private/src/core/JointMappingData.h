@@ -7,6 +7,7 @@
 #include "shared/LogMessages.h"
 #include "shared/RapidJSON.h"
 
+#include <deque>
 #include <span>
 #include <string>
 #include <vector>
@@ -17,18 +18,17 @@ namespace Velkori_Utility {
 // reads the target's own joints, or both.
 class JointMappingData {
   public:
-    using MappingMap = FastRangedIntegralMap<int, const JointMappingSet>;
+    using MappingMap = FastRangedIntegralMap<int, const JointMappingSet&>;
 
     JointMappingData(const SourceSkeletonData& source, const TargetSkeletonData& target,
         std::span<const SerializedJointMapping> mappings);
 
-    // Sets refer to each other by address.
+    // Maps refer to the sets by address.
     JointMappingData(const JointMappingData&) = delete;
     JointMappingData& operator=(const JointMappingData&) = delete;
 
-    // -- Parameters
-    // ---------------------------------------------------------------------------------------------- The
-    // mappings under `mappingName` of a document's object. Drops what it can't use, with messages.
+    // -- Parameters -----------------------------------------------------------------------------------------
+    // The mappings under `mappingName` of a document's object. Drops what it can't use, with messages.
     static std::vector<SerializedJointMapping> CreateFromJSON(LogMsgMap& messages, const char* mappingName,
         const JSONValue& mappingObject, const SkeletonInitializationParams& source,
         const SkeletonInitializationParams& target);
@@ -41,8 +41,7 @@ class JointMappingData {
     std::vector<SerializedJointMapping> ToSerializedJointMappings() const;
     JSONValue WriteToJSON(JSONAllocator& allocator) const;
 
-    // -- Lookups
-    // -------------------------------------------------------------------------------------------------
+    // -- Lookups --------------------------------------------------------------------------------------------
     const MappingMap& GetSourceMappings() const { return sourceMappings; }
 
     const MappingMap& GetTargetMappings() const { return targetMappings; }
@@ -62,8 +61,7 @@ class JointMappingData {
 
     const FastRangedIntegralSet<int>& GetTwistTargetJoints() const { return twistTargetJoints; }
 
-    // -- Records
-    // -------------------------------------------------------------------------------------------------
+    // -- Records --------------------------------------------------------------------------------------------
     int GetMappingCount() const;
     int GetTotalMappingEntryCount() const;
     // By ascending target joint, its source-type mapping first. Writes nothing and returns 0 if not all fit.
@@ -80,9 +78,11 @@ class JointMappingData {
 
     const SourceSkeletonData* sourceSkeleton;
     const TargetSkeletonData* targetSkeleton;
+    // All sets that the maps refer to, and those that were replaced. They never move.
+    std::deque<JointMappingSet> sets;
     MappingMap sourceMappings;
     MappingMap targetMappings;
-    FastRangedIntegralMap<int, const JointMappingSet&> combinedMappings;
+    MappingMap combinedMappings;
     FastRangedIntegralSet<int> mappedTargetJoints;
     FastRangedIntegralSet<int> unmappedTargetJoints;
     // Joints that are only turned around their bone.

@@ -3,6 +3,8 @@
 #include "shared/JSONKeywords.h"
 #include "shared/RapidJSONHelpers.h"
 
+#include <algorithm>
+
 namespace Velkori_Utility {
 
 namespace {
@@ -13,32 +15,51 @@ float ReciprocalOrZero(float sum) {
     return sum > 0.0F ? 1.0F / sum : 0.0F;
 }
 
-int DepthOf(const SkeletonData& skeleton, int joint) {
-    int depth = 0;
-    for (int parent = skeleton.GetParentJointIndex(joint); parent != -1;
-         parent = skeleton.GetParentJointIndex(parent)) {
-        ++depth;
-    }
-    return depth;
+bool IsJointOf(const SkeletonData& skeleton, int joint) {
+    return joint >= 0 && joint < skeleton.GetJointCount();
 }
 
-// The nearest joint that both are or hang from, -1 if there is none.
-int FindCommonAncestor(const SkeletonData& skeleton, int a, int b) {
-    int depthOfA = DepthOf(skeleton, a);
-    int depthOfB = DepthOf(skeleton, b);
-    while (a != b && a != -1 && b != -1) {
-        const bool climbA = depthOfA >= depthOfB;
-        const bool climbB = depthOfB >= depthOfA;
-        if (climbA) {
-            a = skeleton.GetParentJointIndex(a);
-            --depthOfA;
-        }
-        if (climbB) {
-            b = skeleton.GetParentJointIndex(b);
-            --depthOfB;
-        }
+// The nearest joint that all entries are or hang from, -1 if there is none. `entryJointCount` bounds the
+// entries' joints. No joint is climbed over twice, so that thousands of entries deep in a hierarchy take no
+// longer than its joints and the entries together.
+int FindCommonAncestor(
+    const SkeletonData& skeleton, std::span<const JointMappingEntry> entries, int entryJointCount) {
+    const std::vector<int> path = skeleton.GetAncestorsOfJointIndex(entries.front().jointIndex, true);
+    // Per joint, the position on the path at which a climb from it arrives, as far as that is known.
+    std::vector<int> arrivals(std::max(skeleton.GetJointCount(), entryJointCount), -1);
+    for (std::size_t i = 0; i < path.size(); ++i) {
+        arrivals[path[i]] = static_cast<int>(i);
     }
-    return a == b ? a : -1;
+    int common = 0;
+    for (const JointMappingEntry& entry : entries) {
+        int joint = entry.jointIndex;
+        while (joint != -1 && arrivals[joint] == -1) {
+            joint = skeleton.GetParentJointIndex(joint);
+        }
+        if (joint == -1) {
+            return -1;
+        }
+        const int arrival = arrivals[joint];
+        for (int below = entry.jointIndex; below != joint; below = skeleton.GetParentJointIndex(below)) {
+            arrivals[below] = arrival;
+        }
+        common = std::max(common, arrival);
+    }
+    return path[common];
+}
+
+// Two orientations meet at the second one's weight as it stands, not at its share of the sum.
+Quaternionf BlendOrientations(std::span<const Quaternionf> orientations, std::span<const float> weights) {
+    switch (orientations.size()) {
+    case 0:
+        return Quaternionf::Identity;
+    case 1:
+        return orientations.front();
+    case 2:
+        return orientations.front().Slerp(orientations.back(), weights.back());
+    default:
+        return Quaternionf::CalculateWeightedMean(orientations, weights);
+    }
 }
 
 JointPose Blend(const JointPose& a, const JointPose& b, float ratio) {
@@ -58,7 +79,8 @@ JointMappingSet::JointMappingSet(
       mappedJoints(0, GetEntrySkeleton().GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues) {
     entries.reserve(mapping.entries.size());
     for (const velkori_JointMappingEntry_& entry : mapping.entries) {
-        if (entry.jointIndex != -1 && (entry.rotationWeight > 0.0F || entry.positionWeight > 0.0F)) {
+        const bool hasWeight = entry.rotationWeight > 0.0F || entry.positionWeight > 0.0F;
+        if (hasWeight && IsJointOf(GetEntrySkeleton(), entry.jointIndex)) {
             entries.push_back({entry.jointIndex, entry.rotationWeight, entry.positionWeight});
             mappedJoints.insertInternal(entry.jointIndex);
         }
@@ -74,8 +96,8 @@ const SkeletonData& JointMappingSet::GetEntrySkeleton() const {
 }
 
 void JointMappingSet::InitializeMappingWeights() {
-    scratchOrientations.reserve(entries.size());
-    scratchWeights.reserve(entries.size());
+    scratchOrientations.resize(entries.size());
+    scratchWeights.resize(entries.size());
     float positionSum = 0.0F;
     float rotationSum = 0.0F;
     for (const JointMappingEntry& entry : entries) {
@@ -85,9 +107,10 @@ void JointMappingSet::InitializeMappingWeights() {
     positionWeightScale = ReciprocalOrZero(positionSum);
     rotationWeightScale = ReciprocalOrZero(rotationSum);
 
-    commonAncestorJoint = entries.empty() ? -1 : entries.front().jointIndex;
-    for (const JointMappingEntry& entry : entries) {
-        commonAncestorJoint = FindCommonAncestor(*sourceSkeleton, commonAncestorJoint, entry.jointIndex);
+    commonAncestorJoint = entries.size() == 1 ? entries.front().jointIndex : -1;
+    if (entries.size() > 1) {
+        commonAncestorJoint =
+            FindCommonAncestor(*sourceSkeleton, entries, GetEntrySkeleton().GetJointCount());
     }
 }
 
@@ -100,43 +123,29 @@ JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(
         return pose[entries.front().jointIndex];
     }
     JointPose result;
-    scratchOrientations.clear();
-    scratchWeights.clear();
+    std::size_t rotationCount = 0;
     for (const JointMappingEntry& entry : entries) {
         const JointPose& joint = pose[entry.jointIndex];
         result.position += joint.position * (static_cast<float>(entry.positionWeight) * positionWeightScale);
         if (entry.rotationWeight > 0.0) {
-            const Quaternionf rotation =
+            scratchOrientations[rotationCount] =
                 reference != nullptr && reference->IsInitialized()
                     ? joint.orientation *
                           reference->GetJointPoses(RootSpace)[entry.jointIndex].orientation.Inverse()
                     : joint.orientation;
-            scratchOrientations.push_back(rotation);
-            scratchWeights.push_back(static_cast<float>(entry.rotationWeight));
+            scratchWeights[rotationCount] = static_cast<float>(entry.rotationWeight);
+            ++rotationCount;
         }
     }
     if (rotationWeightScale == 0.0F) {
         return result;
     }
-    result.orientation = BlendScratchOrientations();
+    result.orientation = BlendOrientations(
+        std::span(scratchOrientations).first(rotationCount), std::span(scratchWeights).first(rotationCount));
     if (offset != nullptr) {
         result.orientation = (result.orientation * offset->orientation).Normalize();
     }
     return result;
-}
-
-// Two orientations meet at the second one's weight as it stands, not at its share of the sum.
-Quaternionf JointMappingSet::BlendScratchOrientations() const {
-    switch (scratchOrientations.size()) {
-    case 0:
-        return Quaternionf::Identity;
-    case 1:
-        return scratchOrientations.front();
-    case 2:
-        return scratchOrientations.front().Slerp(scratchOrientations.back(), scratchWeights.back());
-    default:
-        return Quaternionf::CalculateWeightedMean(scratchOrientations, scratchWeights);
-    }
 }
 
 JointPose JointMappingSet::CalculateOnRestPose(velkori_SkeletonTPoseType restPoseType) const {

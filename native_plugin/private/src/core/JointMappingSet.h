@@ -23,7 +23,8 @@ struct JointMappingEntry {
 // Evaluating the rule uses lists that the set keeps, so one set isn't for two threads at once.
 class JointMappingSet {
   public:
-    // Entries without a joint, and entries of which neither weight is above 0, are dropped.
+    // Entries whose joint isn't one of the skeleton that `mapping` names, and entries of which neither weight
+    // is above 0, are dropped.
     JointMappingSet(const SerializedJointMapping& mapping, const SourceSkeletonData& source,
         const TargetSkeletonData& target);
 
@@ -67,7 +68,6 @@ class JointMappingSet {
   private:
     void InitializeMappingWeights();
     const SkeletonData& GetEntrySkeleton() const;
-    Quaternionf BlendScratchOrientations() const;
 
     const SourceSkeletonData* sourceSkeleton;
     const TargetSkeletonData* targetSkeleton;
@@ -79,6 +79,7 @@ class JointMappingSet {
     int commonAncestorJoint = -1;
     std::vector<JointMappingEntry> entries;
     FastRangedIntegralSet<int> mappedJoints;
+    // An element per entry from the start, also in a copy of the set: evaluating allocates nothing.
     mutable std::vector<Quaternionf> scratchOrientations;
     mutable std::vector<float> scratchWeights;
 };

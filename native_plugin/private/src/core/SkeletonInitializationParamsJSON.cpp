@@ -6,8 +6,8 @@
 #include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
-#include <unordered_map>
 
 namespace Velkori_Utility {
 
@@ -183,13 +183,17 @@ SkeletonInitializationParams::ManifestationMap SkeletonInitializationParams::Par
         return manifestations;
     }
     manifestations.Reserve(object.MemberCount());
-    // A name that comes twice reads the list of its first member both times.
-    std::unordered_map<std::string_view, const JSONValue*> firstMembers;
-    firstMembers.reserve(object.MemberCount());
+    // A name that comes again stands for the list of its first member, which isn't read again.
+    std::set<std::string_view> seenNames;
     for (const auto& member : object.GetObject()) {
         const std::string_view name = TextOf(member.name);
-        const JSONValue& list = *firstMembers.try_emplace(name, &member.value).first->second;
-        std::vector<std::string> jointNames = RapidJSONHelpers::ReadStringArray(list, name);
+        if (manifestations.Contains(name)) {
+            continue;
+        }
+        std::vector<std::string> jointNames;
+        if (seenNames.insert(name).second) {
+            jointNames = RapidJSONHelpers::ReadStringArray(member.value, name);
+        }
         if (jointNames.empty()) {
             AddMessage(messages, LogMsgCategory::Warning,
                 {"[SkeletonData::CreateFromJSON] Manifestation named \"", name,

@@ -2,9 +2,9 @@
 #include "core/SkeletonInitializationParams.h"
 
 #include <algorithm>
+#include <map>
+#include <set>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 
 namespace Velkori_Utility {
 
@@ -36,7 +36,6 @@ class NamedHierarchy {
 
     explicit NamedHierarchy(std::span<const std::string> jointNames)
         : parents(jointNames.size(), NotSpecified) {
-        nodes.reserve(jointNames.size());
         for (const std::string& name : jointNames) {
             nodes.try_emplace(name, static_cast<int>(nodes.size()));
         }
@@ -65,7 +64,7 @@ class NamedHierarchy {
     std::size_t NodeCount() const { return names.size(); }
 
   private:
-    std::unordered_map<std::string_view, int> nodes;
+    std::map<std::string_view, int> nodes;
     std::vector<std::string_view> names;
     std::vector<int> parents;
 };
@@ -182,7 +181,7 @@ void CheckKnownJoints(
             std::to_string(VELKORI_KNOWN_JOINT_COUNT)});
         return;
     }
-    std::unordered_set<std::string_view> used;
+    std::set<std::string_view> used;
     for (std::size_t i = 0; i < names.size(); ++i) {
         if (names[i].empty()) {
             continue;
@@ -232,7 +231,7 @@ void CheckManifestations(
         if (manifestation.empty()) {
             faults.Add({"SKELETON: Manifestations must have a valid string as a name."});
         }
-        std::unordered_set<std::string_view> seen;
+        std::set<std::string_view> seen;
         for (const std::string& joint : jointNames) {
             if (!hierarchy.Contains(joint)) {
                 faults.Add({"SKELETON: Invalid joint name \"", joint, "\" specified in manifestation \"",

@@ -39,15 +39,17 @@ class FastRangedIntegralBase {
 
     // Sets the range, both ends inclusive and in either order, and empties the container. Memory is kept.
     virtual void initialize(K a, K b) {
+        // Memory may run out on the way: until all of it is there, the container counts as not initialised.
+        presentBits.clear();
+        count = 0;
+        orderedKeys.clear();
         minKey = std::min(a, b);
         maxKey = std::max(a, b);
-        count = 0;
+        orderedKeys.reserve(std::min<std::size_t>(RangeSize(), MaxReservedKeys));
         // One word more than the keys need at times: there is always a spare one.
         const std::size_t wordCount = (RangeSize() >> BitsShift) + 1;
-        presentBits.assign(wordCount, 0);
         everInsertedBits.assign(wordCount, 0);
-        orderedKeys.clear();
-        orderedKeys.reserve(std::min<std::size_t>(RangeSize(), MaxReservedKeys));
+        presentBits.assign(wordCount, 0);
     }
 
     // Empties the container and keeps its range. One that was never initialised stays so.
@@ -69,12 +71,12 @@ class FastRangedIntegralBase {
         if (presentBits.empty() || offset >= RangeSize() || contains(key)) {
             return;
         }
+        if ((everInsertedBits[offset >> BitsShift] & BitOf(offset)) == 0) {
+            orderedKeys.push_back(key);
+            everInsertedBits[offset >> BitsShift] |= BitOf(offset);
+        }
         presentBits[offset >> BitsShift] |= BitOf(offset);
         ++count;
-        if ((everInsertedBits[offset >> BitsShift] & BitOf(offset)) == 0) {
-            everInsertedBits[offset >> BitsShift] |= BitOf(offset);
-            orderedKeys.push_back(key);
-        }
     }
 
     std::size_t Size() const { return count; }
@@ -192,10 +194,18 @@ class FastRangedIntegralSet : public FastRangedIntegralBase<K> {
 
     // The keys of both, those of `a` first.
     static FastRangedIntegralSet Combine(const FastRangedIntegralSet& a, const FastRangedIntegralSet& b) {
+        if (a.presentBits.empty() || b.presentBits.empty()) {
+            return a.presentBits.empty() ? b : a;
+        }
         std::vector<K> keys = a.ToKeyVector();
         const std::vector<K> more = b.ToKeyVector();
         keys.insert(keys.end(), more.begin(), more.end());
-        return FastRangedIntegralSet(std::min(a.minKey, b.minKey), std::max(a.maxKey, b.maxKey), keys);
+        FastRangedIntegralSet combined;
+        combined.initialize(std::min(a.minKey, b.minKey), std::max(a.maxKey, b.maxKey));
+        for (const K key : keys) {
+            combined.insertInternal(key);
+        }
+        return combined;
     }
 };
 
@@ -252,7 +262,12 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         std::size_t position = 0;
     };
 
+    // A map of references is fixed to them: it can be copied, but not assigned.
     FastRangedIntegralMap() = default;
+    FastRangedIntegralMap(const FastRangedIntegralMap&) = default;
+    FastRangedIntegralMap& operator=(const FastRangedIntegralMap&) requires(
+        !std::is_reference_v<V>) = default;
+    ~FastRangedIntegralMap() override = default;
 
     FastRangedIntegralMap(K min, K max, const HashMap& initialValues) { initialize(initialValues, min, max); }
 
@@ -357,9 +372,9 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         if (wasPresent && std::addressof(values[keyToValueIndex[offset]].second) == std::addressof(value)) {
             return;
         }
+        values.emplace_back(key, value);
         this->insertInternal(key);
         orphanCount += wasPresent ? 1 : 0;
-        values.emplace_back(key, value);
         keyToValueIndex[offset] = values.size() - 1;
         if (orphanCount > MaxOrphanCount) {
             cleanOrphanedValues();

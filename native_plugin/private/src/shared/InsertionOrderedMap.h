@@ -2,15 +2,15 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace Velkori_Utility {
 
-// A hash map from names to values that iterates in the order in which the names came. What a host reads back
+// A map from names to values that iterates in the order in which the names came. What a host reads back
 // (names of manifestations, the order of messages, a written document) thus follows the document and is the
 // same with every standard library. Looking a name up allocates nothing.
 template <typename V>
@@ -18,10 +18,7 @@ class InsertionOrderedMap {
   public:
     using Entry = std::pair<std::string, V>;
 
-    void Reserve(std::size_t count) {
-        entries.reserve(count);
-        positions.reserve(count);
-    }
+    void Reserve(std::size_t count) { entries.reserve(count); }
 
     // False, and nothing changes, if the name is there already.
     bool Insert(std::string_view name, V value) {
@@ -49,14 +46,9 @@ class InsertionOrderedMap {
     auto end() const { return entries.end(); }
 
   private:
-    struct NameHash {
-        using is_transparent = void;
-
-        std::size_t operator()(std::string_view name) const { return std::hash<std::string_view>()(name); }
-    };
-
     std::vector<Entry> entries;
-    std::unordered_map<std::string, std::size_t, NameHash, std::equal_to<>> positions;
+    // Not hashed: names come from documents, and a hostile one could make them collide.
+    std::map<std::string, std::size_t, std::less<>> positions;
 };
 
 // Joint or blend shape names to their indices.

@@ -22,9 +22,17 @@ velkori_LogLevel LogLevelOf(LogMsgCategory category) {
 
 void AddMessage(
     LogMsgMap& messages, LogMsgCategory category, std::initializer_list<std::string_view> pieces) {
-    std::string& text = messages[category].emplace_back();
+    std::vector<std::string>& texts = messages[category];
+    if (messages.textSize > MaxMessageTextSize) {
+        return;
+    }
+    std::string& text = texts.emplace_back();
     for (const std::string_view piece : pieces) {
         text += piece;
+    }
+    messages.textSize += text.size();
+    if (messages.textSize > MaxMessageTextSize) {
+        texts.emplace_back("There are more messages, which are left out.");
     }
 }
 

@@ -1,0 +1,160 @@
+// One retargeted frame, beside the floor that nothing can beat: one plain pass that composes as many target
+// joints from local to root space.
+
+#include "Velkori_Utility.h"
+#include "shared/DataTypes.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Transforms = std::vector<velkori_Transform_>;
+using Velkori_Utility::JointPose;
+
+constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
+constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
+constexpr int FrameCount = 64;
+
+velkori_Handle LoadFullSample() {
+    std::ifstream file(std::string(VELKORI_SAMPLES_DIRECTORY) + "/full.json", std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    velkori_Handle handle = 0;
+    velkori_createOrUpdateHandle(text.c_str(), &handle);
+    return handle;
+}
+
+// Two equal chains of joints, each driven by its counterpart.
+velkori_Handle MakeChain(int jointCount) {
+    std::vector<std::string> names;
+    std::vector<const char*> namePointers;
+    std::vector<const char*> parents;
+    Transforms pose;
+    std::vector<velkori_JointMapping_> mappings;
+    std::vector<velkori_JointMappingEntry_> entries;
+    for (int i = 0; i < jointCount; ++i) {
+        names.push_back("joint" + std::to_string(i));
+    }
+    for (int i = 0; i < jointCount; ++i) {
+        namePointers.push_back(names[i].c_str());
+        // Limbs of ten joints each.
+        parents.push_back(i == 0 ? nullptr : names[i % 10 == 0 ? 0 : i - 1].c_str());
+        pose.push_back({{0, 0, 0, 1},
+            {0.1F * static_cast<float>(i % 10), 1, 0.05F * static_cast<float>(i / 10)}, {1, 1, 1}});
+        mappings.push_back({i, velkori_SkeletonType_Source, velkori_JointMappingBehaviorType_Normal, 1});
+        entries.push_back({i, 1, 1});
+    }
+    velkori_UtilityConfigInitParams_ params = {};
+    params.sourceSkeleton.jointCount = jointCount;
+    params.sourceSkeleton.jointNames = namePointers.data();
+    params.sourceSkeleton.parentJointNames = parents.data();
+    params.sourceSkeleton.unscaledTPose = pose.data();
+    params.targetSkeleton = params.sourceSkeleton;
+    params.minMappings = params.maxMappings = {jointCount, jointCount, mappings.data(), entries.data()};
+    velkori_Handle handle = 0;
+    velkori_createOrUpdateUtilityConfig("chain", &params, &handle);
+    return handle;
+}
+
+Transforms RestPose(velkori_Handle handle, velkori_SkeletonType type, velkori_JointRelativeSpaceType space) {
+    int32_t count = 0;
+    velkori_calculateSkeletonTPose(handle, type, space, 0.5F, nullptr, &count);
+    Transforms pose(count);
+    velkori_calculateSkeletonTPose(handle, type, space, 0.5F, pose.data(), &count);
+    return pose;
+}
+
+// The source's rest pose with every joint swaying in its own way.
+std::vector<Transforms> SwayingFrames(velkori_Handle handle) {
+    const Transforms rest = RestPose(handle, velkori_SkeletonType_Source, LocalSpace);
+    std::vector<Transforms> frames;
+    for (int frame = 0; frame < FrameCount; ++frame) {
+        Transforms local = rest;
+        for (std::size_t i = 1; i < local.size(); ++i) {
+            const float angle = 0.1F * std::sin(0.1F * static_cast<float>(frame) + static_cast<float>(i));
+            const Velkori_Utility::Quaternionf sway(std::sin(angle), 0, 0, std::cos(angle));
+            local[i].orientation =
+                static_cast<velkori_Quaternionf_>(sway * Velkori_Utility::Quaternionf(local[i].orientation));
+        }
+        velkori_convertJointPose(handle, velkori_SkeletonType_Source, LocalSpace, RootSpace, local.data(),
+            static_cast<int32_t>(local.size()));
+        frames.push_back(std::move(local));
+    }
+    return frames;
+}
+
+void ReportPerJoint(benchmark::State& state, std::size_t jointCount) {
+    state.counters["joints"] = static_cast<double>(jointCount);
+    state.counters["ns/joint"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * static_cast<double>(jointCount) * 1e-9,
+            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void RunFloor(benchmark::State& state, velkori_Handle handle) {
+    const Transforms local = RestPose(handle, velkori_SkeletonType_Target, LocalSpace);
+    std::vector<int32_t> parents(local.size());
+    auto count = static_cast<int32_t>(parents.size());
+    velkori_getParentJointIndexes(handle, velkori_SkeletonType_Target, parents.data(), &count);
+    const std::vector<JointPose> localPose(local.begin(), local.end());
+    std::vector<JointPose> rootPose(local.size());
+    for (auto _ : state) {
+        for (std::size_t i = 0; i < localPose.size(); ++i) {
+            rootPose[i] =
+                parents[i] == -1 ? localPose[i] : rootPose[parents[i]].ApplyWithoutScale(localPose[i]);
+        }
+        benchmark::DoNotOptimize(rootPose.data());
+        benchmark::ClobberMemory();
+    }
+    ReportPerJoint(state, local.size());
+    velkori_destroy(handle);
+}
+
+void RunFrames(benchmark::State& state, velkori_Handle handle, int behavior, bool fixup) {
+    const std::vector<Transforms> frames = SwayingFrames(handle);
+    const Transforms reference = RestPose(handle, velkori_SkeletonType_Source, RootSpace);
+    velkori_updateSourceReferenceTPose(
+        handle, reference.data(), static_cast<int32_t>(reference.size()), nullptr);
+    Transforms result(RestPose(handle, velkori_SkeletonType_Target, RootSpace).size());
+    const velkori_RetargetingBehaviorInfo_ info = {RootSpace,
+        static_cast<velkori_RetargetingBehavior>(behavior),
+        velkori_RetargetingRootMotionBehavior_RootFromHips,
+        static_cast<velkori_RetargetingBehaviorFlags>(fixup ? 1 : 0)};
+    std::size_t frame = 0;
+    for (auto _ : state) {
+        const Transforms& source = frames[frame++ % frames.size()];
+        auto count = static_cast<int32_t>(result.size());
+        velkori_retargetFromSourceFrameData(handle, info, source.data(), static_cast<int32_t>(source.size()),
+            result.data(), &count, nullptr, nullptr);
+        benchmark::DoNotOptimize(result.data());
+    }
+    ReportPerJoint(state, result.size());
+    velkori_destroy(handle);
+}
+
+void SampleFloor(benchmark::State& state) {
+    RunFloor(state, LoadFullSample());
+}
+
+void SampleFrame(benchmark::State& state) {
+    RunFrames(state, LoadFullSample(), static_cast<int>(state.range(0)), state.range(1) != 0);
+}
+
+void ChainFloor(benchmark::State& state) {
+    RunFloor(state, MakeChain(static_cast<int>(state.range(0))));
+}
+
+void ChainFrame(benchmark::State& state) {
+    RunFrames(state, MakeChain(static_cast<int>(state.range(0))), 0, false);
+}
+
+} // namespace
+
+BENCHMARK(SampleFloor);
+BENCHMARK(SampleFrame)->ArgsProduct({{0, 1, 2, 3}, {0, 1}})->ArgNames({"behavior", "fixup"});
+BENCHMARK(ChainFloor)->RangeMultiplier(2)->Range(20, 320)->ArgName("joints");
+BENCHMARK(ChainFrame)->RangeMultiplier(2)->Range(20, 320)->ArgName("joints");

@@ -1,0 +1,298 @@
+#include "core/JointMappingSet.h"
+
+#include "support/AllocationCount.h"
+#include "support/JSONText.h"
+#include "support/PoseMatchers.h"
+#include "support/TestSkeletons.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <numbers>
+
+using namespace Velkori_Utility;
+
+namespace {
+
+// {joint, rotation weight, position weight}
+using Entries = std::vector<velkori_JointMappingEntry_>;
+
+constexpr auto Source = velkori_SkeletonType_Source;
+constexpr auto Target = velkori_SkeletonType_Target;
+constexpr auto Root = velkori_JointRelativeSpaceType_RootOriginRelative;
+constexpr float Infinity = std::numeric_limits<float>::infinity();
+
+// A source and a target whose joints hang together in different ways, with two roots each.
+struct TwoTrees {
+    explicit TwoTrees(unsigned seed)
+        : random(seed),
+          source(TestSkeletons::MakeRandomTreeParams(random, 30, 2)),
+          target(TestSkeletons::MakeRandomTreeParams(random, 40, 2)) {}
+
+    JointMappingSet MakeSet(const Entries& entries, JointMappingType type = Source, int targetJoint = 0) {
+        return JointMappingSet(
+            {targetJoint, type, velkori_JointMappingBehaviorType_IKDerived, entries}, source, target);
+    }
+
+    int RandomJoint(const SkeletonData& skeleton) {
+        return std::uniform_int_distribution<int>(0, skeleton.GetJointCount() - 1)(random);
+    }
+
+    std::mt19937 random;
+    SourceSkeletonData source;
+    TargetSkeletonData target;
+};
+
+Quaternionf TurnAboutZ(float degrees) {
+    return Quaternionf::FromRotationVector({0, 0, degrees * std::numbers::pi_v<float> / 180});
+}
+
+// The joints that any two ways up the hierarchy share begin at the nearest: the first of one way that is on
+// all.
+int NearestOnAllWaysUp(const SkeletonData& skeleton, const Entries& entries) {
+    for (const int joint : skeleton.GetAncestorsOfJointIndex(entries.front().jointIndex, true)) {
+        if (std::ranges::all_of(entries, [&](const velkori_JointMappingEntry_& entry) {
+                return std::ranges::count(skeleton.GetAncestorsOfJointIndex(entry.jointIndex, true), joint) >
+                       0;
+            })) {
+            return joint;
+        }
+    }
+    return -1;
+}
+
+JointPose BlendRestPoses(const SkeletonData& skeleton, int minJoint, int maxJoint, float ratio) {
+    const JointPose& min = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root)[minJoint];
+    const JointPose& max = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root)[maxJoint];
+    return {min.orientation.Slerp(max.orientation, ratio), min.position.Lerp(max.position, ratio)};
+}
+
+} // namespace
+
+TEST(JointMappingSet, KeepsOnlyEntriesThatDriveSomething) {
+    TwoTrees trees(1);
+    const JointMappingSet set = trees.MakeSet(
+        {{-1, 1, 1}, {2, 0, 0}, {7, 0, 1}, {3, -1, -1}, {30, 1, 1}, {-2, 1, 1}, {5, 1, 0}, {6, -1, 0.5F}});
+    EXPECT_EQ(set.GetMappedJoints().ToKeyVector(), (std::vector<int>{7, 5, 6}));
+    const SerializedJointMapping kept = set.ToSerializedJointMapping();
+    ASSERT_EQ(kept.entries.size(), 3U);
+    EXPECT_EQ(kept.entries[2].jointIndex, 6);
+    EXPECT_EQ(kept.entries[2].rotationWeight, -1.0F);
+    EXPECT_EQ(kept.entries[2].positionWeight, 0.5F);
+    EXPECT_EQ(kept.behavior, velkori_JointMappingBehaviorType_IKDerived);
+    EXPECT_EQ(trees.MakeSet({{30, 1, 1}}, Target).GetEntries().size(), 1U) << "the target has more joints";
+}
+
+TEST(JointMappingSet, WeightsAreScaledByTheReciprocalOfTheirSum) {
+    struct Case {
+        Entries entries;
+        float rotationScale;
+        float positionScale;
+    };
+
+    const Case cases[] = {
+        {{{0, 1, 3}, {1, 0, 1}}, 1, 0.25F},
+        {{{0, 0, 0.5F}, {1, 0, 1.5F}}, 0, 0.5F},
+        {{{0, 2, -3}, {1, 2, 1}}, 0.25F, 0},
+        {{{0, Infinity, 1}}, 0, 1},
+        {{}, 0, 0},
+    };
+    TwoTrees trees(2);
+    for (const Case& each : cases) {
+        const JointMappingSet set = trees.MakeSet(each.entries);
+        EXPECT_EQ(set.GetRotationWeightScale(), each.rotationScale);
+        EXPECT_EQ(set.GetPositionWeightScale(), each.positionScale);
+    }
+}
+
+TEST(JointMappingSet, TheCommonAncestorIsTheNearestInTheSourceSkeleton) {
+    TwoTrees trees(3);
+    EXPECT_EQ(trees.MakeSet({}).GetCommonAncestorJoint(), -1);
+    EXPECT_EQ(trees.MakeSet({{11, 1, 1}}).GetCommonAncestorJoint(), 11);
+    int withoutAncestor = 0;
+    for (int round = 0; round < 400; ++round) {
+        const JointMappingType type = round % 2 == 0 ? Source : Target;
+        const SkeletonData& entrySkeleton =
+            type == Source ? static_cast<const SkeletonData&>(trees.source) : trees.target;
+        Entries entries;
+        for (int i = 0; i < 2 + round % 3; ++i) {
+            entries.push_back({trees.RandomJoint(entrySkeleton), 1, 1});
+        }
+        const int expected = NearestOnAllWaysUp(trees.source, entries);
+        EXPECT_EQ(trees.MakeSet(entries, type).GetCommonAncestorJoint(), expected);
+        withoutAncestor += expected == -1 ? 1 : 0;
+    }
+    EXPECT_GT(withoutAncestor, 20);
+    EXPECT_LT(withoutAncestor, 380);
+}
+
+TEST(JointMappingSet, ASingleEntryGivesItsPoseAsItStands) {
+    TwoTrees trees(4);
+    std::vector<JointPose> pose(30);
+    pose[9] = {{0, 0, 3, 4}, {1, 2, 3}, {5, 6, 7}};
+    const PoseData reference(trees.source, Root, pose, JointPose::Identity);
+    const JointPose offset(TurnAboutZ(50), {1, 1, 1});
+    const JointMappingSet set = trees.MakeSet({{9, 0, 0.1F}});
+    EXPECT_EQ(set.CalculateUsingDeltaFromReferencePose(pose, &reference, &offset), pose[9]);
+    EXPECT_EQ(set.CalculateUsingDeltaFromReferencePose({}, nullptr, nullptr), JointPose::Identity)
+        << "a skeleton may have no rest pose";
+}
+
+TEST(JointMappingSet, PositionsAverageByWeightAndWithoutRotationWeightsNothingTurns) {
+    TwoTrees trees(5);
+    std::vector<JointPose> pose(30, JointPose(TurnAboutZ(70), {}, {2, 2, 2}));
+    pose[1].position = {4, 0, 8};
+    pose[2].position = {0, 8, 8};
+    const JointPose offset(TurnAboutZ(50), {1, 1, 1});
+    const JointMappingSet set = trees.MakeSet({{1, 0, 3}, {2, 0, 1}});
+    EXPECT_EQ(set.CalculateUsingDeltaFromReferencePose(pose, nullptr, &offset),
+        JointPose(Quaternionf::Identity, {3, 2, 8}));
+}
+
+TEST(JointMappingSet, OrientationsBlendByTheirRawWeights) {
+    // Joint i is turned by 40 i degrees.
+    std::vector<JointPose> pose;
+    for (int i = 0; i < 30; ++i) {
+        pose.emplace_back(TurnAboutZ(40.0F * static_cast<float>(i)), Vector3f::Zero);
+    }
+
+    struct Case {
+        Entries entries;
+        float degrees;
+    };
+
+    const Case cases[] = {
+        {{{1, 0, 1}, {2, 0.3F, 0}}, 80},
+        {{{1, 0.25F, 0}, {2, 0.75F, 0}}, 70},
+        {{{1, 0.5F, 0}, {2, 0.5F, 0}}, 60},
+        {{{1, 1, 0}, {2, 1, 0}}, 80},
+        {{{1, 3, 0}, {2, 0.5F, 0}, {3, 0, 1}}, 60},
+        {{{0, 2, 0}, {1, 2, 0}, {2, 2, 0}}, 40},
+        // Symmetric about 60 degrees.
+        {{{0, 1, 0}, {1, 2, 0}, {2, 2, 0}, {3, 1, 0}}, 60},
+    };
+    TwoTrees trees(6);
+    for (const Case& each : cases) {
+        const JointPose blended =
+            trees.MakeSet(each.entries).CalculateUsingDeltaFromReferencePose(pose, nullptr, nullptr);
+        EXPECT_LE(AngleBetween(blended.orientation, TurnAboutZ(each.degrees)), 2e-4F) << each.degrees;
+        EXPECT_EQ(blended.scale, Vector3f::One);
+    }
+}
+
+TEST(JointMappingSet, TurnsTheOffsetAsThePoseTurnsAwayFromItsReference) {
+    TwoTrees trees(7);
+    const std::vector<JointPose>& restPose =
+        trees.source.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root);
+    const PoseData reference(trees.source, Root, restPose, JointPose::Identity);
+    const Quaternionf turn = Quaternionf::FromRotationVector({0.4F, -0.7F, 0.2F});
+    std::vector<JointPose> pose = restPose;
+    for (JointPose& joint : pose) {
+        joint.orientation = turn * joint.orientation;
+    }
+    const JointPose offset(Quaternionf::FromRotationVector({1, 0.5F, -0.3F}), {9, 9, 9});
+    const Vector3f middle = (pose[3].position + pose[8].position) * 0.5F;
+    for (const Entries& entries : {Entries{{3, 0.6F, 1}, {8, 0.4F, 1}},
+             Entries{{3, 0.6F, 1}, {8, 0.4F, 1}, {12, 0.2F, 0}}, Entries{{3, 0.6F, 1}, {8, 0, 1}}}) {
+        const JointPose result =
+            trees.MakeSet(entries).CalculateUsingDeltaFromReferencePose(pose, &reference, &offset);
+        EXPECT_LE(AngleBetween(result.orientation, turn * offset.orientation), 1e-3F);
+        ExpectNear(result.position, middle, 1e-6F, "the offset's position has no part in it");
+    }
+}
+
+TEST(JointMappingSet, TheJointRatioWeighsPositionAgainstRotation) {
+    struct Case {
+        Entries entries;
+        float ratio;
+    };
+
+    const std::vector<float> ratios = {0.25F, 0.75F};
+    const Case cases[] = {
+        {{}, 0},
+        {{{0, 0, 0}, {1, 0, 0}}, 0},
+        {{{1, 0, 2}}, 0.75F},
+        {{{0, 1, 0}, {1, 1, 0}}, 0.5F},
+        // By position 0.375, by rotation 0.625, and rotation has a quarter of all weight.
+        {{{0, 0.25F, 2.25F}, {1, 0.75F, 0.75F}}, 0.4375F},
+        // By position nothing, as those weights cancel; by rotation 0.25, which has all weight.
+        {{{0, 1, -1}, {1, 0, 1}}, 0.25F},
+        // Nothing is known of the last joint.
+        {{{1, 1, 1}, {29, 0, 1}}, 0.5625F},
+    };
+    TwoTrees trees(8);
+    for (const Case& each : cases) {
+        EXPECT_FLOAT_EQ(trees.MakeSet(each.entries).CalculateMinMaxJointRatio(ratios), each.ratio);
+    }
+}
+
+TEST(JointMappingSet, TheLocalOffsetTakesRestPosesToRestPoses) {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        TwoTrees trees(seed);
+        const auto joint = [&] { return trees.RandomJoint(trees.source); };
+        const Entries choices[] = {{{joint(), 1, 1}}, {{joint(), 0.4F, 2}, {joint(), 0.6F, 1}},
+            {{joint(), 1, 1}, {joint(), 2, 0}, {joint(), 0.5F, 1}}, {{joint(), 0, 1}, {joint(), 0, 1}}};
+        for (std::size_t i = 0; i < std::size(choices); ++i) {
+            const JointMappingSet minSet = trees.MakeSet(choices[i], Source, 11);
+            const JointMappingSet maxSet = trees.MakeSet(choices[(i + 1) % 4], Source, 17);
+            const JointPose min = minSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Min);
+            const JointPose max = maxSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Max);
+            for (const float ratio : {0.0F, 0.5F, 1.0F, 1.4F}) {
+                const JointPose mapped(
+                    min.orientation.Slerp(max.orientation, ratio), min.position.Lerp(max.position, ratio));
+                const JointPose offset = JointMappingSet::CalculateLocalOffsetToTarget(minSet, maxSet, ratio);
+                const JointPose reached = mapped.ApplyWithoutScale(offset);
+                const JointPose wanted = BlendRestPoses(trees.target, 11, 17, ratio);
+                ExpectNear(std::span(&reached, 1), std::span(&wanted, 1), 2e-3F);
+            }
+        }
+        const JointMappingSet targetSet = trees.MakeSet(choices[1], Target, 11);
+        EXPECT_EQ(JointMappingSet::CalculateLocalOffsetToTarget(
+                      targetSet, trees.MakeSet(choices[0], Source, 11), 0.5F),
+            JointPose::Identity);
+    }
+}
+
+TEST(JointMappingSet, RestPosesThatArentThereCountAsTheIdentity) {
+    TestSkeletons::Params params = TestSkeletons::MakeBipedParams();
+    const TargetSkeletonData whole(params);
+    params.minTPose = params.maxTPose = params.unscaledTPose = {};
+    const SourceSkeletonData bareSource(params);
+    const TargetSkeletonData bareTarget(params);
+    const SerializedJointMapping mapping = {
+        5, Source, velkori_JointMappingBehaviorType_Normal, {{1, 1, 1}, {2, 1, 1}}};
+    const JointMappingSet fromNothing(mapping, bareSource, whole);
+    const JointMappingSet toNothing(mapping, whole, bareTarget);
+    const JointPose offset = JointMappingSet::CalculateLocalOffsetToTarget(fromNothing, fromNothing, 0);
+    EXPECT_EQ(
+        offset.position, whole.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root)[5].position);
+    EXPECT_EQ(JointMappingSet::CalculateLocalOffsetToTarget(toNothing, toNothing, 0.5F), JointPose::Identity);
+}
+
+TEST(JointMappingSet, IsWrittenWithTheNamesOfItsOwnSkeleton) {
+    TestSkeletons::Params params = TestSkeletons::MakeBipedParams();
+    const SourceSkeletonData source(params);
+    params.jointNames[5] = "skull";
+    const TargetSkeletonData target(params);
+    SerializedJointMapping mapping = {
+        0, Target, velkori_JointMappingBehaviorType_ChildAlignedTwist, {{5, 0.25F, Infinity}, {1, 0, 1}}};
+    JSONDocument document;
+    EXPECT_EQ(ToText(JointMappingSet(mapping, source, target).WriteToJSON(document.GetAllocator(), true)),
+        R"({"type":"target","behavior":"childAlignedTwist","mappings":{)"
+        R"("skull":{"weightPosition":3.4028234663852886e38,"weightRotation":0.25},)"
+        R"("hips":{"weightPosition":1.0,"weightRotation":0.0}}})");
+    mapping = {0, Source, velkori_JointMappingBehaviorType_Normal, {{5, 1, 1}}};
+    EXPECT_EQ(ToText(JointMappingSet(mapping, source, target).WriteToJSON(document.GetAllocator(), false)),
+        R"({"behavior":"normal","mappings":{"head":{"weightPosition":1.0,"weightRotation":1.0}}})");
+}
+
+TEST(JointMappingSet, EvaluatingAllocatesNothingEvenTheFirstTime) {
+    TwoTrees trees(9);
+    const std::vector<JointPose> pose(30);
+    const PoseData reference(trees.source, Root, pose, JointPose::Identity);
+    const JointMappingSet original = trees.MakeSet({{1, 1, 1}, {2, 1, 1}, {3, 1, 1}});
+    const JointMappingSet copy = original; // NOLINT(performance-unnecessary-copy-initialization)
+    EXPECT_EQ(CountAllocations(
+                  [&] { copy.CalculateUsingDeltaFromReferencePose(pose, &reference, &JointPose::Identity); }),
+        0U);
+}
