@@ -16,6 +16,11 @@ namespace {
 
 using Texts = std::vector<std::string>;
 using Mappings = std::vector<SerializedJointMapping>;
+// {joint, rotation weight, position weight}
+using Entries = std::vector<std::tuple<int, float, float>>;
+// All fields of a serialized mapping.
+using Row = std::tuple<int, JointMappingType, JointMappingBehaviorType, Entries>;
+using Rows = std::vector<Row>;
 
 constexpr auto Source = velkori_SkeletonType_Source;
 constexpr auto Target = velkori_SkeletonType_Target;
@@ -59,7 +64,7 @@ SerializedJointMapping Map(
     return {joint, type, behavior, {{0, weight, weight}}};
 }
 
-// Has no copies, and so is made where it is needed.
+// Mappings between the two chains.
 struct Data : JointMappingData {
     explicit Data(const Mappings& mappings)
         : JointMappingData(SourceSkeleton(), TargetSkeleton(), mappings) {}
@@ -74,13 +79,20 @@ std::string Write(const JointMappingData& data) {
     return ToText(data.WriteToJSON(document.GetAllocator()));
 }
 
-// {joint, rotation weight, position weight}
-std::vector<std::tuple<int, float, float>> EntriesOf(const SerializedJointMapping& mapping) {
-    std::vector<std::tuple<int, float, float>> entries;
+Entries EntriesOf(const SerializedJointMapping& mapping) {
+    Entries entries;
     for (const velkori_JointMappingEntry_& entry : mapping.entries) {
         entries.emplace_back(entry.jointIndex, entry.rotationWeight, entry.positionWeight);
     }
     return entries;
+}
+
+Rows RowsOf(const Mappings& mappings) {
+    Rows rows;
+    for (const SerializedJointMapping& mapping : mappings) {
+        rows.emplace_back(mapping.targetJointIndex, mapping.type, mapping.behavior, EntriesOf(mapping));
+    }
+    return rows;
 }
 
 } // namespace
@@ -89,16 +101,10 @@ TEST(SerializedJointMapping, TakesTheFlatListOfEntriesInTurn) {
     const velkori_JointMapping_ heads[] = {{3, Source, Twist, 2}, {1, Target, Normal, 0},
         {0, static_cast<velkori_SkeletonType>(7), IKDerived, 1}};
     const velkori_JointMappingEntry_ entries[] = {{2, 0.1F, 0.2F}, {1, 0.3F, 0.4F}, {0, 0.5F, 0.6F}};
-    const Mappings mappings = ConvertVelkoriMappingDefinitionToSerializedMapping({3, 3, heads, entries});
-    ASSERT_EQ(mappings.size(), 3U);
-    EXPECT_EQ(mappings[0].targetJointIndex, 3);
-    EXPECT_EQ(mappings[0].type, Source);
-    EXPECT_EQ(mappings[0].behavior, Twist);
-    EXPECT_EQ(EntriesOf(mappings[0]),
-        (std::vector<std::tuple<int, float, float>>{{2, 0.1F, 0.2F}, {1, 0.3F, 0.4F}}));
-    EXPECT_TRUE(mappings[1].entries.empty());
-    EXPECT_EQ(mappings[2].type, Target) << "any type but the source's is the target's";
-    EXPECT_EQ(EntriesOf(mappings[2]), (std::vector<std::tuple<int, float, float>>{{0, 0.5F, 0.6F}}));
+    // Any type but the source's is the target's.
+    EXPECT_EQ(RowsOf(ConvertVelkoriMappingDefinitionToSerializedMapping({3, 3, heads, entries})),
+        (Rows{{3, Source, Twist, {{2, 0.1F, 0.2F}, {1, 0.3F, 0.4F}}}, {1, Target, Normal, {}},
+            {0, Target, IKDerived, {{0, 0.5F, 0.6F}}}}));
     EXPECT_TRUE(ConvertVelkoriMappingDefinitionToSerializedMapping({0, 0, nullptr, nullptr}).empty());
 }
 
@@ -106,37 +112,22 @@ TEST(JointMappingDataJSON, ReadsTheSimpleAndTheDoubleForm) {
     const LogCapture capture;
     LogMsgMap messages;
     const Mappings mappings = Read(R"({"min":{
-        "Skull":{"target":{"behavior":"ikDerived","mappings":{"Jaw":{"weightPosition":0.5,"weightRotation":0}}},
-                 "source":{"behavior":"twist","mappings":{"head":{"weightRotation":0.25,"weightPosition":2},
-                                                          "hips":{"weightRotation":1e300,"weightPosition":0}}}},
+        "Skull":{"target":{"behavior":"ikDerived",
+                           "mappings":{"Jaw":{"weightPosition":0.5,"weightRotation":0}}},
+                 "source":{"behavior":"twist",
+                           "mappings":{"head":{"weightRotation":0.25,"weightPosition":2},
+                                       "hips":{"weightRotation":1e300,"weightPosition":0}}}},
         "Pelvis":{"mappings":{"hips":{"weightRotation":1,"weightPosition":1}}},
         "Torso":{"type":"target","behavior":"childAlignedTwist",
                  "mappings":{"Pelvis":{"weightRotation":1,"weightPosition":-3}}}}})",
         messages);
     EXPECT_TRUE(messages.empty());
     EXPECT_TRUE(LogCapture::TakeLines().empty());
-    ASSERT_EQ(mappings.size(), 4U);
-
-    struct Case {
-        int joint;
-        JointMappingType type;
-        JointMappingBehaviorType behavior;
-        std::vector<std::tuple<int, float, float>> entries;
-    };
-
     constexpr float Infinity = std::numeric_limits<float>::infinity();
-    const Case cases[] = {
-        {2, Source, Twist, {{2, 0.25F, 2.0F}, {0, Infinity, 0.0F}}},
-        {0, Source, Normal, {{0, 1.0F, 1.0F}}},
-        {2, Target, IKDerived, {{3, 0.0F, 0.5F}}},
-        {1, Target, AlignedTwist, {{0, 1.0F, -3.0F}}},
-    };
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
-        EXPECT_EQ(mappings[i].targetJointIndex, cases[i].joint);
-        EXPECT_EQ(mappings[i].type, cases[i].type);
-        EXPECT_EQ(mappings[i].behavior, cases[i].behavior);
-        EXPECT_EQ(EntriesOf(mappings[i]), cases[i].entries);
-    }
+    EXPECT_EQ(RowsOf(mappings),
+        (Rows{{2, Source, Twist, {{2, 0.25F, 2.0F}, {0, Infinity, 0.0F}}},
+            {0, Source, Normal, {{0, 1.0F, 1.0F}}}, {2, Target, IKDerived, {{3, 0.0F, 0.5F}}},
+            {1, Target, AlignedTwist, {{0, 1.0F, -3.0F}}}}));
 }
 
 TEST(JointMappingDataJSON, ReportsWhatItCannotUseAndGoesOn) {
@@ -202,8 +193,7 @@ TEST(JointMappingDataJSON, WeightsThatAreMissingAreOneAndSaidSo) {
     const Mappings mappings =
         Read(R"({"min":{"Jaw":{"mappings":{"head":{"weightPosition":0.5},"hips":true}}}})", messages);
     ASSERT_EQ(mappings.size(), 1U);
-    EXPECT_EQ(EntriesOf(mappings[0]),
-        (std::vector<std::tuple<int, float, float>>{{2, 1.0F, 0.5F}, {0, 1.0F, 1.0F}}));
+    EXPECT_EQ(EntriesOf(mappings[0]), (Entries{{2, 1.0F, 0.5F}, {0, 1.0F, 1.0F}}));
     const std::string mistyped =
         "[ERROR]: Cannot retrieve JSON double Value, rapidJson Value is of type bool";
     EXPECT_EQ(LogCapture::TakeTexts(),
@@ -262,12 +252,15 @@ TEST(JointMappingDataJSON, WhatIsWrittenIsReadAndWrittenAgain) {
     const Data data({Map(3, Source, Twist, 0.1F), Map(0, Source, Normal), Map(1, Target, Normal),
         Map(3, Target, IKDerived, 0.5F)});
     const std::string text = Write(data);
-    EXPECT_EQ(text,
-        R"({"Jaw":{"source":{"behavior":"twist","mappings":{"hips":{"weightPosition":0.10000000149011612,)"
-        R"("weightRotation":0.10000000149011612}}},)"
-        R"("target":{"behavior":"ikDerived","mappings":{"Pelvis":{"weightPosition":0.5,"weightRotation":0.5}}}},)"
-        R"("Pelvis":{"type":"source","behavior":"normal","mappings":{"hips":{"weightPosition":1.0,"weightRotation":1.0}}},)"
-        R"("Torso":{"type":"target","behavior":"normal","mappings":{"Pelvis":{"weightPosition":1.0,"weightRotation":1.0}}}})");
+    const auto mappings = [](const std::string& joint, const std::string& weight) {
+        return R"("mappings":{")" + joint + R"(":{"weightPosition":)" + weight + R"(,"weightRotation":)" +
+               weight + "}}}";
+    };
+    EXPECT_EQ(text, R"({"Jaw":{"source":{"behavior":"twist",)" + mappings("hips", "0.10000000149011612") +
+                        R"(,"target":{"behavior":"ikDerived",)" + mappings("Pelvis", "0.5") +
+                        R"(},"Pelvis":{"type":"source","behavior":"normal",)" + mappings("hips", "1.0") +
+                        R"(,"Torso":{"type":"target","behavior":"normal",)" + mappings("Pelvis", "1.0") +
+                        "}");
     LogMsgMap messages;
     EXPECT_EQ(Write(Data(Read(R"({"min":)" + text + "}", messages))), text);
     EXPECT_TRUE(messages.empty());
@@ -283,6 +276,11 @@ TEST(JointMappingData, ValidationReportsEveryIndexThatIsNoJoint) {
     EXPECT_TRUE(isValid({}));
     EXPECT_TRUE(isValid({{3, Source, Normal, {{2, 1, 1}}}, {0, Target, Normal, {{3, 1, 1}}}}));
     EXPECT_TRUE(messages.empty());
+    EXPECT_FALSE(isValid({{4, Source, Normal, {}}}));
+    EXPECT_EQ(
+        messages[LogMsgCategory::Error], Texts{"MAPPING: Invalid Target Joint Index found (out of range): 4"})
+        << "only a negative index can be a name that wasn't found";
+    messages.clear();
     EXPECT_FALSE(isValid({{4, Source, Normal, {{3, 1, 1}}}, {-2, Target, Normal, {{4, 1, 1}, {-1, 1, 1}}},
         {-1, Source, Normal, {}}}));
     EXPECT_EQ(messages[LogMsgCategory::Error],
@@ -396,11 +394,10 @@ TEST(JointMappingData, RecordsComeByJointAndNeverOverrunTheirArrays) {
     EXPECT_EQ(head(1), std::tuple(3, Source, Normal, 1));
     EXPECT_EQ(head(2), std::tuple(3, Target, Twist, 2));
 
-    SerializedJointMapping all = {0, Source, Normal, Mappings::value_type().entries};
+    SerializedJointMapping all;
     all.entries.assign(4, {77, 0, 0});
     EXPECT_EQ(data.PopulateJointMappingEntryData(3, all.entries.data()), 0);
     EXPECT_EQ(all.entries[0].jointIndex, 77);
     EXPECT_EQ(data.PopulateJointMappingEntryData(4, all.entries.data()), 4);
-    EXPECT_EQ(EntriesOf(all), (std::vector<std::tuple<int, float, float>>{
-                                  {0, 0.0F, 1.0F}, {2, 0.1F, 1.0F}, {1, 0.25F, 0.5F}, {2, 1.0F, 0.0F}}));
+    EXPECT_EQ(EntriesOf(all), (Entries{{0, 0.0F, 1.0F}, {2, 0.1F, 1.0F}, {1, 0.25F, 0.5F}, {2, 1.0F, 0.0F}}));
 }

@@ -47,8 +47,7 @@ Quaternionf TurnAboutZ(float degrees) {
     return Quaternionf::FromRotationVector({0, 0, degrees * std::numbers::pi_v<float> / 180});
 }
 
-// The joints that any two ways up the hierarchy share begin at the nearest: the first of one way that is on
-// all.
+// The first joint on one entry's way up that is on all of them.
 int NearestOnAllWaysUp(const SkeletonData& skeleton, const Entries& entries) {
     for (const int joint : skeleton.GetAncestorsOfJointIndex(entries.front().jointIndex, true)) {
         if (std::ranges::all_of(entries, [&](const velkori_JointMappingEntry_& entry) {
@@ -275,15 +274,19 @@ TEST(JointMappingSet, IsWrittenWithTheNamesOfItsOwnSkeleton) {
     params.jointNames[5] = "skull";
     const TargetSkeletonData target(params);
     SerializedJointMapping mapping = {
-        0, Target, velkori_JointMappingBehaviorType_ChildAlignedTwist, {{5, 0.25F, Infinity}, {1, 0, 1}}};
+        0, Target, velkori_JointMappingBehaviorType_ChildAlignedTwist, {{5, 0.25F, 2}, {1, 0, 1}}};
     JSONDocument document;
     EXPECT_EQ(ToText(JointMappingSet(mapping, source, target).WriteToJSON(document.GetAllocator(), true)),
         R"({"type":"target","behavior":"childAlignedTwist","mappings":{)"
-        R"("skull":{"weightPosition":3.4028234663852886e38,"weightRotation":0.25},)"
+        R"("skull":{"weightPosition":2.0,"weightRotation":0.25},)"
         R"("hips":{"weightPosition":1.0,"weightRotation":0.0}}})");
-    mapping = {0, Source, velkori_JointMappingBehaviorType_Normal, {{5, 1, 1}}};
-    EXPECT_EQ(ToText(JointMappingSet(mapping, source, target).WriteToJSON(document.GetAllocator(), false)),
-        R"({"behavior":"normal","mappings":{"head":{"weightPosition":1.0,"weightRotation":1.0}}})");
+    mapping = {0, Source, velkori_JointMappingBehaviorType_Normal, {{5, 1, Infinity}}};
+    const JSONValue written =
+        JointMappingSet(mapping, source, target).WriteToJSON(document.GetAllocator(), false);
+    EXPECT_FALSE(written.HasMember("type"));
+    EXPECT_EQ(written["mappings"]["head"]["weightPosition"].GetDouble(),
+        static_cast<double>(std::numeric_limits<float>::max()))
+        << "a document can't hold an infinity";
 }
 
 TEST(JointMappingSet, EvaluatingAllocatesNothingEvenTheFirstTime) {

@@ -131,8 +131,8 @@ TEST(MappedHierarchy, NoJointIsUpdatedBeforeOneThatItReads) {
         {{Mapping(1, Target, IKDerived, {0}), Mapping(2, Target, IKDerived, {0}),
              Mapping(3, Target, Twist, {0})},
             {0, 3, 2, 1}},
-        // Two that read each other come to an end.
-        {{Mapping(1, Target, Normal, {3}), Mapping(3, Target, Normal, {1})}, {0, 3, 1, 2}},
+        // Of two that read each other, b moves behind d and then d behind b, where the sweep leaves them.
+        {{Mapping(1, Target, Normal, {3}), Mapping(3, Target, Normal, {1})}, {0, 1, 3, 2}},
     };
     for (const Case& each : cases) {
         const UtilityConfigData config(ChainConfig(each.mappings));

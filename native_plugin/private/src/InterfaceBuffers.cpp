@@ -21,7 +21,7 @@ velkori_Result CopyText(std::string_view text, char* out_buffer, std::int32_t* i
         return velkori_Result_Success;
     }
     if (IsBelow(*in_out_bufferSize, text.size() + 1)) {
-        return Fail(velkori_Result_BufferTooSmall, TooSmallText);
+        return Fail(velkori_Result_BufferTooSmall, "%s", TooSmallText);
     }
     std::copy(text.begin(), text.end(), out_buffer);
     return velkori_Result_Success;
@@ -41,7 +41,7 @@ velkori_Result CopyTexts(std::span<const std::string_view> texts, std::size_t ne
         }
         if (IsBelow(*in_out_bufferSize, neededSize) ||
             (out_starts != nullptr && IsBelow(*in_out_startCount, texts.size()))) {
-            return Fail(velkori_Result_BufferTooSmall, TooSmallText);
+            return Fail(velkori_Result_BufferTooSmall, "%s", TooSmallText);
         }
         char* position = out_buffer;
         for (const std::string_view text : texts) {

@@ -62,7 +62,7 @@ const char* FindFault(const velkori_SkeletonInitParams_& params, bool needsUnsca
 
 velkori_Result ValidateSkeletonInitParams(const velkori_SkeletonInitParams_& params, bool needsUnscaledPose) {
     const char* fault = FindFault(params, needsUnscaledPose);
-    return fault == nullptr ? velkori_Result_Success : Fail(velkori_Result_InvalidValue, fault);
+    return fault == nullptr ? velkori_Result_Success : Fail(velkori_Result_InvalidValue, "%s", fault);
 }
 
 // One mapping of a definition, whose entries start at `firstEntry` of the flat list. A negative count of

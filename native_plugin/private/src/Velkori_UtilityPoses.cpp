@@ -39,13 +39,13 @@ velkori_Result CalculateTPose(const SkeletonData& skeleton, velkori_JointRelativ
             velkori_Result_BufferTooSmall, "Parameter in_out_numJoints is not large enough for Joint Count");
     }
     if (skeleton.IsEmpty()) {
-        return Fail(velkori_Result_InvalidData, EmptySkeletonText);
+        return Fail(velkori_Result_InvalidData, "%s", EmptySkeletonText);
     }
     const PoseData pose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min)
                               .Lerp(skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max), interpolation);
     const std::span<const JointPose> joints = JointPosesOf(pose, space);
     if (std::ssize(joints) != jointCount) {
-        return Fail(velkori_Result_InvalidData, EmptySkeletonText);
+        return Fail(velkori_Result_InvalidData, "%s", EmptySkeletonText);
     }
     *in_out_numJoints = ToVelkoriPoseArrayFromJointPoseVector(joints, out_transforms);
     return velkori_Result_Success;
@@ -325,7 +325,7 @@ velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle handle,
         const PoseData pose =
             ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount, conversion);
         if (!pose.IsInitialized()) {
-            return Fail(velkori_Result_Failure, NotInitializedText);
+            return Fail(velkori_Result_Failure, "%s", NotInitializedText);
         }
         WritePose(pose, jointSpaceType, in_out_transformData);
         return velkori_Result_Success;
@@ -353,7 +353,7 @@ velkori_Result velkori_convertJointPose(velkori_Handle handle, velkori_SkeletonT
         }
         const PoseData pose = ReadPose(skeleton, fromSpaceType, in_out_transformData, jointCount);
         if (!pose.IsInitialized()) {
-            return Fail(velkori_Result_Failure, NotInitializedText);
+            return Fail(velkori_Result_Failure, "%s", NotInitializedText);
         }
         WritePose(pose, toSpaceType, in_out_transformData);
         return velkori_Result_Success;
@@ -385,7 +385,7 @@ velkori_Result velkori_calculatePoseExtents(velkori_Handle handle, velkori_Skele
         }
         const PoseData pose = ReadPose(skeleton, jointSpaceType, in_transformData, jointCount);
         if (!pose.IsInitialized()) {
-            return Fail(velkori_Result_Failure, NotInitializedText);
+            return Fail(velkori_Result_Failure, "%s", NotInitializedText);
         }
         *out_extents = ToRecord(pose.GetExtents());
         return velkori_Result_Success;

@@ -189,6 +189,10 @@ JointPose JointMappingSet::CalculateLocalOffsetToTarget(
     return mapped.Inverted().ApplyWithScale(target);
 }
 
+bool JointMappingSet::IsSameRule(const JointMappingSet& other) const {
+    return type == other.type && entries == other.entries;
+}
+
 SerializedJointMapping JointMappingSet::ToSerializedJointMapping() const {
     SerializedJointMapping mapping = {targetJointIndex, type, behavior, {}};
     for (const JointMappingEntry& entry : entries) {

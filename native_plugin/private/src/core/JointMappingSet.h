@@ -16,6 +16,8 @@ struct JointMappingEntry {
     int jointIndex = -1;
     double rotationWeight = 0.0;
     double positionWeight = 0.0;
+
+    bool operator==(const JointMappingEntry&) const = default;
 };
 
 // How one target joint is driven by one or more joints of a skeleton: the source, or the target itself.
@@ -43,6 +45,9 @@ class JointMappingSet {
     // for a mapping of the target to itself.
     static JointPose CalculateLocalOffsetToTarget(
         const JointMappingSet& minSet, const JointMappingSet& maxSet, float ratio);
+
+    // Whether both sets give the same results on the same poses.
+    bool IsSameRule(const JointMappingSet& other) const;
 
     SerializedJointMapping ToSerializedJointMapping() const;
     JSONValue WriteToJSON(JSONAllocator& allocator, bool writeType) const;

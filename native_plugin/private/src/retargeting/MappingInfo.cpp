@@ -24,15 +24,22 @@ MappingInfo::MappingInfo(const JointMappingSet& min, const JointMappingSet& max,
       minReferencePoses(minReferences),
       maxReferencePoses(maxReferences),
       lastMinPoses(minReferences),
-      lastMaxPoses(maxReferences) {}
+      lastMaxPoses(maxReferences) {
+    const bool sameRule = min.IsSameRule(max);
+    for (int behavior = 0; behavior < RetargetingBehaviorCount; ++behavior) {
+        endsAreAlike[behavior] = sameRule && minReferences[behavior] == maxReferences[behavior];
+    }
+}
 
 JointPose MappingInfo::RetargetFromSourcePose(const PoseData& sourceReferencePose,
     std::span<const JointPose> sourceJointPoses, const JointPose& currentPose, int behavior) {
     JointPose minPose = minMappingSet->CalculateUsingDeltaFromReferencePose(
         sourceJointPoses, &sourceReferencePose, &minReferencePoses[behavior]);
     lastMinPoses[behavior] = minPose;
-    JointPose maxPose = maxMappingSet->CalculateUsingDeltaFromReferencePose(
-        sourceJointPoses, &sourceReferencePose, &maxReferencePoses[behavior]);
+    JointPose maxPose = endsAreAlike[behavior]
+                            ? minPose
+                            : maxMappingSet->CalculateUsingDeltaFromReferencePose(
+                                  sourceJointPoses, &sourceReferencePose, &maxReferencePoses[behavior]);
     lastMaxPoses[behavior] = maxPose;
 
     JointPose offset = localOffsets[behavior];

@@ -38,6 +38,8 @@ struct MappingInfo {
     PerBehavior<JointPose> localOffsets;
     PerBehavior<JointPose> minReferencePoses;
     PerBehavior<JointPose> maxReferencePoses;
+    // Whether both mappings and both references are equal, so that one evaluation does for both.
+    PerBehavior<bool> endsAreAlike = {};
     // The last results of the two mappings.
     PerBehavior<JointPose> lastMinPoses;
     PerBehavior<JointPose> lastMaxPoses;

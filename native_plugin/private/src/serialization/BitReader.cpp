@@ -1,6 +1,6 @@
 #include "serialization/BitReader.h"
 
-#include "serialization/BitWriter.h"
+#include "serialization/IntegerRange.h"
 
 #include <algorithm>
 #include <limits>

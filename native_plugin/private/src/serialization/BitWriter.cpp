@@ -1,5 +1,7 @@
 #include "serialization/BitWriter.h"
 
+#include "serialization/IntegerRange.h"
+
 #include <algorithm>
 #include <limits>
 #include <utility>

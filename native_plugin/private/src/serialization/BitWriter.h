@@ -3,18 +3,12 @@
 #include "serialization/CompressedJointPose.h"
 #include "serialization/CompressedShapePose.h"
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
 namespace Velkori_Utility {
-
-// The bits that an integer from `min` to `max` takes.
-constexpr int getIntegerBits(int min, int max) {
-    return std::bit_width(static_cast<unsigned>(max) - static_cast<unsigned>(min));
-}
 
 // Packs unsigned fields of 0 to 32 bits, most significant bit first, into 32-bit words. What doesn't fit is
 // dropped without a word: who writes computes sizes beforehand and compares. A writer serves one record.
@@ -48,7 +42,7 @@ class BitWriter {
     // Completes the last word with zeros. Comes last: bits that are written after it are joined with those
     // that it has pushed.
     void flush();
-    // In getIntegerBits; a value out of range loses its high bits.
+    // In the bits that the range takes; a value out of range loses its high bits.
     void serializeInteger(int value, int min, int max);
 
     void serializeCompressedQuaternion(const CompressedQuaternionf& q, int bits);

@@ -1,6 +1,7 @@
 #include "serialization/Snapshot.h"
 
 #include "UtilityContextInstance.h"
+#include "serialization/IntegerRange.h"
 #include "serialization/Serialization.h"
 
 #include <utility>

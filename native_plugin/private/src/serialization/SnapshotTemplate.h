@@ -78,11 +78,6 @@ class SnapshotTemplate {
         return std::min(static_cast<int>(std::bit_width(std::max(largest, std::uint64_t{1}))), 32);
     }
 
-  private:
-    BitCalculator bitCalculator;
-    ElementCompressor elementCompressor;
-
-  public:
     // Whether an update has filled `serialized`.
     bool hasData = false;
     // Seconds.
@@ -95,6 +90,10 @@ class SnapshotTemplate {
     // The elements at the stream's precision: the baseline of a later snapshot.
     std::vector<Compressed> compressed;
     std::vector<SerializedElement> serialized;
+
+  private:
+    BitCalculator bitCalculator;
+    ElementCompressor elementCompressor;
 };
 
 } // namespace Velkori_Utility

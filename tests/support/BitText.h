@@ -1,0 +1,36 @@
+#pragma once
+
+#include "serialization/BitWriter.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What a record holds, bit by bit in the order of writing. Blanks only group the bits for the eye.
+
+inline std::string WithoutBlanks(std::string bits) {
+    std::erase(bits, ' ');
+    return bits;
+}
+
+// Ends the writer.
+inline std::string ToBitText(Velkori_Utility::BitWriter& writer) {
+    const int count = writer.getBitsWritten();
+    writer.flush();
+    std::string bits;
+    for (int i = 0; i < count; ++i) {
+        bits += (writer.getWords()[i / 32] >> (31 - i % 32) & 1U) != 0 ? '1' : '0';
+    }
+    return bits;
+}
+
+// The words of a record, the last one filled up with zeros.
+inline std::vector<std::uint32_t> ToWords(const std::string& text) {
+    const std::string bits = WithoutBlanks(text);
+    std::vector<std::uint32_t> words((bits.size() + 31) / 32);
+    for (std::size_t i = 0; i < bits.size(); ++i) {
+        words[i / 32] |= (bits[i] == '1' ? 1U : 0U) << (31 - i % 32);
+    }
+    return words;
+}
