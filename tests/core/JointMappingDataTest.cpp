@@ -283,16 +283,15 @@ TEST(JointMappingData, ValidationReportsEveryIndexThatIsNoJoint) {
     messages.clear();
     EXPECT_FALSE(isValid({{4, Source, Normal, {{3, 1, 1}}}, {-2, Target, Normal, {{4, 1, 1}, {-1, 1, 1}}},
         {-1, Source, Normal, {}}}));
+    const std::string misspelled = " - typically joint name not found in skeleton (spelling error)";
     EXPECT_EQ(messages[LogMsgCategory::Error],
         (Texts{"MAPPING: Invalid Target Joint Index found (out of range): 4",
             "MAPPING ENTRY: Invalid source Joint Index found: 3",
             "MAPPING: Invalid Target Joint Index found (out of range): -2",
             "MAPPING ENTRY: Invalid target Joint Index found: 4",
             "MAPPING: Invalid Target Joint Index found (out of range): -1",
-            "MAPPING: Invalid Target Joint indexes found in mappings - typically joint name not found in "
-            "skeleton (spelling error)",
-            "MAPPING ENTRIES: Invalid Source/Target Joint indexes found in mapping entries - typically joint "
-            "name not found in skeleton (spelling error)"}));
+            "MAPPING: Invalid Target Joint indexes found in mappings" + misspelled,
+            "MAPPING ENTRIES: Invalid Source/Target Joint indexes found in mapping entries" + misspelled}));
 }
 
 TEST(JointMappingData, TheFirstOfSeveralMappingsOfOneJointCounts) {
@@ -312,8 +311,8 @@ TEST(JointMappingData, TheTargetsOwnJointsDriveWhereTheirBehaviorIsNormal) {
     struct Case {
         std::optional<JointMappingBehaviorType> source;
         std::optional<JointMappingBehaviorType> target;
-        JointMappingType driver;
-        bool isTwist;
+        JointMappingType driver = Source;
+        bool isTwist = false;
     };
 
     const Case cases[] = {

@@ -29,7 +29,8 @@ struct TwoTrees {
           source(TestSkeletons::MakeRandomTreeParams(random, 30, 2)),
           target(TestSkeletons::MakeRandomTreeParams(random, 40, 2)) {}
 
-    JointMappingSet MakeSet(const Entries& entries, JointMappingType type = Source, int targetJoint = 0) {
+    JointMappingSet MakeSet(
+        const Entries& entries, JointMappingType type = Source, int targetJoint = 0) const {
         return JointMappingSet(
             {targetJoint, type, velkori_JointMappingBehaviorType_IKDerived, entries}, source, target);
     }
@@ -150,9 +151,9 @@ TEST(JointMappingSet, PositionsAverageByWeightAndWithoutRotationWeightsNothingTu
 
 TEST(JointMappingSet, OrientationsBlendByTheirRawWeights) {
     // Joint i is turned by 40 i degrees.
-    std::vector<JointPose> pose;
+    std::vector<JointPose> pose(30);
     for (int i = 0; i < 30; ++i) {
-        pose.emplace_back(TurnAboutZ(40.0F * static_cast<float>(i)), Vector3f::Zero);
+        pose[i].orientation = TurnAboutZ(40.0F * static_cast<float>(i));
     }
 
     struct Case {
@@ -266,6 +267,16 @@ TEST(JointMappingSet, RestPosesThatArentThereCountAsTheIdentity) {
     EXPECT_EQ(
         offset.position, whole.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root)[5].position);
     EXPECT_EQ(JointMappingSet::CalculateLocalOffsetToTarget(toNothing, toNothing, 0.5F), JointPose::Identity);
+}
+
+TEST(JointMappingSet, TheSameRuleReadsTheSameJointsWithTheSameWeights) {
+    const TwoTrees trees(10);
+    const JointMappingSet set = trees.MakeSet({{1, 1, 1}, {2, 0.5F, 1}});
+    EXPECT_TRUE(set.IsSameRule(trees.MakeSet({{1, 1, 1}, {2, 0.5F, 1}, {3, 0, 0}}, Source, 8)))
+        << "whichever joint it drives, and without what drives nothing";
+    EXPECT_FALSE(set.IsSameRule(trees.MakeSet({{1, 1, 1}, {2, 0.5F, 1}}, Target)));
+    EXPECT_FALSE(set.IsSameRule(trees.MakeSet({{1, 1, 1}, {2, 0.5F, 2}})));
+    EXPECT_FALSE(set.IsSameRule(trees.MakeSet({{2, 0.5F, 1}, {1, 1, 1}}))) << "the second's weight blends";
 }
 
 TEST(JointMappingSet, IsWrittenWithTheNamesOfItsOwnSkeleton) {

@@ -87,6 +87,17 @@ TEST(RestPoseModel, ScaleIsTheMeanGrowthOfTheChildren) {
     }
 }
 
+TEST(RestPoseModel, WithoutSizesTheHipsKeepTheirDistance) {
+    TestSkeletons::Params params = TestSkeletons::MakeBipedParams();
+    params.minTPose.clear();
+    params.maxTPose.clear();
+    const TargetSkeletonData skeleton(params);
+    const PoseData pose(skeleton, Root, params.unscaledTPose, JointPose::Identity);
+    const PoseData back(skeleton, velkori_JointRelativeSpaceType_LocalScaled,
+        pose.GetJointPoses(velkori_JointRelativeSpaceType_LocalScaled), JointPose::Identity);
+    ExpectNear(back.GetJointPoses(Root), params.unscaledTPose, 1e-4F);
+}
+
 TEST(RestPoseModel, LocalSpaceUndoesRootSpaceOnAnyTree) {
     std::mt19937 random(9);
     for (const int jointCount : {1, 2, 30, 500}) {

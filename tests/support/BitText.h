@@ -7,9 +7,11 @@
 #include <string>
 #include <vector>
 
-// What a record holds, bit by bit in the order of writing. Blanks only group the bits for the eye.
+// What a record holds, bit by bit in the order of writing.
 
-inline std::string WithoutBlanks(std::string bits) {
+// Blanks group the bits for the eye only.
+inline std::string operator""_bits(const char* text, std::size_t length) {
+    std::string bits(text, length);
     std::erase(bits, ' ');
     return bits;
 }
@@ -26,8 +28,8 @@ inline std::string ToBitText(Velkori_Utility::BitWriter& writer) {
 }
 
 // The words of a record, the last one filled up with zeros.
-inline std::vector<std::uint32_t> ToWords(const std::string& text) {
-    const std::string bits = WithoutBlanks(text);
+inline std::vector<std::uint32_t> ToWords(std::string bits) {
+    std::erase(bits, ' ');
     std::vector<std::uint32_t> words((bits.size() + 31) / 32);
     for (std::size_t i = 0; i < bits.size(); ++i) {
         words[i / 32] |= (bits[i] == '1' ? 1U : 0U) << (31 - i % 32);

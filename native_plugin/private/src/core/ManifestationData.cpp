@@ -6,6 +6,7 @@
 #include "core/SkeletonData.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace Velkori_Utility {
 
@@ -168,9 +169,9 @@ void Manifestation::ConvertToRootSpaceFromLocalSpaceManifestationPose_Internal(
 
 void Manifestation::ConvertToLocalSpaceFromRootSpaceManifestationPose_Internal(
     std::vector<JointPose>& pose) const {
-    for (auto joint = hierarchicalOrder.rbegin(); joint != hierarchicalOrder.rend(); ++joint) {
-        if (const int* parent = jointToManifestationIndex.Find(skeleton->GetParentJointIndex(*joint))) {
-            JointPose& own = pose[*jointToManifestationIndex.Find(*joint)];
+    for (const int joint : std::views::reverse(hierarchicalOrder)) {
+        if (const int* parent = jointToManifestationIndex.Find(skeleton->GetParentJointIndex(joint))) {
+            JointPose& own = pose[*jointToManifestationIndex.Find(joint)];
             own = ExpressInParent(pose[*parent], own);
         }
     }

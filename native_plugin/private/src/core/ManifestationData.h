@@ -19,9 +19,9 @@ class SkeletonData;
 // A manifestation pose has one element per entry of GetJointIndices, in that order.
 class Manifestation {
   public:
-    // `jointIndices` may hold -1 for a name that wasn't found.
-    Manifestation(const SkeletonData& skeleton, const std::vector<int>& jointIndices,
-        const FastRangedIntegralMap<int, int>& jointToManifestationIndex);
+    // `joints` may hold -1 for a name that wasn't found.
+    Manifestation(const SkeletonData& owner, const std::vector<int>& joints,
+        const FastRangedIntegralMap<int, int>& jointToIndex);
 
     static std::vector<int> GenerateHierarchicalOrderArray(
         const SkeletonData& skeleton, const FastRangedIntegralMap<int, int>& jointToManifestationIndex);

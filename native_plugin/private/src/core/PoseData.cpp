@@ -41,8 +41,10 @@ PoseData::PoseData(const SkeletonData& owner, velkori_JointRelativeSpaceType spa
 }
 
 PoseData& PoseData::operator=(const PoseData& other) {
-    skeleton = other.skeleton;
-    Initialize(other);
+    if (this != &other) {
+        skeleton = other.skeleton;
+        Initialize(other);
+    }
     return *this;
 }
 

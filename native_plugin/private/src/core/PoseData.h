@@ -23,9 +23,9 @@ class SkeletonData;
 class PoseData {
   public:
     // A pose that holds nothing.
-    explicit PoseData(const SkeletonData& skeleton);
+    explicit PoseData(const SkeletonData& owner);
     PoseData(const PoseData& other);
-    PoseData(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,
+    PoseData(const SkeletonData& owner, velkori_JointRelativeSpaceType space,
         std::span<const JointPose> joints, const JointPose& conversion);
     PoseData& operator=(const PoseData& other);
 

@@ -58,14 +58,6 @@ void PoseData::InitializeAndApplyRootMotionBehavior(
         Initialize(pose);
         return;
     }
-    // Behaviour 2 rests on the local list that an earlier use of this object left. Where none did, the pose
-    // itself supplies it.
-    std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
-    const bool usesLocalList = behavior == velkori_RetargetingRootMotionBehavior_RootFromReference;
-    if (usesLocalList && std::ssize(localSpacePose) != GetJointCount()) {
-        localSpacePose = pose.GetJointPoses(LocalSpace);
-    }
-
     const velkori_CoordinateSpace_& space = UtilityContext::GetCoordinateSpace();
     const Vector3f up(space.up);
     const std::vector<JointPose>& referencePose = reference.GetJointPoses(RootSpace);
@@ -81,9 +73,16 @@ void PoseData::InitializeAndApplyRootMotionBehavior(
                            referencePose[root].orientation;
     validFlags = RootSpaceFlag;
 
-    if (usesLocalList) {
-        localSpacePose[root] = referencePose[root];
-        rootSpacePose = localSpacePose;
+    if (behavior == velkori_RetargetingRootMotionBehavior_RootFromReference) {
+        // This behaviour rests on the local list that an earlier use of this object left. Where none did, the
+        // pose's own is used, each time: an object that never had a list follows its frames.
+        std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
+        const bool hasLocalList = std::ssize(localSpacePose) == GetJointCount();
+        if (hasLocalList) {
+            localSpacePose[root] = referencePose[root];
+        }
+        rootSpacePose = hasLocalList ? localSpacePose : pose.GetJointPoses(LocalSpace);
+        rootSpacePose[root] = referencePose[root];
         skeleton->ConvertLocalSpaceToRootSpacePose(rootSpacePose, true);
     }
 }

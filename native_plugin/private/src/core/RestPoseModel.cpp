@@ -6,6 +6,9 @@
 #include "core/JointComposition.h"
 #include "core/SkeletonData.h"
 
+#include <algorithm>
+#include <ranges>
+
 namespace Velkori_Utility {
 
 namespace {
@@ -71,7 +74,8 @@ Vector3f SkeletonData::CalculateExtentRangeInTPose(std::span<const float> ratios
     std::span<const float> jointLengths, std::span<const Vector3f> minMask,
     std::span<const Vector3f> maxMask) const {
     Vector3f range;
-    for (std::size_t i = 0; i < std::min(ratios.size(), minMask.size()); ++i) {
+    const std::size_t count = std::min({ratios.size(), jointLengths.size(), minMask.size(), maxMask.size()});
+    for (std::size_t i = 0; i < count; ++i) {
         range += ExtentOfBone(jointLengths[i], ratios[i], minMask[i], maxMask[i]);
     }
     return range;
@@ -181,7 +185,9 @@ Vector3f SourceSkeletonData::GetRootSpaceTPoseJointPositionFromRatio(const Vecto
 float SkeletonData::MeasureScaledBone(
     int joint, int child, std::span<const float> jointLengths, const Vector3f& extentRange) const {
     const int hips = isFullyConstructed ? GetJointIndex(velkori_KnownJointType_Hips) : -1;
-    if (child != hips) {
+    const bool hasSizes = GetTPoseData(velkori_SkeletonTPoseType_Min).IsInitialized() &&
+                          GetTPoseData(velkori_SkeletonTPoseType_Max).IsInitialized();
+    if (child != hips || !hasSizes) {
         return jointLengths[child];
     }
     // The hips carry the body: how far they lie from their parent follows the extents.
@@ -226,10 +232,10 @@ void SkeletonData::ConvertRootSpaceToLocalSpacePose(std::vector<JointPose>& pose
     if (std::ssize(pose) != jointCount) {
         return;
     }
-    for (auto joint = hierarchicalUpdateOrder.rbegin(); joint != hierarchicalUpdateOrder.rend(); ++joint) {
-        const int parent = parentIndices[*joint];
+    for (const int joint : std::views::reverse(hierarchicalUpdateOrder)) {
+        const int parent = parentIndices[joint];
         if (parent != -1) {
-            pose[*joint] = ExpressInParent(pose[parent], pose[*joint]);
+            pose[joint] = ExpressInParent(pose[parent], pose[joint]);
         }
     }
 }
