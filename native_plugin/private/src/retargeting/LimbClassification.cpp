@@ -2,7 +2,6 @@
 
 #include "core/SkeletonData.h"
 
-#include <utility>
 
 namespace Velkori_Utility::AutoMapping {
 
@@ -42,7 +41,7 @@ class LimbClaims {
                 Assign(joint, HumanoidLimb_Invalid);
             }
         }
-        return std::move(limbToJoints);
+        return limbToJoints;
     }
 
   private:
