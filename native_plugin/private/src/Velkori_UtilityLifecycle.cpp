@@ -6,6 +6,7 @@
 #include "shared/RapidJSONHelpers.h"
 
 #include <cstring>
+#include <limits>
 
 using namespace Velkori_Utility;
 
@@ -144,6 +145,9 @@ velkori_Result velkori_writeConfigDataToJSON(velkori_Handle handle,
                                                     : UtilityContext::GetCoordinateSpace();
         const std::string& text = instance.config.WriteToJSONString(space, false);
         const auto size = static_cast<int64_t>(text.size()) + 1;
+        if (size > std::numeric_limits<int32_t>::max()) {
+            return Fail(velkori_Result_BufferTooSmall, "The document is too large for any buffer");
+        }
         if (out_buffer != nullptr) {
             if (*in_out_bufferSize < size) {
                 return Fail(velkori_Result_BufferTooSmall,

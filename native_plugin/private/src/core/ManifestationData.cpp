@@ -6,7 +6,6 @@
 #include "core/SkeletonData.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace Velkori_Utility {
 
@@ -169,7 +168,8 @@ void Manifestation::ConvertToRootSpaceFromLocalSpaceManifestationPose_Internal(
 
 void Manifestation::ConvertToLocalSpaceFromRootSpaceManifestationPose_Internal(
     std::vector<JointPose>& pose) const {
-    for (const int joint : std::views::reverse(hierarchicalOrder)) {
+    for (std::size_t i = hierarchicalOrder.size(); i-- > 0;) {
+        const int joint = hierarchicalOrder[i];
         if (const int* parent = jointToManifestationIndex.Find(skeleton->GetParentJointIndex(joint))) {
             JointPose& own = pose[*jointToManifestationIndex.Find(joint)];
             own = ExpressInParent(pose[*parent], own);

@@ -7,7 +7,6 @@
 #include "core/SkeletonData.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace Velkori_Utility {
 
@@ -232,7 +231,8 @@ void SkeletonData::ConvertRootSpaceToLocalSpacePose(std::vector<JointPose>& pose
     if (std::ssize(pose) != jointCount) {
         return;
     }
-    for (const int joint : std::views::reverse(hierarchicalUpdateOrder)) {
+    for (std::size_t i = hierarchicalUpdateOrder.size(); i-- > 0;) {
+        const int joint = hierarchicalUpdateOrder[i];
         const int parent = parentIndices[joint];
         if (parent != -1) {
             pose[joint] = ExpressInParent(pose[parent], pose[joint]);

@@ -1,11 +1,13 @@
 #include "core/SerializedJointMapping.h"
 
+#include <cstdint>
+
 namespace Velkori_Utility {
 
 std::vector<SerializedJointMapping> ConvertVelkoriMappingDefinitionToSerializedMapping(
     const velkori_JointMappingDefinition_& definition) {
     std::vector<SerializedJointMapping> mappings;
-    const velkori_JointMappingEntry_* nextEntry = definition.mappingEntries;
+    std::int64_t position = 0;
     for (int i = 0; i < definition.mappingCount; ++i) {
         const velkori_JointMapping_& head = definition.mappings[i];
         SerializedJointMapping& mapping = mappings.emplace_back();
@@ -14,9 +16,10 @@ std::vector<SerializedJointMapping> ConvertVelkoriMappingDefinitionToSerializedM
                                                                 : velkori_SkeletonType_Target;
         mapping.behavior = head.behavior;
         if (head.entryCount > 0) {
-            mapping.entries.assign(nextEntry, nextEntry + head.entryCount);
+            const velkori_JointMappingEntry_* first = definition.mappingEntries + position;
+            mapping.entries.assign(first, first + head.entryCount);
         }
-        nextEntry += head.entryCount;
+        position += head.entryCount;
     }
     return mappings;
 }

@@ -17,8 +17,10 @@ bool IsBooleanType(rapidjson::Type type) {
 }
 
 // A key may come from a document and is not NUL-terminated: it is printed with "%.*s", this being the width.
+// A hostile key of any length must not be repeated whole in thousands of lines.
 int PrintedLength(std::string_view text) {
-    return static_cast<int>(text.size());
+    constexpr std::size_t MaxPrintedLength = 1024;
+    return static_cast<int>(std::min(text.size(), MaxPrintedLength));
 }
 
 bool IsUsableKey(std::string_view key, rapidjson::Type expectedType) {
