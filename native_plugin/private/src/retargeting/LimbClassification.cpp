@@ -2,7 +2,6 @@
 
 #include "core/SkeletonData.h"
 
-
 namespace Velkori_Utility::AutoMapping {
 
 namespace {
