@@ -198,6 +198,7 @@ TEST(Retargeting, AFrameRestsOnNothingButItself) {
     const MovingBody body(config.Get(), 0.3F);
     SetReference(config.Get(), body.Rest());
     std::vector<Transforms> inOrder;
+    inOrder.reserve(20);
     for (int frame = 0; frame < 20; ++frame) {
         inOrder.push_back(Retarget(
             config.Get(), body.Frame(static_cast<float>(frame) * 0.1F), Info(frame % 4, frame % 3 == 0, 0)));
