@@ -21,7 +21,7 @@ TargetSkeletonData MakeChain() {
 }
 
 // A configuration over two such chains with the given mappings at both ends of the size range.
-UtilityConfigInitializationParams ChainConfig(std::vector<SerializedJointMapping> mappings) {
+UtilityConfigInitializationParams ChainConfig(const std::vector<SerializedJointMapping>& mappings) {
     const TestSkeletons::Params chain = TestSkeletons::MakeParams(
         {{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}, {"d", 0, {1, 1, 0}}}, {0, 1, 2, 3});
     const CoordinateSpace space(VELKORI_DEFAULT_COORDINATE_SPACE);

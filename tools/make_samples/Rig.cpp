@@ -51,6 +51,7 @@ float SizeOf(const BodySize& size, BodyPart part) {
 
 std::vector<const char*> Pointers(const auto& texts) {
     std::vector<const char*> pointers;
+    pointers.reserve(texts.size());
     for (const std::string& text : texts) {
         pointers.push_back(text.c_str());
     }
