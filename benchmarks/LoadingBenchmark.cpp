@@ -11,6 +11,7 @@ namespace {
 
 std::string MakeDocument(int jointCount) {
     std::vector<std::string> names;
+    names.reserve(jointCount);
     for (int i = 0; i < jointCount; ++i) {
         names.push_back("joint_with_a_usual_name_" + std::to_string(i));
     }
@@ -46,7 +47,7 @@ std::string MakeDocument(int jointCount) {
 
 void LoadDocument(benchmark::State& state) {
     const std::string document = MakeDocument(static_cast<int>(state.range(0)));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         velkori_Handle handle = 0;
         velkori_createOrUpdateHandle(document.c_str(), &handle);
         velkori_destroy(handle);

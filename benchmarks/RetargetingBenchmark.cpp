@@ -32,6 +32,7 @@ velkori_Handle LoadFullSample() {
 // Two equal chains of joints, each driven by its counterpart.
 velkori_Handle MakeChain(int jointCount) {
     std::vector<std::string> names;
+    names.reserve(jointCount);
     std::vector<const char*> namePointers;
     std::vector<const char*> parents;
     Transforms pose;
@@ -44,8 +45,9 @@ velkori_Handle MakeChain(int jointCount) {
         namePointers.push_back(names[i].c_str());
         // Limbs of ten joints each.
         parents.push_back(i == 0 ? nullptr : names[i % 10 == 0 ? 0 : i - 1].c_str());
+        const int limb = i / 10;
         pose.push_back({{0, 0, 0, 1},
-            {0.1F * static_cast<float>(i % 10), 1, 0.05F * static_cast<float>(i / 10)}, {1, 1, 1}});
+            {0.1F * static_cast<float>(i % 10), 1, 0.05F * static_cast<float>(limb)}, {1, 1, 1}});
         mappings.push_back({i, velkori_SkeletonType_Source, velkori_JointMappingBehaviorType_Normal, 1});
         entries.push_back({i, 1, 1});
     }
@@ -102,7 +104,7 @@ void RunFloor(benchmark::State& state, velkori_Handle handle) {
     velkori_getParentJointIndexes(handle, velkori_SkeletonType_Target, parents.data(), &count);
     const std::vector<JointPose> localPose(local.begin(), local.end());
     std::vector<JointPose> rootPose(local.size());
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (std::size_t i = 0; i < localPose.size(); ++i) {
             rootPose[i] =
                 parents[i] == -1 ? localPose[i] : rootPose[parents[i]].ApplyWithoutScale(localPose[i]);
@@ -125,7 +127,7 @@ void RunFrames(benchmark::State& state, velkori_Handle handle, int behavior, boo
         velkori_RetargetingRootMotionBehavior_RootFromHips,
         static_cast<velkori_RetargetingBehaviorFlags>(fixup ? 1 : 0)};
     std::size_t frame = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Transforms& source = frames[frame++ % frames.size()];
         auto count = static_cast<int32_t>(result.size());
         velkori_retargetFromSourceFrameData(handle, info, source.data(), static_cast<int32_t>(source.size()),
