@@ -94,7 +94,9 @@ TEST(JointMappingSet, WeightsAreScaledByTheReciprocalOfTheirSum) {
         {{{0, 1, 3}, {1, 0, 1}}, 1, 0.25F},
         {{{0, 0, 0.5F}, {1, 0, 1.5F}}, 0, 0.5F},
         {{{0, 2, -3}, {1, 2, 1}}, 0.25F, 0},
-        {{{0, Infinity, 1}}, 0, 1},
+        // An infinite weight is the largest number, and one that isn't a number is none.
+        {{{0, Infinity, 1}}, 1 / std::numeric_limits<float>::max(), 1},
+        {{{0, std::numeric_limits<float>::quiet_NaN(), 1}}, 0, 1},
         {{}, 0, 0},
     };
     TwoTrees trees(2);

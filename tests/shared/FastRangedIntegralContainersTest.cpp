@@ -1,9 +1,14 @@
 #include "shared/FastRangedIntegralContainers.h"
 
+#include "support/AllocationCount.h"
+
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
+#include <new>
 #include <random>
+#include <stdexcept>
 #include <string>
 
 using namespace Velkori_Utility;
@@ -16,9 +21,18 @@ using TextMap = FastRangedIntegralMap<int, std::string>;
 constexpr int Lowest = std::numeric_limits<int>::min();
 constexpr int Highest = std::numeric_limits<int>::max();
 
-IntSet SetOver(int min, int max) {
-    return IntSet(min, max, IntSet::EmptyInitialValues);
-}
+static_assert(std::forward_iterator<IntSet::const_iterator>);
+static_assert(std::forward_iterator<TextMap::const_iterator>);
+static_assert(std::forward_iterator<FastRangedIntegralMap<int, const std::string&>::const_iterator>);
+static_assert(!std::is_copy_assignable_v<FastRangedIntegralMap<int, const std::string&>>);
+static_assert(!std::is_copy_assignable_v<FastRangedIntegralMap<int, const std::string>>);
+
+// Tells how many words its membership takes.
+struct WordCountingSet : IntSet {
+    using IntSet::IntSet;
+
+    std::size_t CountWords() const { return presentBits.size(); }
+};
 
 // The same container, told in the plainest way.
 struct Model {
@@ -49,24 +63,28 @@ TEST(FastRangedIntegralSet, HoldsItsRangeWithBothEndsAndNothingElse) {
     struct Case {
         int min;
         int max;
+        std::size_t wordCount;
     };
 
-    for (const auto& [min, max] :
-        {Case{0, 31}, Case{-5, 5}, Case{7, 7}, Case{Lowest, Lowest + 40}, Case{Highest - 40, Highest}}) {
-        IntSet set = SetOver(max, min);
+    for (const auto& [min, max, wordCount] : {Case{0, 30, 1}, Case{0, 31, 2}, Case{-5, 5, 1}, Case{7, 7, 1},
+             Case{Lowest, Lowest + 63, 3}, Case{Highest - 40, Highest, 2}}) {
+        WordCountingSet set(min, max, IntSet::EmptyInitialValues);
+        EXPECT_EQ(set.CountWords(), wordCount);
+        set.initialize(max, min);
         EXPECT_EQ(set.GetMinKey(), min);
         EXPECT_EQ(set.begin(), set.end());
         EXPECT_FALSE(set.erase(min));
-        for (const int key : {min, max, Lowest, Highest, 0}) {
+        for (const int key : {min, max, Lowest, Highest, 0, 6, 31}) {
+            const bool isInRange = key >= min && key <= max;
             set.insertInternal(key);
-            EXPECT_EQ(set.contains(key), key >= min && key <= max) << key << " in " << min << " to " << max;
-            EXPECT_EQ(set.erase(key), key >= min && key <= max);
+            EXPECT_EQ(set.contains(key), isInRange) << key << " in " << min << " to " << max;
+            EXPECT_EQ(set.erase(key), isInRange);
         }
     }
     IntSet uninitialised;
+    uninitialised.Clear();
     uninitialised.insertInternal(0);
     EXPECT_FALSE(uninitialised.contains(0));
-    uninitialised.Clear();
     EXPECT_FALSE(uninitialised.erase(0));
 }
 
@@ -77,38 +95,48 @@ TEST(FastRangedIntegralSet, InitialValuesWidenTheRange) {
     const IntSet widened(0, 7, {9, 3});
     EXPECT_EQ(widened.GetMinKey(), 0);
     EXPECT_EQ(widened.GetMaxKey(), 9);
+    EXPECT_EQ(IntSet(0, 12, {9, 3}).GetMaxKey(), 12);
     const IntSet combined = IntSet::Combine(widened, IntSet(0, 0, {-4, 3}));
     EXPECT_EQ(combined.ToKeyVector(), (std::vector<int>{9, 3, -4}));
-    EXPECT_EQ(IntSet::Combine(IntSet::EmptySet, IntSet::EmptySet).Size(), 0U);
+    EXPECT_EQ(IntSet::Combine(IntSet::EmptySet, widened).ToKeyVector(), (std::vector<int>{9, 3}));
+    EXPECT_TRUE(IntSet::Combine(IntSet::EmptySet, IntSet::EmptySet).IsEmpty());
 }
 
 TEST(FastRangedIntegralSet, AKeyThatComesBackKeepsItsPlace) {
-    IntSet set = SetOver(0, 5);
-    set.insertInternal(3);
-    set.insertInternal(1);
+    IntSet set(0, 5, {3, 1});
     set.erase(3);
-    EXPECT_EQ(set.ToKeyVector(), std::vector<int>{1});
+    EXPECT_EQ(std::vector<int>(set.begin(), set.end()), std::vector<int>{1});
     set.insertInternal(3);
-    EXPECT_EQ(set.ToKeyVector(), (std::vector<int>{3, 1}));
+    EXPECT_EQ(std::vector<int>(set.begin(), set.end()), (std::vector<int>{3, 1}));
     set.Clear();
     set.insertInternal(1);
     set.insertInternal(3);
     EXPECT_EQ(set.ToKeyVector(), (std::vector<int>{1, 3})) << "clearing forgets the places";
 }
 
-TEST(FastRangedIntegralMap, BehavesLikeAListAndAHashMap) {
+TEST(FastRangedIntegralMap, BehavesLikeAListAndAHashMapThatIgnoreKeysOutOfRange) {
     std::mt19937 random(7);
     for (const int min : {0, -70, Lowest, Highest - 99}) {
         FastRangedIntegralMap<int, int> map;
+        map.insert(min, 0);
+        EXPECT_EQ(map.Find(min), nullptr) << "nothing is kept before there is a range";
         map.initialize(min, min + 99);
         Model model;
         for (int step = 0; step < 5000; ++step) {
-            const int key = min + static_cast<int>(random() % 100);
+            if (step % 1500 == 1499) {
+                map.Clear();
+                model = {};
+                EXPECT_EQ(map.GetOrphanCount(), 0U);
+            }
+            // At the ends of the integers, keys beyond the range come round at the other end.
+            const int key = static_cast<int>(static_cast<unsigned>(min) + random() % 140U - 20U);
             if (random() % 3 == 0) {
                 EXPECT_EQ(map.erase(key), model.values.erase(key) == 1);
             } else {
                 map.insert(key, step);
-                model.Insert(key, step);
+                if (key >= min && key <= min + 99) {
+                    model.Insert(key, step);
+                }
             }
             ASSERT_EQ(map.Size(), model.values.size());
             ASSERT_EQ(map.contains(key), model.values.contains(key));
@@ -122,47 +150,87 @@ TEST(FastRangedIntegralMap, BehavesLikeAListAndAHashMap) {
 TEST(FastRangedIntegralMap, DeadPairsAreDroppedAtTheThirtyThird) {
     TextMap map(0, 3, TextMap::EmptyInitialValues);
     map.insert(2, "other");
+    map.insert(3, "erased");
     map.insert(1, "0");
-
-    for (int i = 1; i <= 32; ++i) {
+    map.erase(3);
+    for (int i = 1; i <= 31; ++i) {
         map.insert(1, std::to_string(i));
     }
-    EXPECT_EQ(map.GetOrphanCount(), 32U);
+    EXPECT_EQ(map.GetOrphanCount(), 32U) << "erased and replaced ones count";
     map.insert(1, *map.Find(1));
     EXPECT_EQ(map.GetOrphanCount(), 32U) << "a key's own value changes nothing";
-    map.insert(1, "33");
+    map.insert(1, "32");
     EXPECT_EQ(map.GetOrphanCount(), 0U);
-    EXPECT_EQ(map.ToValueVector(), (std::vector<std::string>{"other", "33"}));
+    EXPECT_EQ(map.ToValueVector(), (std::vector<std::string>{"other", "32"}));
+    EXPECT_EQ(map[1].second, "32");
+    for (const int missing : {3, 4, -1, Lowest, Highest}) {
+        EXPECT_EQ(map.Find(missing), nullptr);
+        EXPECT_THROW(map[missing], std::out_of_range);
+    }
 }
 
-TEST(FastRangedIntegralMap, IgnoresKeysOutOfRange) {
-    TextMap map(0, 3, TextMap::EmptyInitialValues);
-    map.insert(4, "beyond");
-    map.insert(-1, "below");
-    EXPECT_TRUE(map.IsEmpty());
-    EXPECT_EQ(map.Find(4), nullptr);
-    TextMap uninitialised;
-    uninitialised.insert(0, "nowhere");
-    EXPECT_EQ(uninitialised.Find(0), nullptr);
+TEST(FastRangedIntegralMap, StaysAsItWasWhenDroppingDeadPairsFails) {
+    static bool canCopy = true;
+
+    struct Text : std::string {
+        using std::string::string;
+
+        Text(const Text& other) : std::string(canCopy || other != "last" ? other : throw std::bad_alloc()) {}
+    };
+
+    FastRangedIntegralMap<int, Text> map;
+    map.initialize(0, 1);
+    for (const auto& [key, text] : {std::pair(0, "replaced"), std::pair(1, "last"), std::pair(0, "first")}) {
+        map.insert(key, text);
+    }
+    canCopy = false;
+    EXPECT_THROW(map.cleanOrphanedValues(), std::bad_alloc);
+    EXPECT_EQ(*map.Find(0), "first");
+    EXPECT_EQ(*map.Find(1), "last");
 }
 
 TEST(FastRangedIntegralMap, HoldsReferencesAndConstants) {
-    struct Immovable {
+    struct Unassignable {
         const int number;
     };
 
-    const Immovable one = {1};
-    FastRangedIntegralMap<int, const Immovable&> references;
-    references.initialize(0, 2);
-    references.insert(1, one);
-    EXPECT_EQ(references.Find(1), &one);
-    FastRangedIntegralMap<int, const Immovable> constants;
+    using References = FastRangedIntegralMap<int, const Unassignable&>;
+    const Unassignable one = {1};
+    const Unassignable two = {2};
+    const References references(0, 0, {{4, std::cref(one)}, {8, std::cref(two)}});
+    EXPECT_EQ(references.GetMinKey(), 4) << "bounds that span nothing don't count";
+    EXPECT_EQ(references.GetMaxKey(), 8);
+    EXPECT_EQ(references.Find(4), &one);
+    for (const auto& [key, value] : references) {
+        EXPECT_EQ(&value, key == 4 ? &one : &two);
+    }
+    FastRangedIntegralMap<int, const Unassignable> constants;
     constants.initialize(0, 2);
     for (int i = 0; i < 40; ++i) {
-        constants.insert(1, Immovable{i});
+        constants.insert(1, Unassignable{i});
     }
     EXPECT_EQ(constants.Find(1)->number, 39);
-    const TextMap fromHashMap(0, 0, {{4, "four"}, {8, "eight"}});
-    EXPECT_EQ(fromHashMap.GetMinKey(), 4);
-    EXPECT_EQ(fromHashMap[8].second, "eight");
+}
+
+TEST(FastRangedIntegralMap, FillingAgainAllocatesNothing) {
+    FastRangedIntegralMap<int, int> map;
+    const auto fill = [&] {
+        map.initialize(0, 499);
+        for (int key = 0; key < 500; ++key) {
+            map.insert(key, key);
+        }
+    };
+    fill();
+    EXPECT_EQ(CountAllocations(fill), 0U);
+}
+
+TEST(FastRangedIntegralSet, RoomFor256KeysIsThereFromTheStart) {
+    IntSet set(0, 299, IntSet::EmptyInitialValues);
+    const AllocationCount allocations;
+    for (int key = 0; key < 256; ++key) {
+        set.insertInternal(key);
+    }
+    EXPECT_EQ(allocations.Get(), 0U);
+    set.insertInternal(256);
+    EXPECT_EQ(allocations.Get(), 1U);
 }

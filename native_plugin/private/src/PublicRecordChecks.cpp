@@ -75,10 +75,6 @@ velkori_Result ValidateJointMapping(const velkori_JointMappingDefinition_& defin
             "Mapping data at index %d has an invalid target joint index of %d. Target Joint Count is %d",
             mappingIndex, mapping.jointIndex, targetJointCount);
     }
-    if (mapping.behavior < 0 || mapping.behavior >= std::ssize(JointMappingBehaviorTypeStrings)) {
-        return Fail(velkori_Result_InvalidValue, "Mapping data at index %d has an invalid behavior of %d",
-            mappingIndex, mapping.behavior);
-    }
     const int entryJointCount =
         mapping.type == velkori_SkeletonType_Source ? sourceJointCount : targetJointCount;
     for (int i = 0; i < mapping.entryCount; ++i) {
@@ -96,6 +92,17 @@ velkori_Result ValidateJointMapping(const velkori_JointMappingDefinition_& defin
                 " "
                 "source/target Joint count is %d",
                 i, mappingIndex, joint, entryJointCount);
+        }
+    }
+    return velkori_Result_Success;
+}
+
+velkori_Result ValidateBehaviors(const velkori_JointMappingDefinition_& definition) {
+    for (int i = 0; i < definition.mappingCount; ++i) {
+        const int behavior = definition.mappings[i].behavior;
+        if (behavior < 0 || behavior >= std::ssize(JointMappingBehaviorTypeStrings)) {
+            return Fail(velkori_Result_InvalidValue, "Mapping data at index %d has an invalid behavior of %d",
+                i, behavior);
         }
     }
     return velkori_Result_Success;
@@ -141,7 +148,7 @@ velkori_Result ValidateJointMappingDefinition(
         }
         entryPosition += definition.mappings[i].entryCount;
     }
-    return entryPosition == definition.mappingEntryCount ? velkori_Result_Success
+    return entryPosition == definition.mappingEntryCount ? ValidateBehaviors(definition)
                                                          : FailWithFewerExpected(definition, entryPosition);
 }
 

@@ -223,25 +223,32 @@ std::vector<SerializedJointMapping> JointMappingData::CreateFromJSON(LogMsgMap& 
     return parser.Finish();
 }
 
+// Joints that the source drives come first, as they do when the document is read: the order is stable.
 JSONValue JointMappingData::WriteToJSON(JSONAllocator& allocator) const {
     JSONValue object(rapidjson::kObjectType);
+    const auto write = [&](int joint, JSONValue&& mapping) {
+        object.AddMember(
+            RapidJSONHelpers::MakeString(targetSkeleton->GetJointName(joint), allocator), mapping, allocator);
+    };
     for (const int joint : mappedTargetJoints) {
         const JointMappingSet* source = SetWithEntries(sourceMappings, joint);
         const JointMappingSet* target = SetWithEntries(targetMappings, joint);
-        if (source == nullptr && target == nullptr) {
-            continue;
-        }
-        JSONValue mapping(rapidjson::kObjectType);
         if (source != nullptr && target != nullptr) {
-            mapping.AddMember(
+            JSONValue both(rapidjson::kObjectType);
+            both.AddMember(
                 rapidjson::StringRef(JSONKeywords::Source), source->WriteToJSON(allocator, false), allocator);
-            mapping.AddMember(
+            both.AddMember(
                 rapidjson::StringRef(JSONKeywords::Target), target->WriteToJSON(allocator, false), allocator);
-        } else {
-            mapping = (source != nullptr ? source : target)->WriteToJSON(allocator, true);
+            write(joint, std::move(both));
+        } else if (source != nullptr) {
+            write(joint, source->WriteToJSON(allocator, true));
         }
-        object.AddMember(
-            RapidJSONHelpers::MakeString(targetSkeleton->GetJointName(joint), allocator), mapping, allocator);
+    }
+    for (const int joint : mappedTargetJoints) {
+        const JointMappingSet* target = SetWithEntries(targetMappings, joint);
+        if (target != nullptr && SetWithEntries(sourceMappings, joint) == nullptr) {
+            write(joint, target->WriteToJSON(allocator, true));
+        }
     }
     return object;
 }

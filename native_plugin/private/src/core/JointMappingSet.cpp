@@ -4,6 +4,8 @@
 #include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace Velkori_Utility {
 
@@ -13,6 +15,12 @@ constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 
 float ReciprocalOrZero(float sum) {
     return sum > 0.0F ? 1.0F / sum : 0.0F;
+}
+
+// Weights come from documents and hosts: no NaN or infinity may reach a pose.
+float ToFiniteWeight(float weight) {
+    constexpr float Largest = std::numeric_limits<float>::max();
+    return std::isnan(weight) ? 0.0F : std::clamp(weight, -Largest, Largest);
 }
 
 bool IsJointOf(const SkeletonData& skeleton, int joint) {
@@ -75,16 +83,21 @@ JointMappingSet::JointMappingSet(
       targetSkeleton(&target),
       type(mapping.type),
       behavior(mapping.behavior),
-      targetJointIndex(mapping.targetJointIndex),
-      mappedJoints(0, GetEntrySkeleton().GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues) {
+      targetJointIndex(mapping.targetJointIndex) {
     entries.reserve(mapping.entries.size());
+    std::vector<int> joints;
+    joints.reserve(mapping.entries.size());
     for (const velkori_JointMappingEntry_& entry : mapping.entries) {
-        const bool hasWeight = entry.rotationWeight > 0.0F || entry.positionWeight > 0.0F;
+        const float rotationWeight = ToFiniteWeight(entry.rotationWeight);
+        const float positionWeight = ToFiniteWeight(entry.positionWeight);
+        const bool hasWeight = rotationWeight > 0.0F || positionWeight > 0.0F;
         if (hasWeight && IsJointOf(GetEntrySkeleton(), entry.jointIndex)) {
-            entries.push_back({entry.jointIndex, entry.rotationWeight, entry.positionWeight});
-            mappedJoints.insertInternal(entry.jointIndex);
+            entries.push_back({entry.jointIndex, rotationWeight, positionWeight});
+            joints.push_back(entry.jointIndex);
         }
     }
+    // Its range spans these joints alone: sets over the whole skeleton would grow with its square.
+    mappedJoints = FastRangedIntegralSet<int>(0, 0, joints);
     InitializeMappingWeights();
 }
 

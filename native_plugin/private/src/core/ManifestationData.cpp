@@ -31,6 +31,15 @@ FastRangedIntegralSet<int> FindExcludedJoints(const SkeletonData& skeleton, cons
     return excluded;
 }
 
+FastRangedIntegralMap<int, int> IndexByJoint(const SkeletonData& skeleton, std::span<const int> joints) {
+    FastRangedIntegralMap<int, int> indices;
+    indices.initialize(0, skeleton.GetJointCount());
+    for (std::size_t i = 0; i < joints.size(); ++i) {
+        indices.insert(joints[i], static_cast<int>(i));
+    }
+    return indices;
+}
+
 PoseExtents MeasureExtents(const PoseData& pose, const FastRangedIntegralSet<int>& excludedJoints) {
     return pose.IsInitialized() ? PoseExtents(pose.GetJointPoses(RootSpace), excludedJoints)
                                 : PoseExtents::EmptyExtents;
@@ -43,26 +52,34 @@ JointPose PlaceFrom(const JointPose& placed, const JointPose& restOfPlaced, cons
 
 } // namespace
 
-Manifestation::Manifestation(const SkeletonData& owner, const std::vector<int>& joints,
-    const FastRangedIntegralMap<int, int>& jointToIndex)
+Manifestation::Manifestation(const SkeletonData& owner, std::vector<int> joints)
     : skeleton(&owner),
-      jointIndices(joints),
-      hierarchicalOrder(GenerateHierarchicalOrderArray(owner, jointToIndex)),
-      jointToManifestationIndex(jointToIndex),
-      excludedJoints(FindExcludedJoints(owner, joints)),
+      jointIndices(std::move(joints)),
+      isValid(ValidateNoManifestationHierarchyGaps(owner, jointIndices)) {}
+
+Manifestation::Tables::Tables(const SkeletonData& skeleton, const std::vector<int>& jointIndices)
+    : jointToManifestationIndex(IndexByJoint(skeleton, jointIndices)),
+      hierarchicalOrder(GenerateHierarchicalOrderArray(skeleton, jointToManifestationIndex)),
+      excludedJoints(FindExcludedJoints(skeleton, jointIndices)),
       excludedJointDependencies(
-          GenerateManifestationExcludedJointDependencyList(owner, joints, excludedJoints)) {
-    const PoseData& minPose = skeleton->GetTPoseData(velkori_SkeletonTPoseType_Min);
-    const PoseData& maxPose = skeleton->GetTPoseData(velkori_SkeletonTPoseType_Max);
-    const int root = skeleton->GetJointIndex(velkori_KnownJointType_Root);
+          GenerateManifestationExcludedJointDependencyList(skeleton, jointIndices, excludedJoints)) {
+    const PoseData& minPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min);
+    const PoseData& maxPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max);
+    const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
     const auto unmeasured =
         FastRangedIntegralSet<int>::Combine(excludedJoints, FastRangedIntegralSet<int>(root, root, {root}));
     minTPoseExtents = MeasureExtents(minPose, unmeasured);
     maxTPoseExtents = MeasureExtents(maxPose, unmeasured);
     minDimensionMask = minPose.GenerateJointDimensionMask(unmeasured);
     maxDimensionMask = maxPose.GenerateJointDimensionMask(unmeasured);
-    isValid = ValidateNoManifestationHierarchyGaps(*skeleton, jointIndices);
-    scratch.placedJoints = EmptySetOver(skeleton->GetJointCount());
+}
+
+const Manifestation::Tables& Manifestation::GetTables() const {
+    if (tables == nullptr) {
+        tables = std::make_unique<const Tables>(*skeleton, jointIndices);
+        scratch.placedJoints = EmptySetOver(skeleton->GetJointCount());
+    }
+    return *tables;
 }
 
 std::vector<int> Manifestation::GenerateHierarchicalOrderArray(
@@ -97,29 +114,20 @@ std::vector<int> Manifestation::GenerateManifestationExcludedJointDependencyList
     return dependencies;
 }
 
+// Members that don't hang from the first one are no gap, wherever they are.
 bool Manifestation::ValidateNoManifestationHierarchyGaps(
     const SkeletonData& skeleton, std::span<const int> jointIndices) {
     if (jointIndices.empty()) {
         return true;
     }
-    FastRangedIntegralSet<int> remaining(0, 0, std::vector<int>(jointIndices.begin(), jointIndices.end()));
-    const FastRangedIntegralSet<int> members = remaining;
-    FastRangedIntegralSet<int> skipped = EmptySetOver(skeleton.GetJointCount());
-    std::vector<int> queue = {jointIndices.front()};
-    for (std::size_t next = 0; next < queue.size() && !remaining.IsEmpty(); ++next) {
-        const int joint = queue[next];
-        if (members.contains(joint)) {
-            if (joint != jointIndices.front() && skipped.contains(skeleton.GetParentJointIndex(joint))) {
-                return false;
-            }
-            remaining.erase(joint);
-        } else {
-            skipped.insertInternal(joint);
-        }
-        const std::vector<int>& children = skeleton.GetChildJointIndexArray(joint);
-        queue.insert(queue.end(), children.begin(), children.end());
-    }
-    return true;
+    const int first = jointIndices.front();
+    const FastRangedIntegralSet<int> members(
+        0, 0, std::vector<int>(jointIndices.begin(), jointIndices.end()));
+    return std::ranges::none_of(jointIndices, [&](int member) {
+        const int parent = skeleton.GetParentJointIndex(member);
+        return member != first && parent != -1 && !members.contains(parent) &&
+               skeleton.IsAncestorOfJointIndex(first, parent);
+    });
 }
 
 std::vector<std::string> Manifestation::GenerateJointNameArray() const {
@@ -130,8 +138,7 @@ std::vector<std::string> Manifestation::GenerateJointNameArray() const {
     return names;
 }
 
-// -- Between the spaces of a manifestation pose
-// --------------------------------------------------------------
+// -- Between the spaces of a manifestation pose ------------------------------------------------------------
 
 void Manifestation::ConvertManifestationPoseJointSpace(std::vector<JointPose>& pose,
     velkori_JointRelativeSpaceType from, velkori_JointRelativeSpaceType to) const {
@@ -158,9 +165,11 @@ void Manifestation::ConvertManifestationPoseJointSpace(std::vector<JointPose>& p
 // A member whose parent isn't one stays as it is in both directions.
 void Manifestation::ConvertToRootSpaceFromLocalSpaceManifestationPose_Internal(
     std::vector<JointPose>& pose) const {
-    for (const int joint : hierarchicalOrder) {
-        if (const int* parent = jointToManifestationIndex.Find(skeleton->GetParentJointIndex(joint))) {
-            JointPose& own = pose[*jointToManifestationIndex.Find(joint)];
+    const Tables& members = GetTables();
+    for (const int joint : members.hierarchicalOrder) {
+        if (const int* parent =
+                members.jointToManifestationIndex.Find(skeleton->GetParentJointIndex(joint))) {
+            JointPose& own = pose[*members.jointToManifestationIndex.Find(joint)];
             own = ComposeWithParent(pose[*parent], own);
         }
     }
@@ -168,17 +177,18 @@ void Manifestation::ConvertToRootSpaceFromLocalSpaceManifestationPose_Internal(
 
 void Manifestation::ConvertToLocalSpaceFromRootSpaceManifestationPose_Internal(
     std::vector<JointPose>& pose) const {
-    for (std::size_t i = hierarchicalOrder.size(); i-- > 0;) {
-        const int joint = hierarchicalOrder[i];
-        if (const int* parent = jointToManifestationIndex.Find(skeleton->GetParentJointIndex(joint))) {
-            JointPose& own = pose[*jointToManifestationIndex.Find(joint)];
+    const Tables& members = GetTables();
+    for (std::size_t i = members.hierarchicalOrder.size(); i-- > 0;) {
+        const int joint = members.hierarchicalOrder[i];
+        if (const int* parent =
+                members.jointToManifestationIndex.Find(skeleton->GetParentJointIndex(joint))) {
+            JointPose& own = pose[*members.jointToManifestationIndex.Find(joint)];
             own = ExpressInParent(pose[*parent], own);
         }
     }
 }
 
-// -- From the skeleton
-// ---------------------------------------------------------------------------------------
+// -- From the skeleton -------------------------------------------------------------------------------------
 
 void Manifestation::ConvertToManifestationPose(std::span<const JointPose> skeletonPose,
     velkori_JointRelativeSpaceType from, velkori_JointRelativeSpaceType to,
@@ -204,8 +214,7 @@ std::vector<JointPose> Manifestation::ConvertToManifestationPose(std::span<const
     return pose;
 }
 
-// -- To the skeleton
-// -----------------------------------------------------------------------------------------
+// -- To the skeleton ---------------------------------------------------------------------------------------
 
 void Manifestation::ConvertFromManifestationRootSpacePose(
     std::span<const JointPose> pose, std::vector<JointPose>& out_skeletonPose) const {
@@ -249,9 +258,11 @@ void Manifestation::ExpandManifestationRootSpacePoseToSkeletonPose_Internal(
 void Manifestation::GetSkeletonTPoseFromExpandedRootSpacePose_Internal(
     std::span<const JointPose> expanded, std::vector<JointPose>& out_tPose) const {
     skeleton->MeasureJointLengths(expanded, scratch.jointLengths);
-    const Vector3f range =
-        skeleton->EstimateExtentRange(scratch.jointLengths, minDimensionMask, maxDimensionMask);
-    const Vector3f ratio = CalculateInterpolationRatio(range, minTPoseExtents.range, maxTPoseExtents.range);
+    const Tables& members = GetTables();
+    const Vector3f range = skeleton->EstimateExtentRange(
+        scratch.jointLengths, members.minDimensionMask, members.maxDimensionMask);
+    const Vector3f ratio =
+        CalculateInterpolationRatio(range, members.minTPoseExtents.range, members.maxTPoseExtents.range);
     skeleton->GetRootSpaceTPoseFromRatio(ratio, out_tPose);
 }
 
@@ -261,9 +272,10 @@ void Manifestation::ApplyExcludedTPoseJointsToExpandedRootSpacePose_Internal(
     if (tPose.size() != expanded.size()) {
         return;
     }
+    const Tables& members = GetTables();
     scratch.placedJoints.Clear();
     scratch.placedAncestors.clear();
-    for (const int member : excludedJointDependencies) {
+    for (const int member : members.excludedJointDependencies) {
         PlaceExcludedAncestors(member, tPose, expanded);
         PlaceExcludedDescendants(member, tPose, expanded);
     }
@@ -275,6 +287,7 @@ void Manifestation::ApplyExcludedTPoseJointsToExpandedRootSpacePose_Internal(
 
 void Manifestation::PlaceExcludedAncestors(
     int joint, std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const {
+    const FastRangedIntegralSet<int>& excludedJoints = GetTables().excludedJoints;
     int placed = joint;
     int ancestor = skeleton->GetParentJointIndex(placed);
     while (excludedJoints.contains(ancestor) && !scratch.placedJoints.contains(ancestor)) {
@@ -288,6 +301,7 @@ void Manifestation::PlaceExcludedAncestors(
 
 void Manifestation::PlaceExcludedDescendants(
     int joint, std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const {
+    const FastRangedIntegralSet<int>& excludedJoints = GetTables().excludedJoints;
     std::vector<int>& queue = scratch.queue;
     queue = skeleton->GetChildJointIndexArray(joint);
     for (std::size_t next = 0; next < queue.size(); ++next) {

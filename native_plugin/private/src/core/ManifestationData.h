@@ -4,6 +4,7 @@
 #include "shared/DataTypes.h"
 #include "shared/FastRangedIntegralContainers.h"
 
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,9 +20,10 @@ class SkeletonData;
 // A manifestation pose has one element per entry of GetJointIndices, in that order.
 class Manifestation {
   public:
-    // `joints` may hold -1 for a name that wasn't found.
-    Manifestation(const SkeletonData& owner, const std::vector<int>& joints,
-        const FastRangedIntegralMap<int, int>& jointToIndex);
+    // `joints` may hold -1 for a name that wasn't found. What the conversions need beyond the list has the
+    // size of the whole skeleton, and is made by the first conversion: a skeleton may have thousands of
+    // manifestations of which a host uses one.
+    Manifestation(const SkeletonData& owner, std::vector<int> joints);
 
     static std::vector<int> GenerateHierarchicalOrderArray(
         const SkeletonData& skeleton, const FastRangedIntegralMap<int, int>& jointToManifestationIndex);
@@ -69,6 +71,22 @@ class Manifestation {
     void PlaceExcludedDescendants(
         int joint, std::span<const JointPose> tPose, std::vector<JointPose>& expanded) const;
 
+    // What follows from the list and the skeleton.
+    struct Tables {
+        Tables(const SkeletonData& skeleton, const std::vector<int>& jointIndices);
+
+        FastRangedIntegralMap<int, int> jointToManifestationIndex;
+        std::vector<int> hierarchicalOrder;
+        FastRangedIntegralSet<int> excludedJoints;
+        std::vector<int> excludedJointDependencies;
+        PoseExtents minTPoseExtents;
+        PoseExtents maxTPoseExtents;
+        std::vector<Vector3f> minDimensionMask;
+        std::vector<Vector3f> maxDimensionMask;
+    };
+
+    const Tables& GetTables() const;
+
     // Lists that live for one conversion, kept for the next.
     struct Scratch {
         std::vector<float> jointLengths;
@@ -80,15 +98,8 @@ class Manifestation {
 
     const SkeletonData* skeleton;
     std::vector<int> jointIndices;
-    std::vector<int> hierarchicalOrder;
-    FastRangedIntegralMap<int, int> jointToManifestationIndex;
-    FastRangedIntegralSet<int> excludedJoints;
-    std::vector<int> excludedJointDependencies;
-    PoseExtents minTPoseExtents;
-    PoseExtents maxTPoseExtents;
-    std::vector<Vector3f> minDimensionMask;
-    std::vector<Vector3f> maxDimensionMask;
     bool isValid = false;
+    mutable std::unique_ptr<const Tables> tables;
     mutable Scratch scratch;
 };
 

@@ -290,17 +290,13 @@ const std::vector<int>& SkeletonData::GetJointChainByHumanoidLimb(HumanoidLimb l
     return chain == nullptr ? empty : *chain;
 }
 
-const Manifestation& SkeletonData::GetManifestation(std::string_view /*name*/) const {
-    // On a skeleton of its own, so that it outlives whichever skeleton first asked for it.
-    static const SourceSkeletonData emptySkeleton{InitializationParams{}};
-    static const Manifestation empty(emptySkeleton, {}, {});
-    return empty;
-}
-
 // -- Source ------------------------------------------------------------------------------------------------
 
 SourceSkeletonData::SourceSkeletonData(const InitializationParams& params)
-    : SkeletonData(params), minTPose(*this), maxTPose(*this) {
+    : SkeletonData(params),
+      minTPose(*this),
+      maxTPose(*this),
+      emptyManifestation(std::make_unique<const Manifestation>(*this, std::vector<int>())) {
     InitializeTPose(minTPose, params.minTPose);
     InitializeTPose(maxTPose, params.maxTPose);
     // The root stands on the ground and is no part of the body.
@@ -316,17 +312,9 @@ void SourceSkeletonData::InitializeManifestations(
     const InsertionOrderedMap<std::vector<std::string>>& jointNamesByManifestation) {
     manifestations.Reserve(jointNamesByManifestation.Size());
     for (const auto& [name, memberNames] : jointNamesByManifestation) {
-        const std::vector<int> joints = ConvertJointNameArrayToJointIndexList(memberNames);
-        FastRangedIntegralMap<int, int> jointToManifestationIndex;
-        jointToManifestationIndex.initialize(0, GetJointCount());
-        for (std::size_t i = 0; i < joints.size(); ++i) {
-            if (joints[i] != -1) {
-                jointToManifestationIndex.insert(joints[i], static_cast<int>(i));
-            }
-        }
         manifestationNamesBufferSize += name.size() + 1;
-        manifestations.Insert(
-            name, std::make_unique<const Manifestation>(*this, joints, jointToManifestationIndex));
+        manifestations.Insert(name,
+            std::make_unique<const Manifestation>(*this, ConvertJointNameArrayToJointIndexList(memberNames)));
     }
 }
 
@@ -343,8 +331,8 @@ bool SourceSkeletonData::IsValidManifestation(std::string_view name) const {
 }
 
 const Manifestation& SourceSkeletonData::GetManifestation(std::string_view name) const {
-    const auto* found = isFullyConstructed ? manifestations.Find(name) : nullptr;
-    return found == nullptr ? SkeletonData::GetManifestation(name) : **found;
+    const auto* found = manifestations.Find(name);
+    return found == nullptr ? *emptyManifestation : **found;
 }
 
 int SourceSkeletonData::GetManifestationJointCount(std::string_view name) const {

@@ -46,7 +46,7 @@ class SkeletonData {
     virtual int GetManifestationCount() const = 0;
     virtual bool IsValidManifestation(std::string_view name) const = 0;
     // The empty manifestation for an unknown name.
-    virtual const Manifestation& GetManifestation(std::string_view name) const;
+    virtual const Manifestation& GetManifestation(std::string_view name) const = 0;
     virtual int GetManifestationJointCount(std::string_view name) const = 0;
     virtual std::size_t GetManifestationNamesBufferSize() const = 0;
     virtual const std::vector<Vector3f>& GetTPoseDimensionMask(JointMappingType type) const = 0;
@@ -235,6 +235,7 @@ class SourceSkeletonData : public SkeletonData {
     // Of the minimum and of the maximum pose.
     std::array<std::vector<Vector3f>, 2> tPoseDimensionMasks;
     ManifestationMap manifestations;
+    std::unique_ptr<const Manifestation> emptyManifestation;
     std::size_t manifestationNamesBufferSize = 0;
 };
 

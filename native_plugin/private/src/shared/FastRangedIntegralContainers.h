@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 #include <memory>
+#include <stdexcept>
 #include <type_traits>
 #include <unordered_map>
 #include <utility>
@@ -59,10 +61,11 @@ class FastRangedIntegralBase {
         }
     }
 
+    // No bit beyond the range is ever set, so that the number of words is the only bound to check.
     bool contains(K key) const {
         const std::size_t offset = OffsetOf(key);
-        return offset < RangeSize() && !presentBits.empty() &&
-               (presentBits[offset >> BitsShift] & BitOf(offset)) != 0;
+        const std::size_t word = offset >> BitsShift;
+        return word < presentBits.size() && (presentBits[word] & BitOf(offset)) != 0;
     }
 
     // A key that is out of range or there already changes nothing.
@@ -129,6 +132,46 @@ class FastRangedIntegralBase {
     static std::uint32_t BitOf(std::size_t offset) { return std::uint32_t{1} << (offset & 31U); }
 };
 
+// Walks what is in a set (keys) or a map (pairs). Keys may be erased on the way; after an insert, walk anew.
+template <typename Container, typename Element>
+class FastRangedIntegralIterator {
+  public:
+    using iterator_category = std::forward_iterator_tag;
+    using value_type = Element;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Element*;
+    using reference = const Element&;
+
+    FastRangedIntegralIterator() = default;
+
+    reference operator*() const { return container->ElementAt(position); }
+
+    pointer operator->() const { return &**this; }
+
+    FastRangedIntegralIterator& operator++() {
+        position = container->SkipAbsent(position + 1);
+        return *this;
+    }
+
+    FastRangedIntegralIterator operator++(int) {
+        const FastRangedIntegralIterator before = *this;
+        ++*this;
+        return before;
+    }
+
+    bool operator==(const FastRangedIntegralIterator& other) const = default;
+
+  private:
+    friend Container;
+
+    FastRangedIntegralIterator(const Container* owner, std::size_t start)
+        : container(owner), position(start) {}
+
+    const Container* container = nullptr;
+    // In the container's list of keys, where erased ones keep their places.
+    std::size_t position = 0;
+};
+
 template <typename K>
 class FastRangedIntegralSet : public FastRangedIntegralBase<K> {
   public:
@@ -137,39 +180,7 @@ class FastRangedIntegralSet : public FastRangedIntegralBase<K> {
     // Excludes nothing wherever a set of exclusions is asked for.
     static const FastRangedIntegralSet EmptySet;
 
-    class const_iterator {
-      public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = K;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const K*;
-        using reference = const K&;
-
-        const_iterator() = default;
-
-        reference operator*() const { return set->orderedKeys[position]; }
-
-        const_iterator& operator++() {
-            position = set->SkipAbsent(position + 1);
-            return *this;
-        }
-
-        const_iterator operator++(int) {
-            const_iterator before = *this;
-            ++*this;
-            return before;
-        }
-
-        bool operator==(const const_iterator& other) const = default;
-
-      private:
-        friend class FastRangedIntegralSet;
-
-        const_iterator(const FastRangedIntegralSet* owner, std::size_t start) : set(owner), position(start) {}
-
-        const FastRangedIntegralSet* set = nullptr;
-        std::size_t position = 0;
-    };
+    using const_iterator = FastRangedIntegralIterator<FastRangedIntegralSet, K>;
 
     FastRangedIntegralSet() = default;
 
@@ -207,6 +218,11 @@ class FastRangedIntegralSet : public FastRangedIntegralBase<K> {
         }
         return combined;
     }
+
+  private:
+    friend const_iterator;
+
+    const K& ElementAt(std::size_t position) const { return this->orderedKeys[position]; }
 };
 
 template <typename K>
@@ -226,47 +242,13 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
     // What to pass where there are no values to begin with.
     static const HashMap EmptyInitialValues;
 
-    class const_iterator {
-      public:
-        using iterator_category = std::forward_iterator_tag;
-        using value_type = Pair;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const Pair*;
-        using reference = const Pair&;
+    using const_iterator = FastRangedIntegralIterator<FastRangedIntegralMap, Pair>;
 
-        const_iterator() = default;
-
-        reference operator*() const { return (*map)[map->orderedKeys[position]]; }
-
-        pointer operator->() const { return &**this; }
-
-        const_iterator& operator++() {
-            position = map->SkipAbsent(position + 1);
-            return *this;
-        }
-
-        const_iterator operator++(int) {
-            const_iterator before = *this;
-            ++*this;
-            return before;
-        }
-
-        bool operator==(const const_iterator& other) const = default;
-
-      private:
-        friend class FastRangedIntegralMap;
-
-        const_iterator(const FastRangedIntegralMap* owner, std::size_t start) : map(owner), position(start) {}
-
-        const FastRangedIntegralMap* map = nullptr;
-        std::size_t position = 0;
-    };
-
-    // A map of references is fixed to them: it can be copied, but not assigned.
+    // A map of references or constants is fixed to them: it can be copied, but not assigned.
     FastRangedIntegralMap() = default;
     FastRangedIntegralMap(const FastRangedIntegralMap&) = default;
     FastRangedIntegralMap& operator=(const FastRangedIntegralMap&) requires(
-        !std::is_reference_v<V>) = default;
+        !std::is_reference_v<V> && !std::is_const_v<V>) = default;
     ~FastRangedIntegralMap() override = default;
 
     FastRangedIntegralMap(K min, K max, const HashMap& initialValues) { initialize(initialValues, min, max); }
@@ -314,15 +296,21 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
 
     // The value, or null if the key isn't there.
     std::remove_reference_t<V>* Find(K key) {
-        return this->contains(key) ? &values[keyToValueIndex[this->OffsetOf(key)]].second : nullptr;
+        return this->contains(key) ? std::addressof(values[keyToValueIndex[this->OffsetOf(key)]].second)
+                                   : nullptr;
     }
 
     const std::remove_reference_t<V>* Find(K key) const {
-        return this->contains(key) ? &values[keyToValueIndex[this->OffsetOf(key)]].second : nullptr;
+        return this->contains(key) ? std::addressof(PairOf(key).second) : nullptr;
     }
 
-    // The pair of a key that is there.
-    const Pair& operator[](K key) const { return values[keyToValueIndex[this->OffsetOf(key)]]; }
+    // The pair of a key that is there; any other throws std::out_of_range.
+    const Pair& operator[](K key) const {
+        if (!this->contains(key)) {
+            throw std::out_of_range("No value for this key");
+        }
+        return PairOf(key);
+    }
 
     const_iterator begin() const { return const_iterator(this, this->SkipAbsent(0)); }
 
@@ -345,22 +333,32 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         if (orphanCount == 0) {
             return;
         }
+        // Nothing changes before all pairs are copied: should a copy fail, the map stays as it was.
         std::vector<Pair> live;
         live.reserve(this->count);
-        for (const K key : this->orderedKeys) {
-            if (this->contains(key)) {
-                std::size_t& index = keyToValueIndex[this->OffsetOf(key)];
-                live.push_back(values[index]);
-                index = live.size() - 1;
-            }
+        for (const Pair& pair : *this) {
+            live.push_back(pair);
         }
         values.swap(live);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            keyToValueIndex[this->OffsetOf(values[i].first)] = i;
+        }
         orphanCount = 0;
     }
 
   private:
+    friend const_iterator;
+
+    // A key enters a map with its value only.
+    using FastRangedIntegralBase<K>::insertInternal;
+
     // As many dead pairs are tolerated before the list is rebuilt.
     static constexpr std::size_t MaxOrphanCount = 32;
+
+    // The key must be there: the index of any other may be stale.
+    const Pair& PairOf(K key) const { return values[keyToValueIndex[this->OffsetOf(key)]]; }
+
+    const Pair& ElementAt(std::size_t position) const { return PairOf(this->orderedKeys[position]); }
 
     template <typename Value>
     void Append(K key, Value& value) {
