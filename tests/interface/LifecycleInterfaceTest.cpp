@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -54,6 +55,27 @@ struct SmallRecords {
         return {Skeleton(), Skeleton(), definition, definition};
     }
 };
+
+std::vector<velkori_Transform_> RestPose(velkori_Handle handle) {
+    int32_t count = 0;
+    const auto get = [&](velkori_Transform_* pose) {
+        return velkori_getSkeletonTPose(handle, velkori_SkeletonType_Target, velkori_SkeletonTPoseType_Min,
+            velkori_JointRelativeSpaceType_RootOriginRelative, pose, &count);
+    };
+    EXPECT_EQ(get(nullptr), velkori_Result_Success);
+    std::vector<velkori_Transform_> pose(count);
+    EXPECT_EQ(get(pose.data()), velkori_Result_Success);
+    return pose;
+}
+
+float Distance(const velkori_Vector3f_& a, const velkori_Vector3f_& b) {
+    return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
+}
+
+// 1 for the same rotation.
+float Alignment(const velkori_Quaternionf_& a, const velkori_Quaternionf_& b) {
+    return std::abs(a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w);
+}
 
 std::string Error(const std::string& text) {
     return "[ERROR]: " + text;
@@ -316,8 +338,9 @@ TEST(WriteDocument, RoundTripsThroughEveryOtherSpace) {
         return velkori_Vector3f_{a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
     };
     const auto negated = [](velkori_Vector3f_ v) { return velkori_Vector3f_{-v.x, -v.y, -v.z}; };
-    const LoadedConfig original(ReadSample("simple.json"));
+    const LoadedConfig original(ReadSample("full.json"));
     const std::string reference = WriteDocument(original.Get());
+    const std::vector<velkori_Transform_> originalPose = RestPose(original.Get());
     int roundTrips = 0;
     for (const velkori_Vector3f_& up : axes) {
         for (const velkori_Vector3f_& forward : axes) {
@@ -334,6 +357,11 @@ TEST(WriteDocument, RoundTripsThroughEveryOtherSpace) {
                 const std::string inSpace = WriteDocument(original.Get(), &space);
                 const LoadedConfig reloaded(inSpace);
                 EXPECT_EQ(WriteDocument(reloaded.Get(), &space), inSpace);
+                const std::vector<velkori_Transform_> pose = RestPose(reloaded.Get());
+                for (std::size_t i = 0; i < pose.size(); ++i) {
+                    EXPECT_LT(Distance(pose[i].position, originalPose[i].position), 1e-5F);
+                    EXPECT_GT(Alignment(pose[i].orientation, originalPose[i].orientation), 1 - 1e-5F);
+                }
                 ++roundTrips;
             }
         }

@@ -6,6 +6,7 @@
 #include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace Velkori_Utility {
@@ -70,14 +71,33 @@ JSONValue WriteManifestations(const SkeletonData& skeleton, JSONAllocator& alloc
     return object;
 }
 
-// A rotation that was taken to another coordinate space carries that product's rounding. Written to a grid
-// well above it, the rotation survives being read back and written again without a change.
+// A rotation that was taken to another coordinate space carries that product's rounding, and where the space is
+// mirrored, rounding decides which of its two quaternions it is. So that it survives being read back and
+// written again, its smaller components are written on a grid well above the rounding, and the largest one is
+// the positive number that makes a unit of them. Components as large but for a few steps are as good as the
+// largest: the last of them is taken, so that rounding doesn't choose.
 Quaternionf RoundForDocument(const Quaternionf& rotation) {
-    constexpr float StepsPerUnit = 1048576.0F;
-    const auto round = [](float component) {
-        return std::round(component * StepsPerUnit) / StepsPerUnit + 0.0F;
-    };
-    return {round(rotation.x), round(rotation.y), round(rotation.z), round(rotation.w)};
+    constexpr double StepsPerUnit = 1048576.0;
+    constexpr float ChoiceMargin = 4.0F / 1048576.0F;
+    std::array<float, 4> components = {rotation.x, rotation.y, rotation.z, rotation.w};
+    const auto size = [](float component) { return std::abs(component); };
+    const float largestSize = size(*std::ranges::max_element(components, {}, size));
+    if (!(largestSize > 0.0F) || !IsFinite(largestSize)) {
+        return rotation;
+    }
+    const auto largest = std::find_if(components.rbegin(), components.rend(),
+        [&](float component) { return size(component) >= largestSize - ChoiceMargin; });
+    const double sign = *largest < 0.0F ? -1.0 : 1.0;
+    double squaresOfOthers = 0.0;
+    for (float& component : components) {
+        if (&component != &*largest) {
+            const double rounded = std::round(component * StepsPerUnit) * sign / StepsPerUnit + 0.0;
+            squaresOfOthers += rounded * rounded;
+            component = static_cast<float>(rounded);
+        }
+    }
+    *largest = static_cast<float>(std::sqrt(std::max(0.0, 1.0 - squaresOfOthers)));
+    return {components[0], components[1], components[2], components[3]};
 }
 
 JSONValue WritePose(const PoseData& pose, const JointPose& conversion, JSONAllocator& allocator) {
