@@ -2,6 +2,7 @@
 
 #include "UtilityConfigData.h"
 #include "retargeting/Retargeting.h"
+#include "serialization/Serialization.h"
 
 namespace Velkori_Utility {
 
@@ -9,7 +10,7 @@ namespace Velkori_Utility {
 // other, so an instance is never copied or moved.
 struct UtilityInstance {
     explicit UtilityInstance(const UtilityConfigData::InitializationParams& params)
-        : config(params), retargeting(config) {}
+        : config(params), retargeting(config), serialization(config) {}
 
     UtilityInstance(const UtilityInstance&) = delete;
     UtilityInstance& operator=(const UtilityInstance&) = delete;
@@ -17,6 +18,7 @@ struct UtilityInstance {
     bool isValid = true;
     UtilityConfigData config;
     Retargeting retargeting;
+    Serialization serialization;
 };
 
 } // namespace Velkori_Utility

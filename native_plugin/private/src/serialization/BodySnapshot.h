@@ -4,6 +4,7 @@
 #include "serialization/SnapshotTemplate.h"
 
 #include <cstdint>
+#include <vector>
 
 namespace Velkori_Utility {
 
@@ -31,12 +32,21 @@ class BodySnapshot : public SnapshotTemplate<JointPose, CompressedJointPose, Joi
   public:
     using SnapshotTemplate::SnapshotTemplate;
 
+    void reset(velkori_CompressionType type, const std::vector<JointPose>& inElements, double time) {
+        SnapshotTemplate::reset(type, inElements, time);
+        delivered = inElements;
+    }
+
     void writeToStream(BitWriter& writer) const;
     // Reads a record of `bits` bits and `count` joints over what the part was initialised with, which is what
     // joints keep that the record leaves out. Damaged records end early or late, but never read or write
     // beyond the joints there are. The baseline may be this part itself.
     void readFromStream(BitReader& reader, std::uint32_t bits, int count, velkori_CompressionType type,
         const SkeletonData& skeleton, const BodySnapshot& baseline);
+
+    // At the sending end, each joint as the receiver has it, which `compressed` is made of. `elements` holds
+    // what was sent, before it was quantised: that is what thresholds are measured from.
+    std::vector<JointPose> delivered = elements;
 };
 
 } // namespace Velkori_Utility

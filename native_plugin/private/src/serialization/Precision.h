@@ -24,9 +24,10 @@ constexpr std::string_view toString(Precision precision) {
     }
 }
 
-// The precision of a stream. A compression type that isn't one, which a record can hold, means Standard.
+// The precision of a stream. A record carries two bits of its compression type; 3, which isn't one, means
+// Standard.
 constexpr Precision toPrecision(velkori_CompressionType type) {
-    switch (type) {
+    switch (static_cast<unsigned>(type) & 3U) {
     case velkori_CompressionType_High:
         return Precision::High;
     case velkori_CompressionType_Max:

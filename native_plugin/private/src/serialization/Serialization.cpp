@@ -1,11 +1,203 @@
+// The rings: where snapshots begin, are written from and are read into.
+
 #include "serialization/Serialization.h"
+
+#include "UtilityConfigData.h"
+#include "UtilityContextInstance.h"
 
 #include <algorithm>
 
 namespace Velkori_Utility {
 
+namespace {
+
+constexpr int MaxRecordBytes = VELKORI_MAX_SNAPSHOT_SIZE;
+
+// Nothing is extrapolated past the newest frame, and the running pose catches up within 50 ms.
+constexpr float MaxBlend = 1.0F;
+constexpr float SmoothingTime = 0.05F;
+
+// The tracker that each interpolator plays.
+constexpr std::array<FrameData::TrackerInputType, FrameData::TrackerCount> InterpolatedTrackers = {
+    FrameData::TrackerInputType_Third, FrameData::TrackerInputType_First, FrameData::TrackerInputType_Second};
+
+std::vector<JointPose> GetLocalRestPoses(const SkeletonData& skeleton) {
+    const PoseData& restPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Unscaled);
+    return restPose.IsInitialized() ? restPose.GetJointPoses(velkori_JointRelativeSpaceType_Local)
+                                    : std::vector<JointPose>(skeleton.GetJointCount(), JointPose::Identity);
+}
+
+// The root carries the body, and what hangs on it carries the body over the ground: they move freely. So do
+// siblings. A joint that is its parent's only child can move along the bone only.
+std::vector<bool> FindJointsThatMoveAlongBone(const SkeletonData& skeleton) {
+    const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
+    std::vector<bool> moves(skeleton.GetJointCount());
+    for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
+        const int parent = skeleton.GetParentJointIndex(joint);
+        moves[joint] = joint != root && parent != -1 && parent != root &&
+                       skeleton.GetChildJointIndexArray(parent).size() < 2;
+    }
+    return moves;
+}
+
+} // namespace
+
 void Serialization::setAndClampCurrentNumberOfSnapshots(int count) {
     maxSnapshotSize = std::clamp(count, 254, 800);
+}
+
+Serialization::StreamedSkeleton::StreamedSkeleton(const SkeletonData& skeletonData)
+    : skeleton(&skeletonData),
+      restPoses(GetLocalRestPoses(skeletonData)),
+      movesAlongBone(FindJointsThatMoveAlongBone(skeletonData)) {}
+
+Serialization::Serialization(const UtilityConfigData& config)
+    : targetInterpolator(
+          config.GetSkeletonData(velkori_SkeletonType_Target).GetJointCount(), MaxBlend, SmoothingTime),
+      sourceInterpolator(
+          config.GetSkeletonData(velkori_SkeletonType_Source).GetJointCount(), MaxBlend, SmoothingTime),
+      faceInterpolator(
+          config.GetSkeletonData(velkori_SkeletonType_Target).GetBlendShapeCount(), MaxBlend, SmoothingTime),
+      trackerInterpolators{JointPoseInterpolator(MaxBlend, SmoothingTime),
+          JointPoseInterpolator(MaxBlend, SmoothingTime), JointPoseInterpolator(MaxBlend, SmoothingTime)},
+      source(config.GetSkeletonData(velkori_SkeletonType_Source)),
+      target(config.GetSkeletonData(velkori_SkeletonType_Target)),
+      restWeights(config.GetSkeletonData(velkori_SkeletonType_Target).GetBlendShapeCount(), 0.0F) {
+    initializeSnapshots();
+}
+
+void Serialization::initializeSnapshots() {
+    currentIndex = currentAck = baselineIndex = -1;
+    defaultSnapshot = makeRestSnapshot();
+    sendRing.resize(maxSnapshotSize);
+    receiveRing.resize(maxSnapshotSize);
+}
+
+std::shared_ptr<Snapshot> Serialization::makeRestSnapshot() const {
+    return std::make_shared<Snapshot>(compressionType, 0.0, source.restPoses, target.restPoses, restWeights);
+}
+
+void Serialization::growRings() {
+    const auto size = static_cast<std::size_t>(maxSnapshotSize);
+    sendRing.resize(std::max(sendRing.size(), size));
+    receiveRing.resize(std::max(receiveRing.size(), size));
+}
+
+void Serialization::resetInterpolators() {
+    targetInterpolator.reset();
+    sourceInterpolator.reset();
+    faceInterpolator.reset();
+    for (JointPoseInterpolator& interpolator : trackerInterpolators) {
+        interpolator.Reset();
+    }
+}
+
+// -- Sending -----------------------------------------------------------------------------------------------
+
+void Serialization::createOutgoingSnapshot(velkori_CompressionType type, int ack, double timestamp) {
+    growRings();
+    currentIndex = (currentIndex + 1) % maxSnapshotSize;
+    currentAck = ack;
+    std::shared_ptr<Snapshot>& slot = sendRing[currentIndex];
+    if (slot == nullptr) {
+        slot = std::make_shared<Snapshot>(type, timestamp, source.restPoses, target.restPoses, restWeights);
+    } else {
+        slot->reset(type, timestamp, source.restPoses, target.restPoses, restWeights);
+    }
+    const bool hasSnapshot = ack >= 0 && ack < maxSnapshotSize && sendRing[ack] != nullptr;
+    baselineIndex = hasSnapshot ? ack : -1;
+}
+
+bool Serialization::addFramedata(const FrameData& data) {
+    if (currentIndex == -1) {
+        UtilityContext::Log(
+            velkori_LogLevel_Error, "Cannot add framedata to current snapshot because it doesn't exist yet.");
+        return false;
+    }
+    sendRing[currentIndex]->addFramedata(data);
+    return true;
+}
+
+std::uint32_t Serialization::prepareCurrentSnapshot() {
+    Snapshot& snapshot = *sendRing[currentIndex];
+    snapshot.baselineAck = baselineIndex;
+    snapshot.ack = currentIndex;
+    snapshot.calculateHeaderSize();
+    return snapshot.getSerializationSizeBits();
+}
+
+SerializedRecord Serialization::writeCurrentSnapshot() {
+    BitWriter writer(MaxRecordBytes, std::move(recordWords));
+    sendRing[currentIndex]->writeToStream(writer);
+    const int bits = writer.getBitsWritten();
+    writer.flush();
+    recordWords = writer.takeWords();
+    return {recordWords, bits};
+}
+
+// -- Receiving ---------------------------------------------------------------------------------------------
+
+Snapshot& Serialization::getReceivedSnapshot(int index) {
+    std::shared_ptr<Snapshot>& slot = receiveRing[index];
+    if (slot == nullptr) {
+        slot = makeRestSnapshot();
+    }
+    return *slot;
+}
+
+SnapshotHeader Serialization::readHeader(BitReader& reader) const {
+    return Snapshot::parseHeaderFromStream(reader, maxSnapshotSize, source.skeleton->GetJointCount(),
+        target.skeleton->GetJointCount(), static_cast<int>(restWeights.size()));
+}
+
+const Snapshot& Serialization::readSnapshot(const SnapshotHeader& header, BitReader& reader) {
+    growRings();
+    // The baseline may be the slot itself.
+    Snapshot& baseline =
+        header.baselineAck == -1 ? *defaultSnapshot : getReceivedSnapshot(header.baselineAck);
+    Snapshot& snapshot = getReceivedSnapshot(header.ack);
+    const auto type = static_cast<velkori_CompressionType>(header.compressionType);
+    const double timestamp = header.timestamp;
+    snapshot.timestamp = timestamp;
+    snapshot.compressionType = type;
+    if (header.hasFrameData) {
+        readFrameData(baseline, snapshot, reader);
+    }
+    if (header.hasSourceBody) {
+        snapshot.sourceBody->initialize(type, baseline.sourceBody->elements, timestamp);
+    }
+    if (header.hasTargetBody) {
+        snapshot.targetBody->initialize(type, baseline.targetBody->elements, timestamp);
+        snapshot.targetFace->initialize(type, baseline.targetFace->elements, timestamp);
+    }
+    if (header.hasSourceBody) {
+        snapshot.sourceBody->readFromStream(reader, header.sourceBodyBits, source.skeleton->GetJointCount(),
+            type, *source.skeleton, *baseline.sourceBody);
+        sourceInterpolator.addSnapshot(snapshot.sourceBody);
+    }
+    if (header.hasTargetBody) {
+        snapshot.targetBody->readFromStream(reader, header.targetBodyBits, target.skeleton->GetJointCount(),
+            type, *target.skeleton, *baseline.targetBody);
+        snapshot.targetFace->readFromStream(reader, header.targetFaceBits,
+            static_cast<int>(restWeights.size()), type, *target.skeleton, *baseline.targetFace);
+        targetInterpolator.addSnapshot(snapshot.targetBody);
+        faceInterpolator.addSnapshot(snapshot.targetFace);
+    }
+    return snapshot;
+}
+
+// A baseline without a frame record stands for one with nothing in it. It isn't given one: the snapshot that
+// stands for no baseline serves the sending end, too, where having one means something.
+void Serialization::readFrameData(const Snapshot& baseline, Snapshot& snapshot, BitReader& reader) {
+    static const FrameData Nothing;
+    if (snapshot.frameData == nullptr) {
+        snapshot.frameData = std::make_shared<FrameData>();
+    }
+    snapshot.frameData->readFromStream(reader, baseline.frameData ? *baseline.frameData : Nothing);
+    for (std::size_t i = 0; i < InterpolatedTrackers.size(); ++i) {
+        trackerInterpolators[i].addJointPose(
+            snapshot.frameData->trackers[InterpolatedTrackers[i]].pose, snapshot.timestamp);
+    }
 }
 
 } // namespace Velkori_Utility

@@ -111,6 +111,20 @@ void Snapshot::writeHeaderToStream(BitWriter& writer) const {
     writer.serializeInteger(ack, 0, Serialization::getNumSnapshots());
 }
 
+void Snapshot::writeToStream(BitWriter& writer) const {
+    writeHeaderToStream(writer);
+    if (frameData) {
+        frameData->writeToStream(writer);
+    }
+    if (hasSourceBody()) {
+        sourceBody->writeToStream(writer);
+    }
+    if (hasTargetBody()) {
+        targetBody->writeToStream(writer);
+        targetFace->writeToStream(writer);
+    }
+}
+
 SnapshotTime Snapshot::parseCompressionTimestampFromStream(BitReader& reader) {
     SnapshotTime result;
     result.compressionType = static_cast<std::uint8_t>(reader.readBits(CompressionTypeBits));

@@ -53,6 +53,8 @@ class Snapshot {
     std::uint32_t getSerializationSizeBits() const;
 
     void writeHeaderToStream(BitWriter& writer) const;
+    // The whole record: the header, and what of the parts there is.
+    void writeToStream(BitWriter& writer) const;
 
     static SnapshotTime parseCompressionTimestampFromStream(BitReader& reader);
     // The counts decide the widths of fields, as at the writer's end. Acks that no ring of `numSnapshots`

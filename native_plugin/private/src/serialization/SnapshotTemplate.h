@@ -41,9 +41,7 @@ class SnapshotTemplate {
         compressed.resize(elements.size());
         serialized.resize(elements.size());
         compressedTimestamp = CompressedTimestamp(Precision::Standard, time);
-        for (std::size_t i = 0; i < elements.size(); ++i) {
-            compress(i);
-        }
+        compressAll();
     }
 
     // Makes the part as if it were new: there is nothing to serialize.
@@ -53,6 +51,12 @@ class SnapshotTemplate {
             element.option = Option{};
         }
         initialize(type, inElements, time);
+    }
+
+    void compressAll() {
+        for (std::size_t i = 0; i < elements.size(); ++i) {
+            compress(i);
+        }
     }
 
     // Brings the compressed element up to date with the element.

@@ -225,10 +225,21 @@ bool IsValidVelkoriTransformArray(const velkori_Transform_* transforms, std::int
 
 std::vector<JointPose> ToJointPoseVectorFromVelkoriPoseArray(
     const velkori_Transform_* transforms, std::int32_t count) {
+    std::vector<JointPose> poses;
+    ToJointPoseVectorFromVelkoriPoseArray(transforms, count, poses);
+    return poses;
+}
+
+void ToJointPoseVectorFromVelkoriPoseArray(
+    const velkori_Transform_* transforms, std::int32_t count, std::vector<JointPose>& out_poses) {
+    out_poses.clear();
     if (transforms == nullptr || count <= 0) {
-        return {};
+        return;
     }
-    return std::vector<JointPose>(transforms, transforms + count);
+    out_poses.reserve(count);
+    for (std::int32_t i = 0; i < count; ++i) {
+        out_poses.emplace_back(transforms[i]);
+    }
 }
 
 std::int32_t ToVelkoriPoseArrayFromJointPoseVector(

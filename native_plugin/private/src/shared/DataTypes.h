@@ -379,6 +379,8 @@ bool IsValidVelkoriTransformArray(const velkori_Transform_* transforms, std::int
 /// An empty list for an absent or empty array. The orientations come out normalised.
 std::vector<JointPose> ToJointPoseVectorFromVelkoriPoseArray(
     const velkori_Transform_* transforms, std::int32_t count);
+void ToJointPoseVectorFromVelkoriPoseArray(
+    const velkori_Transform_* transforms, std::int32_t count, std::vector<JointPose>& out_poses);
 
 /// Writes all poses to out, which must have room for them, and returns their number; without out, writes
 /// nothing and returns 0.
