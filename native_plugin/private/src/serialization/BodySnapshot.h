@@ -32,11 +32,6 @@ class BodySnapshot : public SnapshotTemplate<JointPose, CompressedJointPose, Joi
   public:
     using SnapshotTemplate::SnapshotTemplate;
 
-    void reset(velkori_CompressionType type, const std::vector<JointPose>& inElements, double time) {
-        SnapshotTemplate::reset(type, inElements, time);
-        delivered = inElements;
-    }
-
     void writeToStream(BitWriter& writer) const;
     // Reads a record of `bits` bits and `count` joints over what the part was initialised with, which is what
     // joints keep that the record leaves out. Damaged records end early or late, but never read or write

@@ -100,10 +100,9 @@ void Serialization::createOutgoingSnapshot(velkori_CompressionType type, int ack
     currentAck = ack;
     std::shared_ptr<Snapshot>& slot = sendRing[currentIndex];
     if (slot == nullptr) {
-        slot = std::make_shared<Snapshot>(type, timestamp, source.restPoses, target.restPoses, restWeights);
-    } else {
-        slot->reset(type, timestamp, source.restPoses, target.restPoses, restWeights);
+        slot = makeRestSnapshot();
     }
+    slot->restart(type, timestamp);
     const bool hasSnapshot = ack >= 0 && ack < maxSnapshotSize && sendRing[ack] != nullptr;
     baselineIndex = hasSnapshot ? ack : -1;
 }

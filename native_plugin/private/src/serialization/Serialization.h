@@ -81,6 +81,7 @@ class Serialization {
 
     // What of a joint is sent, and what its value is on the wire. `option` comes with the full position or
     // length that the joint is sent as. `pose` becomes the baseline's where it moved less than a threshold.
+    // `out` means nothing where the option comes back as none.
     void computeSerializedOptionAndJointPose(bool hasBaseline, JointSerializationOption& option,
         const JointPose& baseline, JointPose& pose, const CompressedJointPose& baselineCompressed,
         CompressedJointPose& out) const;

@@ -33,6 +33,12 @@ bool IsLength(JointSerializationOption option) {
            position == JointSerializationOption_LengthDelta;
 }
 
+// A part that a baseline was sent without stands for the one at rest.
+template <typename Part>
+const Part& GetDataOrRest(const Part& part, const Part& rest) {
+    return part.hasData ? part : rest;
+}
+
 // The difference of the components from `first` on, the ones before it being the current value's.
 template <typename Compressed>
 Compressed ComputeDelta(const Compressed& baseline, const Compressed& current, std::uint32_t limit,
@@ -104,15 +110,17 @@ void Serialization::updateBodySnapshot(
     };
     BodySnapshot& current = bodyOf(*getCurrentSnapshot());
     const bool hasBaseline = baselineIndex != -1;
-    const BodySnapshot* baseline = hasBaseline ? &bodyOf(*getBaselineSnapshot()) : nullptr;
-    // A frame that is coded against itself finds its own poses, unmoved.
+    const bool isOwnBaseline = baselineIndex == currentIndex;
+    const Precision precision = toPrecision(compressionType);
     std::ranges::copy(poses, current.elements.begin());
-    if (baseline == &current) {
+    if (isOwnBaseline) {
+        // A frame that is coded against itself finds its own poses, unmoved.
         current.compressAll();
         current.delivered = current.elements;
+        current.hasData = true;
     }
-    const Precision precision = toPrecision(compressionType);
-    const CompressedJointPose noCompressed(precision);
+    const BodySnapshot& baseline =
+        GetDataOrRest(hasBaseline ? bodyOf(*getBaselineSnapshot()) : current, bodyOf(*defaultSnapshot));
     std::size_t cursor = 0;
     for (std::size_t j = 0; j < poses.size(); ++j) {
         const bool isListed =
@@ -122,13 +130,10 @@ void Serialization::updateBodySnapshot(
             compressionType == velkori_CompressionType_Standard && streamed.movesAlongBone[j]
                 ? JointSerializationOption_LengthFull
                 : JointSerializationOption_PositionFull;
-        // Copies: the baseline may be the current body itself.
-        const JointPose baselinePose = hasBaseline ? baseline->elements[j] : JointPose::Identity;
-        const CompressedJointPose baselineCompressed = hasBaseline ? baseline->compressed[j] : noCompressed;
         JointPose pose = current.elements[j];
         CompressedJointPose& value = current.serialized[j].value;
         computeSerializedOptionAndJointPose(
-            hasBaseline, option, baselinePose, pose, baselineCompressed, value);
+            hasBaseline, option, baseline.elements[j], pose, baseline.compressed[j], value);
         current.elements[j] = pose;
         current.serialized[j].option = isListed ? option : JointSerializationOption_None;
         // What a later frame is coded against has to be what the receiver has, to the last bit: it compresses
@@ -137,10 +142,14 @@ void Serialization::updateBodySnapshot(
         if (!isListed) {
             current.delivered[j] = pose;
         } else if (option == JointSerializationOption_None) {
-            current.delivered[j] = baseline->delivered[j];
+            current.delivered[j] = baseline.delivered[j];
+            if (baseline.compressionType == compressionType) {
+                current.compressed[j] = baseline.compressed[j];
+                continue;
+            }
         } else {
             current.delivered[j] = deserializeCompressedJoint(option, precision, streamed.restPoses[j],
-                baselineCompressed, value.rotation, value.position, value.length);
+                baseline.compressed[j], value.rotation, value.position, value.length);
         }
         current.compressed[j] = JointElementCompressor()(precision, current.delivered[j]);
     }
@@ -166,6 +175,10 @@ void Serialization::computeSerializedOptionAndJointPose(bool hasBaseline, JointS
         } else if (!isLength) {
             positionOption = JointSerializationOption_PositionDelta;
         }
+    }
+    option = rotationOption | positionOption;
+    if (option == JointSerializationOption_None) {
+        return;
     }
     const Precision precision = toPrecision(compressionType);
     float length = 1.0F;
@@ -239,20 +252,19 @@ void prepareTrackerPoseForSerialization(
 
 void Serialization::updateFaceSnapshot(std::span<const float> weights) {
     const bool hasBaseline = baselineIndex != -1;
-    const FaceSnapshot* baseline = hasBaseline ? getBaselineSnapshot()->targetFace.get() : nullptr;
     FaceSnapshot& current = *getCurrentSnapshot()->targetFace;
     std::ranges::copy(weights, current.elements.begin());
-    if (baseline == &current) {
+    if (baselineIndex == currentIndex) {
         current.compressAll();
+        current.hasData = true;
     }
-    const CompressedShapePose noCompressed;
+    const FaceSnapshot& baseline = GetDataOrRest(
+        hasBaseline ? *getBaselineSnapshot()->targetFace : current, *defaultSnapshot->targetFace);
     for (std::size_t i = 0; i < weights.size(); ++i) {
-        const float baselineWeight = hasBaseline ? baseline->elements[i] : 0.0F;
-        const CompressedShapePose baselineCompressed = hasBaseline ? baseline->compressed[i] : noCompressed;
         float weight = current.elements[i];
         auto& [value, option] = current.serialized[i];
         computeSerializedOptionAndShapePose(
-            hasBaseline, option, restWeights[i], baselineWeight, weight, baselineCompressed, value);
+            hasBaseline, option, restWeights[i], baseline.elements[i], weight, baseline.compressed[i], value);
         // A delta is decoded as if it were a weight, which is what the format's baselines are.
         current.elements[i] = value.weight.decompress();
         current.compress(i);

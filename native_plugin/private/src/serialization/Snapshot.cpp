@@ -31,11 +31,10 @@ Snapshot::Snapshot(velkori_CompressionType type, double time, const std::vector<
       timestamp(time),
       compressionType(type) {}
 
-void Snapshot::reset(velkori_CompressionType type, double time, const std::vector<JointPose>& sourcePose,
-    const std::vector<JointPose>& targetPose, const std::vector<float>& faceWeights) {
-    sourceBody->reset(type, sourcePose, time);
-    targetBody->reset(type, targetPose, time);
-    targetFace->reset(type, faceWeights, time);
+void Snapshot::restart(velkori_CompressionType type, double time) {
+    sourceBody->restart(type, time);
+    targetBody->restart(type, time);
+    targetFace->restart(type, time);
     if (frameData) {
         spareFrameData = std::move(frameData);
     }

@@ -38,9 +38,8 @@ class Snapshot {
     Snapshot(velkori_CompressionType type, double time, const std::vector<JointPose>& sourcePose,
         const std::vector<JointPose>& targetPose, const std::vector<float>& faceWeights);
 
-    // Makes this a new snapshot of these values, in the memory of the old one.
-    void reset(velkori_CompressionType type, double time, const std::vector<JointPose>& sourcePose,
-        const std::vector<JointPose>& targetPose, const std::vector<float>& faceWeights);
+    // Makes this a new snapshot, without data in any part, in the memory of the old one.
+    void restart(velkori_CompressionType type, double time);
 
     // Takes a copy, in place of an earlier one.
     void addFramedata(const FrameData& data);

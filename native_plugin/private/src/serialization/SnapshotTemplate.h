@@ -44,13 +44,15 @@ class SnapshotTemplate {
         compressAll();
     }
 
-    // Makes the part as if it were new: there is nothing to serialize.
-    void reset(velkori_CompressionType type, const std::vector<Element>& inElements, double time) {
+    // Makes the part one without data. What its lists hold means nothing until an update fills them.
+    void restart(velkori_CompressionType type, double time) {
         hasData = false;
+        timestamp = time;
+        compressionType = type;
+        compressedTimestamp = CompressedTimestamp(Precision::Standard, time);
         for (SerializedElement& element : serialized) {
             element.option = Option{};
         }
-        initialize(type, inElements, time);
     }
 
     void compressAll() {
