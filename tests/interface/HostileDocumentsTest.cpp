@@ -100,7 +100,7 @@ TEST(HostileDocument, GetsAnAnswerAndLeavesTheLiveHandleAlone) {
             Damage(R"({"head": "hips"})", R"({"head": "hips", "hips": "head"})"), velkori_Result_InvalidData},
         {"a joint that hangs on itself", Damage(R"({"head": "hips"})", R"({"head": "head"})"),
             velkori_Result_InvalidData},
-        {"a position that no float holds", Damage("NUMBER", "1e300"), velkori_Result_Success},
+        {"a position that no float holds", Damage("NUMBER", "1e300"), velkori_Result_InvalidData},
         {"a number that no double holds", Damage("NUMBER", "1e999"), velkori_Result_ParseFailed},
         {"a weight that no float holds", Damage("WEIGHT", "1e300"), velkori_Result_Success},
         {"bytes that aren't UTF-8", Damage("head", "\xff\xc0\x80\xed\xa0\x80"), velkori_Result_Success},

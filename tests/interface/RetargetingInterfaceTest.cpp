@@ -314,6 +314,55 @@ TEST(Retargeting, BadInputIsRefusedAndLeavesNoTrace) {
             "[ERROR]: Parameter in_transformData and in_numJoints must not be Null"}));
 }
 
+// Finite numbers whose squares aren't must not become the reference that later frames are read against.
+TEST(Retargeting, AFrameFarBeyondAnyBodyLeavesNoTrace) {
+    const LoadedConfig config(ReadSample("simple.json"));
+    const LoadedConfig fresh(ReadSample("simple.json"));
+    const MovingBody body(config.Get(), 0.5F);
+    const Transforms frame = body.Frame(0.4F);
+    Transforms huge = frame;
+    for (std::size_t i = 0; i < huge.size(); ++i) {
+        huge[i].position = {i % 2 == 0 ? 3e38F : -3e38F, 1e30F, 0};
+    }
+    huge[1].orientation = {1e25F, 0, 0, 1e25F};
+    Retarget(config.Get(), huge, Info(0));
+    EXPECT_TRUE(SameBits(Retarget(config.Get(), frame, Info(0)), Retarget(fresh.Get(), frame, Info(0))));
+}
+
+TEST(Retargeting, AManifestationWithoutJointsIsUnknown) {
+    const char* const names[] = {"root", "hips"};
+    const char* const parents[] = {nullptr, "root"};
+    const velkori_Transform_ pose[] = {
+        {{0, 0, 0, 1}, {0, 0, 0}, {1, 1, 1}}, {{0, 0, 0, 1}, {0, 1, 0}, {1, 1, 1}}};
+    const char* const manifestation = "empty";
+    const int32_t jointCount = 0;
+    velkori_UtilityConfigInitParams_ params = {};
+    params.sourceSkeleton.jointCount = 2;
+    params.sourceSkeleton.jointNames = names;
+    params.sourceSkeleton.parentJointNames = parents;
+    params.sourceSkeleton.unscaledTPose = pose;
+    params.sourceSkeleton.optional_manifestationCount = 1;
+    params.sourceSkeleton.optional_manifestationNames = &manifestation;
+    params.sourceSkeleton.optional_manifestationJointCounts = &jointCount;
+    params.sourceSkeleton.optional_manifestationJointNames = names;
+    params.targetSkeleton = params.sourceSkeleton;
+    velkori_Handle handle = 0;
+    ASSERT_EQ(velkori_createOrUpdateUtilityConfig("empty", &params, &handle), velkori_Result_Success);
+    velkori_Transform_ out = {};
+    int32_t room = 0;
+    EXPECT_EQ(
+        velkori_retargetFromSourceFrameData(handle, Info(0), pose, 2, &out, &room, nullptr, manifestation),
+        velkori_Result_InvalidValue);
+    room = 2;
+    Transforms both(2);
+    EXPECT_EQ(velkori_retargetFromSourceFrameData(
+                  handle, Info(0), pose, 0, both.data(), &room, manifestation, nullptr),
+        velkori_Result_InvalidValue);
+    EXPECT_EQ(
+        velkori_updateSourceReferenceTPose(handle, pose, 0, manifestation), velkori_Result_InvalidParameter);
+    EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
+}
+
 TEST(Retargeting, ReadsBackWhatTheLastFrameDid) {
     const LoadedConfig config(ReadSample("full.json"));
     const LogCapture capture;

@@ -4,6 +4,9 @@
 #include "UtilityInstance.h"
 #include "core/ConfigurationData.h"
 
+#include <algorithm>
+#include <cmath>
+
 using namespace Velkori_Utility;
 
 namespace {
@@ -135,6 +138,16 @@ velkori_PoseInfo_ DescribePose(const PoseData& pose) {
     return info;
 }
 
+bool AreFinite(std::span<const JointPose> poses) {
+    return std::ranges::all_of(poses, [](const JointPose& pose) {
+        return IsFinite(pose.position.x) && IsFinite(pose.position.y) && IsFinite(pose.position.z);
+    });
+}
+
+velkori_Result FailWithNonFinite(const char* parameterName) {
+    return Fail(velkori_Result_InvalidValue, "Parameter %s must be a finite number", parameterName);
+}
+
 bool IsJointIndex(int32_t joint, const PoseData& pose) {
     return joint >= 0 && joint < pose.GetJointCount();
 }
@@ -151,6 +164,9 @@ velkori_Result velkori_calculateSkeletonTPose(velkori_Handle handle, velkori_Ske
         if (!IsJointSpaceType(jointSpaceType)) {
             return FailWithJointSpaceType(jointSpaceType);
         }
+        if (!std::isfinite(interpolation)) {
+            return FailWithNonFinite("interpolation");
+        }
         return CalculateTPose(instance.config.GetSkeletonData(skeletonType), jointSpaceType, interpolation,
             out_transformData, in_out_numJoints);
     });
@@ -165,6 +181,9 @@ velkori_Result velkori_calculateSkeletonTPoseAtHeight(velkori_Handle handle,
         }
         if (!IsJointSpaceType(jointSpaceType)) {
             return FailWithJointSpaceType(jointSpaceType);
+        }
+        if (!std::isfinite(height)) {
+            return FailWithNonFinite("height");
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
         return CalculateTPose(skeleton, jointSpaceType, skeleton.ConvertHeightToInterpolationDelta(height),
@@ -293,8 +312,15 @@ velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velkori_Skeleton
         if (!IsJointSpaceType(jointSpaceType)) {
             return FailWithJointSpaceType(jointSpaceType);
         }
+        if (!std::isfinite(height)) {
+            return FailWithNonFinite("height");
+        }
         const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
-        WritePose(pose.CalculatePoseAtHeight(height), jointSpaceType, in_out_transformData);
+        const PoseData scaled = pose.CalculatePoseAtHeight(height);
+        if (!AreFinite(JointPosesOf(scaled, jointSpaceType))) {
+            return Fail(velkori_Result_InvalidValue, "A pose without height can't be scaled to one");
+        }
+        WritePose(scaled, jointSpaceType, in_out_transformData);
         return velkori_Result_Success;
     });
 }
@@ -316,11 +342,14 @@ velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle handle,
         JointPose conversion;
         if (const velkori_Result result =
                 CalculateConversion(in_coordinateSpace, out_coordinateSpace, conversion);
-            result != velkori_Result_Success || conversion == JointPose::Identity) {
+            result != velkori_Result_Success) {
             return result;
         }
         if (!IsJointSpaceType(jointSpaceType)) {
             return FailWithJointSpaceType(jointSpaceType);
+        }
+        if (conversion == JointPose::Identity) {
+            return velkori_Result_Success;
         }
         const PoseData pose =
             ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount, conversion);

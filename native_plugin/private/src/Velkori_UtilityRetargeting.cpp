@@ -11,11 +11,11 @@ bool HasName(const char* manifestation) {
     return manifestation != nullptr && manifestation[0] != '\0';
 }
 
-// An existing manifestation with a gap in its hierarchy can't stand for a part of the body: the retargeter
-// would read a whole skeleton where a part was given.
+// A manifestation without joints tracks nothing, and is treated as unknown. One with a gap in its hierarchy
+// can't stand for a part of the body: the retargeter would read a whole skeleton where a part was given.
 velkori_Result CheckManifestation(
     const SkeletonData& skeleton, const char* name, const char* skeletonWord, velkori_Result unknownResult) {
-    if (!skeleton.IsValidManifestation(name)) {
+    if (!skeleton.IsValidManifestation(name) || skeleton.GetManifestationJointCount(name) < 1) {
         return Fail(
             unknownResult, "Could not find manifestation named: %s in %sskeleton data.", name, skeletonWord);
     }

@@ -147,7 +147,9 @@ std::vector<JointPose> SkeletonData::CalculateRootSpaceTPose(std::span<const flo
 std::vector<JointPose> SkeletonData::CalculateRootSpaceTPose(
     std::span<const JointPose> rootSpacePose, bool useEstimatedExtents) const {
     const int hips = GetJointIndex(velkori_KnownJointType_Hips);
-    if ((useEstimatedExtents && hips == -1) || IsEmpty()) {
+    if ((useEstimatedExtents && hips == -1) || IsEmpty() ||
+        !GetTPoseData(velkori_SkeletonTPoseType_Min).IsInitialized() ||
+        !GetTPoseData(velkori_SkeletonTPoseType_Max).IsInitialized()) {
         return {};
     }
     const std::vector<float> lengths = MeasureJointLengths(rootSpacePose);

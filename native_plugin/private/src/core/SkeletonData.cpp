@@ -352,4 +352,8 @@ const PoseData& TargetSkeletonData::GetTPoseData(velkori_SkeletonTPoseType type)
                                                       : SourceSkeletonData::GetTPoseData(type);
 }
 
+const PoseData& TargetSkeletonData::GetUnscaledOrMinTPose() const {
+    return GetUnscaledTPose().IsInitialized() ? GetUnscaledTPose() : minTPose;
+}
+
 } // namespace Velkori_Utility

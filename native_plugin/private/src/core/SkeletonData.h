@@ -248,6 +248,8 @@ class TargetSkeletonData : public SourceSkeletonData {
 
     JSONValue WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const override;
     const PoseData& GetTPoseData(velkori_SkeletonTPoseType type) const override;
+    // The unscaled rest pose or, where a document gives only the other two, the minimum one.
+    const PoseData& GetUnscaledOrMinTPose() const;
 };
 
 } // namespace Velkori_Utility

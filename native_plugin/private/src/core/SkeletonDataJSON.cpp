@@ -71,8 +71,8 @@ JSONValue WriteManifestations(const SkeletonData& skeleton, JSONAllocator& alloc
     return object;
 }
 
-// A rotation that was taken to another coordinate space carries that product's rounding, and where the space is
-// mirrored, rounding decides which of its two quaternions it is. So that it survives being read back and
+// A rotation that was taken to another coordinate space carries that product's rounding, and where the space
+// is mirrored, rounding decides which of its two quaternions it is. So that it survives being read back and
 // written again, its smaller components are written on a grid well above the rounding, and the largest one is
 // the positive number that makes a unit of them. Components as large but for a few steps are as good as the
 // largest: the last of them is taken, so that rounding doesn't choose.

@@ -225,6 +225,19 @@ void CheckPoses(const SkeletonInitializationParams& params, FaultReport& faults)
     }
 }
 
+// A number beyond the range of a float reads as infinity, and would spread through everything that is derived
+// from the pose.
+void CheckPoseNumbers(std::span<const JointPose> pose, std::string_view poseName, FaultReport& faults) {
+    const auto isFinite = [](const Vector3f& v) { return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z); };
+    const bool areFinite = std::ranges::all_of(pose, [&](const JointPose& joint) {
+        return isFinite(joint.position) && isFinite(joint.scale) &&
+               IsFinite(joint.orientation.LengthSquared());
+    });
+    if (!areFinite) {
+        faults.Add({"SKELETON: ", poseName, " contains nan/inf values."});
+    }
+}
+
 void CheckManifestations(
     const SkeletonInitializationParams& params, const NamedHierarchy& hierarchy, FaultReport& faults) {
     for (const auto& [manifestation, jointNames] : params.manifestations) {
@@ -257,6 +270,9 @@ bool SkeletonInitializationParams::CheckIsValid(LogMsgMap& messages) const {
     CheckExcludedJoints(*this, hierarchy, faults);
     CheckPoses(*this, faults);
     CheckManifestations(*this, hierarchy, faults);
+    CheckPoseNumbers(minTPose, "MinTPose", faults);
+    CheckPoseNumbers(maxTPose, "MaxTPose", faults);
+    CheckPoseNumbers(unscaledTPose, "UnscaledTPose", faults);
     return faults.IsEmpty();
 }
 

@@ -145,7 +145,7 @@ std::vector<SourceToTargetMappedAncestorDescendantData> GenerateMappedAncestorDe
             AnnounceToDescendants(skeleton, isMapped, joint, records);
         }
     }
-    const PoseData& restPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Unscaled);
+    const PoseData& restPose = skeleton.GetUnscaledOrMinTPose();
     if (restPose.IsInitialized()) {
         const auto& joints = restPose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
         for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
@@ -174,9 +174,9 @@ std::vector<int> GenerateUpdateOrderFromMappedAncestorDescendantData(
     const auto& targetMappings = config.GetMinMappingData().GetTargetMappings();
     std::vector<int> order = CollectConcernedJoints(skeleton, targetMappings, mappedData);
 
-    // One sweep that moves each joint behind the last one that it reads. A joint is moved at most once, so
-    // that joints which read each other come to an end too; one already moved is stepped over, and the joint
-    // behind it is taken without that test.
+    // One sweep that moves each joint behind the last one that it reads. A joint that has been moved is
+    // stepped over, and the joint behind it is taken without that test. Joints which read each other come to
+    // an end too: the position never goes back, and there are ever fewer joints that haven't been moved.
     std::vector<bool> isMoved(skeleton.GetJointCount(), false);
     std::size_t i = 0;
     while (i < order.size()) {

@@ -45,7 +45,7 @@ Retargeting::Retargeting(const UtilityConfigData& config)
     sourceMappingInfo.initialize(0, targetJointCount);
     targetMappingInfo.initialize(0, targetJointCount);
     targetTPoses[velkori_RetargetingBehavior_RotationsUnscaled].Initialize(
-        velkori_SkeletonTPoseType_Unscaled);
+        config.GetTargetSkeleton().GetUnscaledOrMinTPose());
     InitializeHeights();
     InitializeReferencePoses(velkori_SkeletonType_Source);
     InitializeReferencePoses(velkori_SkeletonType_Target);
@@ -92,11 +92,6 @@ const PoseData& Retargeting::GetTPoseData(
 const PoseData& Retargeting::GetCurrentTPoseData(velkori_SkeletonType skeletonType) const {
     return skeletonType == velkori_SkeletonType_Source ? sourceReferenceTPose
                                                        : targetTPoses[behaviorInfo.behavior];
-}
-
-const std::vector<JointPose>& Retargeting::GetTPose(velkori_SkeletonType skeletonType,
-    velkori_SkeletonTPoseType tPoseType, velkori_JointRelativeSpaceType space) const {
-    return GetTPoseData(skeletonType, tPoseType).GetJointPoses(space);
 }
 
 const PoseData& Retargeting::GetLastFramePose(velkori_SkeletonType skeletonType) const {

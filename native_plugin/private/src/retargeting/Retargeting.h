@@ -34,14 +34,12 @@ class Retargeting {
         velkori_SkeletonType skeletonType, velkori_SkeletonTPoseType tPoseType) const;
     // The tracked body's rest pose, or the target's that the last frame started from.
     const PoseData& GetCurrentTPoseData(velkori_SkeletonType skeletonType) const;
-    const std::vector<JointPose>& GetTPose(velkori_SkeletonType skeletonType,
-        velkori_SkeletonTPoseType tPoseType, velkori_JointRelativeSpaceType space) const;
 
     // Root-space transforms of the source skeleton or of the named manifestation, which may be null or empty.
     void UpdateSourceReferenceTPose(
         const velkori_Transform_* transforms, int jointCount, const char* manifestationName);
     // Takes a root-space rest pose of the source as the reference against which frames are read. Does nothing
-    // if it has another size than the skeleton.
+    // if it has another size than the skeleton or positions that are no body's.
     void UpdateTPose(std::span<const JointPose> sourceTPose);
 
     // -- Frames --------------------------------------------------------------------------------------------
@@ -98,6 +96,7 @@ class Retargeting {
 
     // -- Reference -----------------------------------------------------------------------------------------
     struct ReferenceUpdate;
+    void MatchTargetToReference();
     void MapSourceJoints(ReferenceUpdate& update);
     void BlendOtherJoints(ReferenceUpdate& update);
     void UpdateTargetMappings(const ReferenceUpdate& update);

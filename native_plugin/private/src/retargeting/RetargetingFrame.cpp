@@ -74,9 +74,7 @@ const PoseData& Retargeting::GetStartPose() const {
     if (start.IsInitialized()) {
         return start;
     }
-    const TargetSkeletonData& target = configData.GetTargetSkeleton();
-    const PoseData& unscaled = target.GetTPoseData(velkori_SkeletonTPoseType_Unscaled);
-    return unscaled.IsInitialized() ? unscaled : target.GetTPoseData(velkori_SkeletonTPoseType_Min);
+    return configData.GetTargetSkeleton().GetUnscaledOrMinTPose();
 }
 
 void Retargeting::ReadSourceFrame(

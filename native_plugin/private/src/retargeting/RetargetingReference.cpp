@@ -4,6 +4,7 @@
 #include "retargeting/Retargeting.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace Velkori_Utility {
 
@@ -26,6 +27,18 @@ JointPose ScalePose(const JointPose& pose, float scale) {
 const PoseData& RestPoseOf(const SkeletonData& skeleton, velkori_SkeletonTPoseType type) {
     const PoseData& pose = skeleton.GetTPoseData(type);
     return pose.IsInitialized() ? pose : skeleton.GetUnscaledTPose();
+}
+
+// Positions beyond this are no body's, and the squares of their lengths would overflow. A reference outlives
+// the frame that supplied it: no number in it may become infinite or NaN.
+constexpr float LargestCoordinate = 1e15F;
+
+bool IsUsableAsReference(std::span<const JointPose> pose) {
+    const auto isUsable = [](float coordinate) { return std::abs(coordinate) <= LargestCoordinate; };
+    return std::ranges::all_of(pose, [&](const JointPose& joint) {
+        return isUsable(joint.position.x) && isUsable(joint.position.y) && isUsable(joint.position.z) &&
+               IsFinite(joint.orientation.LengthSquared());
+    });
 }
 
 // How far the body lies between two heights, within that range; 1 where they don't differ.
@@ -62,21 +75,32 @@ void Retargeting::UpdateSourceReferenceTPose(
 
 void Retargeting::UpdateTPose(std::span<const JointPose> sourceTPose) {
     const SourceSkeletonData& source = configData.GetSourceSkeleton();
-    const TargetSkeletonData& target = configData.GetTargetSkeleton();
-    if (source.GetJointCount() < 1 || std::ssize(sourceTPose) != source.GetJointCount()) {
+    if (source.GetJointCount() < 1 || std::ssize(sourceTPose) != source.GetJointCount() ||
+        !IsUsableAsReference(sourceTPose)) {
         return;
     }
     sourceReferenceTPose.Initialize(
         velkori_JointRelativeSpaceType_RootOriginRelative, sourceTPose, JointPose::Identity);
     sourceMappingInfo.Clear();
     targetMappingInfo.Clear();
+    try {
+        MatchTargetToReference();
+    } catch (...) {
+        // Half a reference is none.
+        sourceReferenceTPose.Clear();
+        throw;
+    }
+}
 
+void Retargeting::MatchTargetToReference() {
+    const SourceSkeletonData& source = configData.GetSourceSkeleton();
+    const TargetSkeletonData& target = configData.GetTargetSkeleton();
     ReferenceUpdate update;
     update.sourceRatios = source.CalculateJointInterpolationRatios(sourceReferenceTPose.GetJointLengths());
     update.overallRatio = CalculateOverallRatio(GetPoseRootRelativeReferenceHeight(sourceReferenceTPose),
         GetPoseRootRelativeReferenceHeight(source.GetTPoseData(velkori_SkeletonTPoseType_Min)),
         GetPoseRootRelativeReferenceHeight(source.GetTPoseData(velkori_SkeletonTPoseType_Max)));
-    const PoseData& unscaled = RestPoseOf(target, velkori_SkeletonTPoseType_Unscaled);
+    const PoseData& unscaled = target.GetUnscaledOrMinTPose();
     if (target.GetJointCount() < 1 || !unscaled.IsInitialized()) {
         return;
     }
@@ -179,6 +203,9 @@ void Retargeting::BlendOtherJoints(ReferenceUpdate& update) {
 void Retargeting::UpdateTargetMappings(const ReferenceUpdate& update) {
     const auto& minMappings = configData.GetMinMappingData().GetTargetMappings();
     const auto& maxMappings = configData.GetMaxMappingData().GetTargetMappings();
+    if (minMappings.IsEmpty()) {
+        return;
+    }
     const std::vector<float> targetRatios = configData.GetTargetSkeleton().CalculateJointInterpolationRatios(
         targetTPoses[velkori_RetargetingBehavior_MatchProportions].GetJointLengths());
     for (const auto& [joint, min] : minMappings) {

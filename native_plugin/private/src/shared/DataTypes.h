@@ -13,6 +13,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -35,11 +36,12 @@ constexpr bool IsFinite(float value) {
 }
 
 /// The one normalising rule of vectors and quaternions. Values that are already of unit length keep their
-/// bits, so that normalising repeatedly doesn't let a pose drift; values without length become `degenerate`.
+/// bits, so that normalising repeatedly doesn't let a pose drift; values without length become `degenerate`, and
+/// so do those whose squared length overflows.
 template <typename T>
 T NormalizeOr(const T& value, const T& degenerate) {
     const float lengthSquared = value.LengthSquared();
-    if (lengthSquared <= MinNormal) {
+    if (lengthSquared <= MinNormal || lengthSquared == std::numeric_limits<float>::infinity()) {
         return degenerate;
     }
     if (std::abs(lengthSquared - 1.0f) < NormEpsilon) {
