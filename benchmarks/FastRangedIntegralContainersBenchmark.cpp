@@ -30,7 +30,7 @@ struct Keys {
 
 template <typename Lookup>
 void RunLookups(benchmark::State& state, const Keys& keys, const Lookup& lookup) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         int sum = 0;
         for (const int key : keys.lookups) {
             sum += lookup(key);

@@ -134,7 +134,7 @@ void EncodeFrame(benchmark::State& state) {
     const Motion& motion = Motions[static_cast<std::size_t>(state.range(1))];
     Stream stream(static_cast<int>(state.range(0)), motion);
     double bytes = 0.0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         bytes += stream.Encode();
     }
     Report(state, stream.GetJointCount());
@@ -151,7 +151,7 @@ void DecodeFrame(benchmark::State& state) {
         stream.Encode();
         stream.Decode();
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         stream.Decode();
     }
     Report(state, stream.GetJointCount());
@@ -164,7 +164,7 @@ void CopyFrame(benchmark::State& state) {
     velkori_destroy(handle);
     Transforms copy(frames.front().size());
     std::size_t number = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Transforms& frame = frames[number++ % frames.size()];
         std::memcpy(copy.data(), frame.data(), frame.size() * sizeof frame.front());
         benchmark::DoNotOptimize(copy.data());
