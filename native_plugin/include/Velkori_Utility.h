@@ -1348,7 +1348,7 @@ VELKORI_API velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle ha
 /**
  * Matches a pose to a skeleton: with JointLengths, it becomes the skeleton's rest pose with the bone
  * lengths of the given pose; otherwise the given pose keeps its directions and gets the bone lengths of the
- * current rest pose. On a skeleton without a known hips joint the pose stays as it is.
+ * current rest pose.
  *
  * @param handle the instance.
  * @param skeletonType the skeleton.
@@ -1357,6 +1357,7 @@ VELKORI_API velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle ha
  * @param jointCount the length of in_out_transform: the skeleton's joint count.
  * @param in_out_transform the pose, one transform per joint.
  * @retval velkori_Result_Success the pose is matched.
+ * @retval velkori_Result_Failure the skeleton has no known hips joint; the pose stays as it is.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transform is null.
  * @retval velkori_Result_InvalidValue it holds an invalid transform, or jointSpaceType is outside 0 to 3.
@@ -1370,7 +1371,7 @@ VELKORI_API velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velk
 /**
  * Scales one of two poses of a skeleton to the bone lengths of the other: with JointLengths, the result is
  * the source pose with the lengths of the given one; otherwise the given pose with the lengths of the
- * source pose. On a skeleton without a known hips joint in_out_transformData stays as it is.
+ * source pose.
  *
  * @param handle the instance.
  * @param skeletonType the skeleton of both poses.
@@ -1380,6 +1381,7 @@ VELKORI_API velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velk
  * @param in_transformSourcePose the source pose, one transform per joint.
  * @param in_out_transformData in: the given pose. Out: the result.
  * @retval velkori_Result_Success the result is written.
+ * @retval velkori_Result_Failure the skeleton has no known hips joint; in_out_transformData stays as it is.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter an array is null.
  * @retval velkori_Result_InvalidValue an array holds an invalid transform, or jointSpaceType is outside 0

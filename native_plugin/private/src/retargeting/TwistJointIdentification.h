@@ -1,0 +1,21 @@
+#pragma once
+
+#include "Velkori_Utility.h"
+#include "core/PoseData.h"
+
+#include <bit>
+#include <cstdint>
+#include <vector>
+
+namespace Velkori_Utility::AutoMapping {
+
+// The cosine of 2.5 degrees: directions that are nearer to each other count as one.
+inline constexpr float TwistDeviationThreshold = std::bit_cast<float>(std::uint32_t{0x3F7FC1A0});
+
+// The joints of a rig that only spread a bone's twist, in the order in which a walk down the hierarchy finds
+// them: by the word "twist" in their name, or as leaves that lie on the straight line to a sibling that goes
+// on. The ratio says how far along the bone a joint lies; it is at most 1. A pose that holds nothing has
+// none.
+std::vector<velkori_TwistJointDefinition_> IdentifyTwistJoints(const PoseData& pose);
+
+} // namespace Velkori_Utility::AutoMapping

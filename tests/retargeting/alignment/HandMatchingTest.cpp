@@ -1,0 +1,264 @@
+#include "retargeting/alignment/HandMatching.h"
+
+#include "support/PlacedHands.h"
+#include "support/PoseMatchers.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+using namespace Velkori_Utility;
+using Alignment::MatchPoseHandsAndFingers;
+
+namespace {
+
+constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
+constexpr Vector3f Right = Vector3f::Identity_right_LH;
+
+// Three straight fingers that spread a little, the first in front, set lower and with a joint in the palm.
+PlacedJoints ThreeFingers(float scale = 1.0F) {
+    const Vector3f thumb(0.04F, -0.01F, 0.03F);
+    return RightFinger("a", {thumb * scale, thumb * 0.9F * scale, thumb * 0.7F * scale}) +
+           RightFinger("b", {Vector3f(0.1F, 0, 0.01F) * scale, Right * 0.04F * scale, Right * 0.03F * scale,
+                                Right * 0.02F * scale}) +
+           RightFinger("c", {Vector3f(0.09F, 0, -0.02F) * scale, Right * 0.035F * scale,
+                                Right * 0.025F * scale, Right * 0.02F * scale});
+}
+
+// Turns what is placed about the right wrist.
+PlacedJoints TurnedAboutWrist(PlacedJoints joints, const Vector3f& rotationVector) {
+    const Quaternionf turn = Quaternionf::FromRotationVector(rotationVector);
+    for (PlacedJoint& joint : joints) {
+        joint.position = RightWristPosition + turn.Rotate(joint.position - RightWristPosition);
+        joint.orientation = turn * joint.orientation;
+    }
+    return joints;
+}
+
+Vector3f DirectionBetween(
+    const PlacedBody& body, const PoseData& pose, const std::string& from, const std::string& to) {
+    return (body.PoseOf(to, pose).position - body.PoseOf(from, pose).position).Normalize();
+}
+
+void ExpectPositions(const PlacedBody& body, const PoseData& pose, const PlacedJoints& expected) {
+    for (const PlacedJoint& joint : expected) {
+        ExpectNear(body.PoseOf(joint.name, pose).position, joint.position, 2e-5F, joint.name.c_str());
+    }
+}
+
+// One more finger, so that the hand branches.
+PlacedJoints OtherFinger() {
+    return RightFinger("other", {{0.05F, 0, 0.05F}});
+}
+
+} // namespace
+
+TEST(HandMatching, EqualHandsWithStraightFingersStayAsTheyAre) {
+    const PlacedBody body(TrunkAndArms() + ThreeFingers() +
+                          Finger("left", "leftWrist", {-0.7F, 1.4F, 0}, {-Right * 0.1F, -Right * 0.05F}));
+    for (const bool scaleFingers : {false, true}) {
+        ExpectNear(MatchPoseHandsAndFingers(body.pose, body.pose, scaleFingers).GetJointPoses(RootSpace),
+            body.pose.GetJointPoses(RootSpace), 1e-4F);
+    }
+}
+
+// Only turned: every joint gets to where the source has it.
+TEST(HandMatching, ATurnedHandTurnsBack) {
+    const PlacedBody source(TrunkAndArms() + ThreeFingers());
+    for (const Vector3f& turn :
+        {Vector3f(0.6F, 0, 0), Vector3f(0, 0.4F, 0), Vector3f(0, 0, -0.7F), Vector3f(0.4F, 0.2F, 0.3F)}) {
+        const PlacedBody target(TrunkAndArms() + TurnedAboutWrist(ThreeFingers(), turn));
+        ExpectPositions(target, MatchPoseHandsAndFingers(source.pose, target.pose, false), ThreeFingers());
+    }
+}
+
+TEST(HandMatching, TheWristTurnsUntilBothHandsLieAcrossTheSameWay) {
+    const PlacedJoints fingers = RightFinger("a", {{0.1F, 0, 0.03F}, Right * 0.05F}) +
+                                 RightFinger("b", {{0.1F, 0, -0.03F}, Right * 0.05F});
+    const PlacedBody source(TrunkAndArms() + fingers);
+    const PlacedBody target(TrunkAndArms() + TurnedAboutWrist(fingers, Right * 0.6F));
+    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    for (const std::string joint : {"rightWrist", "a0", "b1"}) {
+        const Quaternionf before = target.PoseOf(joint, target.pose).orientation;
+        const Quaternionf expected = Quaternionf::FromRotationVector(-Right * 0.6F) * before;
+        EXPECT_NEAR(AngleBetween(target.PoseOf(joint, matched).orientation, expected), 0.0F, 1e-3F) << joint;
+    }
+}
+
+// A tip that is bent against the joint before it is straightened.
+TEST(HandMatching, ATipTurnsAsIfTheLastBoneWentOnFromIt) {
+    PlacedJoints fingers = OtherFinger() + RightFinger("f", {Right * 0.1F, Right * 0.05F});
+    const PlacedBody source(TrunkAndArms() + fingers);
+    fingers.back().orientation = Quaternionf::FromRotationVector({0, 0.2F, 0.3F});
+    const PlacedBody target(TrunkAndArms() + fingers);
+    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    EXPECT_NEAR(AngleBetween(target.PoseOf("f1", matched).orientation, Quaternionf::Identity), 0.0F, 1e-3F);
+}
+
+TEST(HandMatching, ScaledFingersEndWhereTheSourcesDo) {
+    const PlacedBody source(TrunkAndArms() + ThreeFingers());
+    for (const float scale : {0.5F, 0.9F, 1.7F}) {
+        const PlacedBody target(TrunkAndArms() + ThreeFingers(scale));
+        const PoseData scaled = MatchPoseHandsAndFingers(source.pose, target.pose, true);
+        const PoseData unscaled = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+        for (const std::string tip : {"b3", "c3"}) {
+            ExpectNear(target.PoseOf(tip, scaled).position, source.PoseOf(tip, source.pose).position, 1e-4F,
+                tip.c_str());
+        }
+        const std::vector<float>& lengths = target.pose.GetJointLengths();
+        for (std::size_t i = 0; i < lengths.size(); ++i) {
+            EXPECT_NEAR(unscaled.GetJointLengths()[i], lengths[i], 1e-6F) << i;
+        }
+    }
+}
+
+// The target's knuckle keeps its distance of 0.05 from the wrist and lands on the line z = 0.03 along x: that
+// is a triangle of sides 3, 4 and 5.
+TEST(HandMatching, AKnuckleLandsOnTheLineOfTheSourcesFinger) {
+    struct Case {
+        std::vector<Vector3f> sourceBones;
+        bool scaleFingers = false;
+        Vector3f knuckle;
+        std::vector<Vector3f> targetBones = {Right * 0.05F, Right * 0.06F};
+    };
+
+    const Case cases[] = {
+        {{{0.08F, 0, 0.03F}, Right * 0.12F}, false, {0.04F, 0, 0.03F}},
+        // The source's first joint lies in the palm: its second one is the knuckle.
+        {{Right * 0.02F, {0.06F, 0, 0.03F}, Right * 0.02F, Right * 0.02F}, false, {0.04F, 0, 0.03F}},
+        // A line out of reach: the knuckle comes as near to it as it can.
+        {{{0.08F, 0, 0.06F}, Right * 0.12F}, false, {0, 0, 0.05F}},
+        // Scaling takes the tip from 0.04 + 0.06 along the line out to 0.2, and the knuckle with it.
+        {{{0.08F, 0, 0.03F}, Right * 0.12F}, true, {0.08F, 0, 0.03F}},
+        // There are no bones to compare: the knuckle gets as far from the wrist as the source's.
+        {{{0.06F, 0, 0.08F}}, true, {0.06F, 0, 0.08F}},
+        // Where the line is out of reach too, what the knuckle lacks, 0.06 / 0.05, is taken off that.
+        {{{0.08F, 0, 0.06F}, Right * 0.12F}, true, {0, 0, 0.05F * 0.1F / (0.06F * 1.2F)}, {Right * 0.05F}},
+    };
+    for (const Case& c : cases) {
+        const PlacedJoints thumb = RightFinger("thumb", {{0.05F, 0, 0.1F}});
+        const PlacedBody source(TrunkAndArms() + thumb + RightFinger("f", c.sourceBones));
+        const PlacedBody target(TrunkAndArms() + thumb + RightFinger("f", c.targetBones));
+        const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, c.scaleFingers);
+        ExpectNear(target.PoseOf("f0", matched).position, RightWristPosition + c.knuckle, 1e-5F);
+    }
+}
+
+// Source bones are all of the same length; target lengths are in units of it.
+TEST(HandMatching, BonesFollowTheSourcesCurveByTheirShareOfIt) {
+    const auto direction = [](float angle) { return Vector3f(std::cos(angle), -std::sin(angle), 0); };
+
+    struct Case {
+        std::vector<float> sourceAngles;
+        std::vector<float> targetLengths;
+        std::vector<Vector3f> expected;
+    };
+
+    const Case cases[] = {
+        // Each bone points where the source's finger points at that bone's end: as the next one does.
+        {{0.1F, 0.4F, 0.8F}, {1, 1, 1}, {direction(0.4F), direction(0.8F), direction(0.8F)}},
+        // Of lengths that are compared, there are as many as both have; the last bone follows the tip.
+        {{0.1F, 0.4F, 0.8F, 1.0F}, {1, 1}, {direction(0.4F), direction(1.0F)}},
+        // Half a bone on, it is half way between two directions.
+        {{0.1F, 0.4F, 0.8F}, {1.5F, 0.5F, 1}, {direction(0.6F), direction(0.8F), direction(0.8F)}},
+        {{0.1F, 0.4F}, {0.5F, 1.5F, 1, 1},
+            {direction(0.25F), direction(0.4F), direction(0.4F), direction(0.4F)}},
+        {{}, {1, 1}, {direction(0.0F), direction(0.0F)}},
+    };
+    for (const Case& c : cases) {
+        std::vector<Vector3f> sourceBones = {Right * 0.1F};
+        for (const float angle : c.sourceAngles) {
+            sourceBones.push_back(direction(angle) * 0.02F);
+        }
+        std::vector<Vector3f> targetBones = {Right * 0.1F};
+        for (const float length : c.targetLengths) {
+            targetBones.push_back(Right * 0.02F * length);
+        }
+        const PlacedBody source(TrunkAndArms() + OtherFinger() + RightFinger("f", sourceBones));
+        const PlacedBody target(TrunkAndArms() + OtherFinger() + RightFinger("f", targetBones));
+        const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+        for (std::size_t i = 0; i < c.expected.size(); ++i) {
+            ExpectNear(
+                DirectionBetween(target, matched, "f" + std::to_string(i), "f" + std::to_string(i + 1)),
+                c.expected[i], 1e-4F);
+        }
+    }
+}
+
+TEST(HandMatching, FingersThatTheSourceHasNotFollowItsLast) {
+    const Vector3f lastDirection = Vector3f(0.8F, -0.6F, 0);
+    const PlacedBody source(TrunkAndArms() + RightFinger("a", {{0.1F, 0, 0.02F}, Right * 0.03F}) +
+                            RightFinger("b", {{0.1F, 0, 0}, lastDirection * 0.03F}));
+    PlacedJoints fingers;
+    for (int i = 0; i < 4; ++i) {
+        const float z = 0.02F - 0.02F * static_cast<float>(i);
+        fingers =
+            fingers + RightFinger(std::string(1, static_cast<char>('a' + i)), {{0.1F, 0, z}, Right * 0.02F});
+    }
+    const PlacedBody target(TrunkAndArms() + fingers);
+    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    ExpectNear(DirectionBetween(target, matched, "a0", "a1"), Right, 1e-4F);
+    for (const std::string finger : {"b", "c", "d"}) {
+        ExpectNear(DirectionBetween(target, matched, finger + "0", finger + "1"), lastDirection, 1e-4F);
+    }
+}
+
+// The target's fingers hang down by an angle that the first one, which doesn't count, hasn't.
+TEST(HandMatching, ThePalmTurnsWithTheFingersAndTakesAlongWhatElseHangsOnIt) {
+    const float angle = 0.5F;
+    const PlacedJoints thumb = RightFinger("thumb", {{0.05F, 0, 0.05F}});
+    const PlacedJoints straight = RightFinger("finger", {Right * 0.1F, Right * 0.05F});
+    const PlacedJoints watch = {{"watch", "rightWrist", RightWristPosition + Right * 0.02F},
+        {"buckle", "watch", RightWristPosition + Right * 0.04F}};
+    const PlacedBody source(TrunkAndArms() + thumb + straight);
+    const PlacedBody target(
+        TrunkAndArms() + thumb + TurnedAboutWrist(straight, {0, 0, -angle}) + watch, {"watch"});
+    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    ExpectPositions(target, matched, thumb + straight);
+    const JointPose& hand = target.PoseOf("rightWrist", matched);
+    const Vector3f fingerBefore(std::cos(angle), -std::sin(angle), 0);
+    ExpectNear(hand.orientation.Rotate(fingerBefore), Right, 1e-4F, "the finger as it hung on the hand");
+    ExpectNear(hand.position, RightWristPosition, 1e-6F);
+    for (const PlacedJoint& joint : watch) {
+        ExpectNear(
+            hand.orientation.Inverse().Rotate(target.PoseOf(joint.name, matched).position - hand.position),
+            joint.position - RightWristPosition, 1e-5F, joint.name.c_str());
+    }
+}
+
+TEST(HandMatching, AHandThatOneSideLacksStaysAndTheOtherIsMatched) {
+    const PlacedJoints leftHand =
+        Finger("left", "leftWrist", {-0.7F, 1.4F, 0}, {{-0.1F, 0.05F, 0}, {-0.05F, 0, 0}});
+    const PlacedBody source(TrunkAndArms() + ThreeFingers());
+    const PlacedBody target(TrunkAndArms() + TurnedAboutWrist(ThreeFingers(), {0.5F, 0, 0}) + leftHand);
+    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    ExpectPositions(target, matched, ThreeFingers() + leftHand);
+    EXPECT_TRUE(
+        MatchPoseHandsAndFingers(PoseData(source.skeleton), target.pose, true).IsApproxEqual(target.pose));
+    EXPECT_FALSE(MatchPoseHandsAndFingers(source.pose, PoseData(target.skeleton), true).IsInitialized());
+}
+
+TEST(HandMatching, FingersWithoutLengthStayFinite) {
+    const Vector3f none;
+    const PlacedJoints hands[] = {
+        ThreeFingers(),
+        ThreeFingers(0.0F),
+        RightFinger("a", {none}),
+        RightFinger("a", {none, none, Right * 0.1F, none}) + RightFinger("b", {Right * 0.1F, none, none}),
+        RightFinger("a", {Right * 0.1F, Vector3f::Identity_up_LH * 0.1F}) + RightFinger("b", {-Right * 0.1F}),
+        RightFinger("a", {Right * 1e-20F, Right * 1e-20F}) + RightFinger("b", {Right * 1e-20F}),
+    };
+    for (const PlacedJoints& sourceHand : hands) {
+        for (const PlacedJoints& targetHand : hands) {
+            for (const bool scaleFingers : {false, true}) {
+                const PlacedBody source(TrunkAndArms() + sourceHand);
+                const PlacedBody target(TrunkAndArms() + targetHand);
+                const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, scaleFingers);
+                for (const JointPose& joint : matched.GetJointPoses(RootSpace)) {
+                    EXPECT_LT(joint.position.Length(), 10.0F);
+                    EXPECT_NEAR(joint.orientation.LengthSquared(), 1.0F, 1e-4F);
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/SkeletonData.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+// A body whose joints are told by name, parent and root-space pose, in any place and order. Joints named like
+// known joints are these.
+struct PlacedJoint {
+    std::string name;
+    std::string parent;
+    Velkori_Utility::Vector3f position{};
+    Velkori_Utility::Quaternionf orientation{};
+};
+
+using PlacedJoints = std::vector<PlacedJoint>;
+
+class PlacedBody {
+  public:
+    explicit PlacedBody(const PlacedJoints& joints, const std::vector<std::string>& excluded = {})
+        : skeleton(MakeParams(joints, excluded)),
+          pose(skeleton, velkori_JointRelativeSpaceType_RootOriginRelative, MakePose(joints),
+              Velkori_Utility::JointPose::Identity) {}
+
+    int Find(const std::string& name) const {
+        const auto& names = skeleton.GetJointNames();
+        return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
+    }
+
+    const Velkori_Utility::JointPose& PoseOf(
+        const std::string& name, const Velkori_Utility::PoseData& in) const {
+        return in.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative).at(Find(name));
+    }
+
+    Velkori_Utility::SourceSkeletonData skeleton;
+    Velkori_Utility::PoseData pose;
+
+  private:
+    static Velkori_Utility::SkeletonInitializationParams MakeParams(
+        const PlacedJoints& joints, const std::vector<std::string>& excluded) {
+        Velkori_Utility::SkeletonInitializationParams params;
+        for (const PlacedJoint& joint : joints) {
+            params.jointNames.push_back(joint.name);
+            params.parentJointNames.push_back(joint.parent);
+        }
+        params.knownJointNames.assign(
+            std::begin(VELKORI_KNOWN_JOINT_NAMES), std::end(VELKORI_KNOWN_JOINT_NAMES));
+        params.autoMappingExcludedJoints = excluded;
+        return params;
+    }
+
+    static std::vector<Velkori_Utility::JointPose> MakePose(const PlacedJoints& joints) {
+        std::vector<Velkori_Utility::JointPose> pose;
+        pose.reserve(joints.size());
+        for (const PlacedJoint& joint : joints) {
+            pose.emplace_back(joint.orientation, joint.position);
+        }
+        return pose;
+    }
+};
+
+inline PlacedJoints operator+(PlacedJoints joints, const PlacedJoints& more) {
+    joints.insert(joints.end(), more.begin(), more.end());
+    return joints;
+}
