@@ -1357,7 +1357,8 @@ VELKORI_API velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle ha
  * @param jointCount the length of in_out_transform: the skeleton's joint count.
  * @param in_out_transform the pose, one transform per joint.
  * @retval velkori_Result_Success the pose is matched.
- * @retval velkori_Result_Failure the skeleton has no known hips joint; the pose stays as it is.
+ * @retval velkori_Result_Failure the skeleton has no known hips joint or, with JointLengths, no rest poses;
+ *     the pose stays as it is.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transform is null.
  * @retval velkori_Result_InvalidValue it holds an invalid transform, or jointSpaceType is outside 0 to 3.

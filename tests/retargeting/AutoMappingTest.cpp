@@ -146,7 +146,6 @@ TEST(MappingGeneration, AHeadNeedsItsCounterpartAndOtherLimbsFallBackToTheirChai
         std::count_if(texts.begin(), texts.end(), [](const std::string& t) { return t.starts_with("head"); }),
         0);
     EXPECT_NE(std::find(texts.begin(), texts.end(), "leftElbow <- leftElbow 100/0"), texts.end());
-    // A joint at the very place of one of another limb has no infinite weight.
     EXPECT_TRUE(AutoMapping::GenerateJointMappings(
         PoseData(PlacedBody(Body()).skeleton), PlacedBody(Body()).pose, None)
                     .empty());

@@ -141,6 +141,7 @@ TEST(Interpolator, TrackersBeginWithTheirFirstPair) {
 TEST(Interpolator, WaitingFramesDontGrowWithoutBound) {
     FaceSnapshotInterpolator interpolator(1, MaxBlend, SmoothingTime);
     std::vector<std::shared_ptr<FaceSnapshot>> ring;
+    ring.reserve(3);
     for (int i = 0; i < 3; ++i) {
         ring.push_back(std::make_shared<FaceSnapshot>(Max, std::vector<float>{0.0F}, 0.0));
     }

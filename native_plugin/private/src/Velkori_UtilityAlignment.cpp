@@ -61,7 +61,9 @@ velkori_Result CheckJointCount(const SkeletonData& skeleton, int32_t jointCount)
 velkori_Result WriteMatchedPose(
     const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
     if (!pose.IsInitialized()) {
-        return Fail(velkori_Result_Failure, "Cannot match a pose of a skeleton without a known hips joint");
+        const bool hasHips = pose.GetSkeleton().GetJointIndex(velkori_KnownJointType_Hips) != -1;
+        return Fail(velkori_Result_Failure, "Cannot match a pose of a skeleton without %s",
+            hasHips ? "rest poses" : "a known hips joint");
     }
     WritePose(pose, space, out_transforms);
     return velkori_Result_Success;

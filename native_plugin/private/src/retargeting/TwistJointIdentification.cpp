@@ -36,8 +36,10 @@ class TwistJointSearch {
 
     std::vector<velkori_TwistJointDefinition_> Run() {
         queue = skeleton.GetRootJoints();
-        for (std::size_t next = 0; next < queue.size(); ++next) {
-            Visit(queue[next]);
+        // Visiting a joint appends to the queue.
+        std::size_t next = 0;
+        while (next < queue.size()) {
+            Visit(queue[next++]);
         }
         return definitions.ToValueVector();
     }

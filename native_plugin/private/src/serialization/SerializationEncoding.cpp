@@ -67,7 +67,7 @@ CompressedQuaternionf getProcessedRotation(JointSerializationOption& option,
     case JointSerializationOption_RotationDelta: {
         bool fits = false;
         // Behind the index of the largest component, which a delta can't change.
-        const CompressedQuaternionf delta = ComputeDelta(baseline, current, RotationDeltaLimit, fits, 1);
+        CompressedQuaternionf delta = ComputeDelta(baseline, current, RotationDeltaLimit, fits, 1);
         if (fits && baseline.getComponents()[0] == current.getComponents()[0]) {
             return delta;
         }
@@ -86,7 +86,7 @@ CompressedVector3f getProcessedPosition(
         return current;
     case JointSerializationOption_PositionDelta: {
         bool fits = false;
-        const CompressedVector3f delta = ComputeDelta(baseline, current, PositionDeltaLimit, fits);
+        CompressedVector3f delta = ComputeDelta(baseline, current, PositionDeltaLimit, fits);
         if (fits) {
             return delta;
         }

@@ -76,7 +76,7 @@ PoseData ScaleToMatchPoseHeight(
     const PoseData& source, const PoseData& target, velkori_KnownJointType knownJoint) {
     const int sourceJoint = source.GetSkeleton().GetJointIndex(knownJoint);
     const int targetJoint = target.GetSkeleton().GetJointIndex(knownJoint);
-    if (sourceJoint == -1 || targetJoint == -1) {
+    if (!source.IsInitialized() || !target.IsInitialized() || sourceJoint == -1 || targetJoint == -1) {
         return target;
     }
     const float targetHeight = HeightOf(target.GetJointPoses(RootSpace)[targetJoint]);
