@@ -1563,7 +1563,8 @@ VELKORI_API velkori_Result velkori_serializeEndHeader(
  * @retval velkori_Result_Success the record or its size is written.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_bufferSizeInBytes is null.
- * @retval velkori_Result_OperationFailed no snapshot has been created.
+ * @retval velkori_Result_OperationFailed no snapshot has been created, or another instance has shortened the
+ *     ring since.
  * @retval velkori_Result_BufferTooSmall the buffer is smaller than the needed size, or the record came out
  *     larger than its computed size.
  */
@@ -1617,8 +1618,9 @@ VELKORI_API velkori_Result velkori_deserializeSnapshotTimestamp(const void* data
  * @param handle the instance.
  * @param data the record. As many bytes must be readable as the record is long, rounded up to whole 32-bit
  *     words, and never more than VELKORI_MAX_SNAPSHOT_SIZE (4,096): a word is loaded only when bits of it
- *     are needed. A record that is damaged or of other skeletons may read up to that limit. Must not be
- *     null.
+ *     are needed. A record that is damaged or of other skeletons may read up to that limit, and so may one
+ *     with frame data whose compression type isn't Max, since trackers read back from streams of Max only:
+ *     keep that many bytes readable for those. Must not be null.
  * @param out_timestamp takes the seconds, 0 to 1800; must not be null.
  * @param out_compressionType takes the record's compression type; must not be null.
  * @param out_ack takes the ack to send back; must not be null.
@@ -1668,6 +1670,7 @@ VELKORI_API velkori_Result velkori_resetInterpolators(velkori_Handle handle);
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_jointCount is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the joint count.
+ * @retval velkori_Result_InvalidValue time is not a finite number.
  */
 VELKORI_API velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle handle,
     velkori_SkeletonType skeletonType, velkori_Transform_* out_bodyPose, int32_t* in_out_jointCount,
@@ -1682,11 +1685,12 @@ VELKORI_API velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle ha
  * @param in_out_shapeCount the length of out_facePose; set to the number of weights written.
  * @param time the time to sample at.
  * @retval velkori_Result_Success the weights or their number are written.
- * @retval velkori_Result_Failure no frame is due yet, or the target has no blend shapes; nothing is
- *     written.
+ * @retval velkori_Result_Failure no frame is due yet, or the target has no blend shapes; nothing is written
+ *     and nothing logged.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_shapeCount is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the number of blend shapes.
+ * @retval velkori_Result_InvalidValue time is not a finite number.
  */
 VELKORI_API velkori_Result velkori_getInterpolatedFacePose(
     velkori_Handle handle, int32_t reserved, float* out_facePose, int32_t* in_out_shapeCount, double time);
@@ -1702,6 +1706,7 @@ VELKORI_API velkori_Result velkori_getInterpolatedFacePose(
  * @retval velkori_Result_Success the pose is written.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter out_pose is null.
+ * @retval velkori_Result_InvalidValue time is not a finite number.
  */
 VELKORI_API velkori_Result velkori_getInterpolatedTrackerJointPose(
     velkori_Handle handle, int32_t trackerIndex, velkori_Transform_* out_pose, double time);

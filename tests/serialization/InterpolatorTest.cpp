@@ -102,6 +102,10 @@ TEST(Interpolator, BodiesMoveAlongALineAndTurnAlongTheShortestWay) {
     ExpectNear(interpolator.updateAndInterpolatePose(0.5)[0].position, {-2, 0, -1}, 1e-5F);
     ExpectNear(interpolator.updateAndInterpolatePose(1.75)[0].position, {3, 0, 1.5F}, 1e-5F);
 
+    // So far before both that the line ends nowhere.
+    interpolator.updateAndInterpolatePose(-1e300);
+    ExpectNear(interpolator.updateAndInterpolatePose(1.75)[0].position, {3, 0, 1.5F}, 1e-5F);
+
     // A quarter turn about x, as the quaternion with the other sign and twice the length.
     const JointPose half = BodySnapshotInterpolator::interpolateJointPose({Quaternionf::Identity, {0, 0, 0}},
         {{-2 * HalfRoot2, 0, 0, -2 * HalfRoot2}, {4, 0, 2}, {3, 3, 3}}, 0.5F);

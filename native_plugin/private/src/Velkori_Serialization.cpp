@@ -300,6 +300,10 @@ velkori_Result velkori_serializeSnapshot(
         if (snapshot == nullptr) {
             return FailWithoutSnapshot("serialize");
         }
+        if (!stream.canSerialize()) {
+            return Fail(velkori_Result_OperationFailed,
+                "Cannot serialize the current snapshot because the snapshot count has changed since.");
+        }
         const std::uint64_t bits = stream.prepareCurrentSnapshot();
         const std::uint64_t size = (bits + 31) / 32 * 4;
         if (out_buffer == nullptr) {

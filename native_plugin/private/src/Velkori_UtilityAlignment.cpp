@@ -65,6 +65,9 @@ velkori_Result WriteMatchedPose(
         return Fail(velkori_Result_Failure, "Cannot match a pose of a skeleton without %s",
             hasHips ? "rest poses" : "a known hips joint");
     }
+    if (!AreFinite(JointPosesOf(pose, space))) {
+        return Fail(velkori_Result_Failure, "Cannot match poses whose bone lengths are too far apart");
+    }
     WritePose(pose, space, out_transforms);
     return velkori_Result_Success;
 }

@@ -138,12 +138,6 @@ velkori_PoseInfo_ DescribePose(const PoseData& pose) {
     return info;
 }
 
-bool AreFinite(std::span<const JointPose> poses) {
-    return std::ranges::all_of(poses, [](const JointPose& pose) {
-        return IsFinite(pose.position.x) && IsFinite(pose.position.y) && IsFinite(pose.position.z);
-    });
-}
-
 velkori_Result FailWithNonFinite(const char* parameterName) {
     return Fail(velkori_Result_InvalidValue, "Parameter %s must be a finite number", parameterName);
 }

@@ -228,12 +228,7 @@ void CheckPoses(const SkeletonInitializationParams& params, FaultReport& faults)
 // A number beyond the range of a float reads as infinity, and would spread through everything that is derived
 // from the pose.
 void CheckPoseNumbers(std::span<const JointPose> pose, std::string_view poseName, FaultReport& faults) {
-    const auto isFinite = [](const Vector3f& v) { return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z); };
-    const bool areFinite = std::ranges::all_of(pose, [&](const JointPose& joint) {
-        return isFinite(joint.position) && isFinite(joint.scale) &&
-               IsFinite(joint.orientation.LengthSquared());
-    });
-    if (!areFinite) {
+    if (!AreFinite(pose)) {
         faults.Add({"SKELETON: ", poseName, " contains nan/inf values."});
     }
 }

@@ -5,7 +5,6 @@
 #include "retargeting/TwistJointIdentification.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace Velkori_Utility::AutoMapping {
@@ -22,22 +21,6 @@ constexpr float ExactMatchDistance = 0.005F;
 constexpr float SmallestShare = 0.075F;
 // What is nearer counts as being so near, so that no weight becomes infinite.
 constexpr float SmallestDistance = 1e-5F;
-
-struct TwistLimbKnownJointPair {
-    HumanoidLimb limb;
-    velkori_KnownJointType start;
-    velkori_KnownJointType end;
-};
-
-// Along which limbs without twist joints the end's rotation is carried up. The last row's limb isn't the
-// leg's that its joints are of, so that a right leg never matches it: configurations rely on getting none for
-// it.
-constexpr std::array<TwistLimbKnownJointPair, 4> LimbTwistKnownJointChains = {{
-    {HumanoidLimb_LeftArm, velkori_KnownJointType_LeftWrist, velkori_KnownJointType_LeftUpperArm},
-    {HumanoidLimb_RightArm, velkori_KnownJointType_RightWrist, velkori_KnownJointType_RightUpperArm},
-    {HumanoidLimb_LeftLeg, velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_LeftUpperLeg},
-    {HumanoidLimb_RightArm, velkori_KnownJointType_RightAnkle, velkori_KnownJointType_RightUpperLeg},
-}};
 
 using JointSet = FastRangedIntegralSet<int>;
 
@@ -71,13 +54,12 @@ int FindCounterpartOnChain(
 // The entries of one mapping, with the sums of their weights.
 class WeightedEntries {
   public:
-    // Takes the place of an earlier entry of the same joint.
+    // Takes the place of the first entry if that is of the same joint. No other joint comes twice.
     void Set(int joint, float rotationWeight, float positionWeight) {
-        const auto found = std::ranges::find(entries, joint, &velkori_JointMappingEntry_::jointIndex);
-        if (found != entries.end()) {
-            rotationTotal -= found->rotationWeight;
-            positionTotal -= found->positionWeight;
-            *found = {joint, rotationWeight, positionWeight};
+        if (!entries.empty() && entries.front().jointIndex == joint) {
+            rotationTotal -= entries.front().rotationWeight;
+            positionTotal -= entries.front().positionWeight;
+            entries.front() = {joint, rotationWeight, positionWeight};
         } else {
             entries.push_back({joint, rotationWeight, positionWeight});
         }

@@ -3,6 +3,7 @@
 #include "serialization/CompressedJointPose.h"
 #include "serialization/CompressedShapePose.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -16,6 +17,12 @@ class BitReader {
     // `bytes` is an upper limit. From the first word on, a word is loaded only when a bit of it is needed, so
     // a record may end before the limit, and flush with its memory.
     BitReader(const void* inWords, int bytes);
+
+    // Ends the stream with the word in which the bit before `end`, counted from its start, lies.
+    void endAt(std::int64_t end) {
+        const std::int64_t wholeWords = (std::max(end, std::int64_t{0}) + 31) / 32 * 32;
+        maxBits = static_cast<int>(std::min(std::int64_t{maxBits}, wholeWords));
+    }
 
     std::uint32_t readBits(int bits) {
         if (bits > maxBits - bitsRead) {

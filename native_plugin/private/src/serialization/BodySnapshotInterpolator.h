@@ -39,7 +39,8 @@ class BodySnapshotInterpolator {
 
 // Whether all components are finite and the length is 1 within rounding.
 bool IsUnit(const Quaternionf& rotation);
-// Moves a pose towards another by the given share of the way; its scale stays.
+// Moves a pose towards another by the given share of the way; its scale stays. A sample that isn't finite, as
+// it is far before the first of two frames, moves nothing.
 void EaseTowards(JointPose& running, const JointPose& sample, float share);
 
 } // namespace Velkori_Utility

@@ -31,6 +31,9 @@ void FaceSnapshot::writeToStream(BitWriter& writer) const {
 void FaceSnapshot::readFromStream(BitReader& reader, std::uint32_t bits, int count,
     velkori_CompressionType type, const SkeletonData& /*skeleton*/, const FaceSnapshot& baseline) {
     const std::int64_t end = std::int64_t{reader.getBitsRead()} + bits;
+    // Nothing follows the face. Weights that are read at another precision than the stream's could reach past
+    // the record's own memory.
+    reader.endAt(end);
     const std::size_t shapeCount =
         std::min({static_cast<std::size_t>(std::max(count, 0)), elements.size(), baseline.compressed.size()});
     for (std::size_t shape = 0; shape < shapeCount && reader.getBitsRead() < end; ++shape) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -14,12 +15,15 @@ namespace Velkori_Utility {
 template <typename Source>
 class FramePair {
   public:
-    // Arrival order is kept. A frame that waits already was written over by the new one and has its time; its
-    // old place could never be used. So no more frames wait than a ring has slots.
+    // Arrival order is kept. A shared frame that waits already was written over by the new one and has its
+    // time; its old place could never be used. So no more of them wait than a ring has slots. Of others the
+    // oldest are given up, many at once, so that whoever never asks pays little for it.
     void Add(const Source& frame) {
-        std::erase(pending, frame);
-        if (pending.size() >= MaxPendingCount) {
-            pending.erase(pending.begin());
+        if constexpr (IsShared) {
+            std::erase(pending, frame);
+        }
+        if (std::ssize(pending) >= 2 * MaxPendingCount) {
+            pending.erase(pending.begin(), pending.begin() + MaxPendingCount);
         }
         pending.push_back(frame);
     }
@@ -58,9 +62,10 @@ class FramePair {
     // newer one by more than `maxBlend` says.
     float BlendFactor(float maxBlend) const {
         const double duration = nextTime - previousTime;
-        return duration > 0.0
-                   ? static_cast<float>(std::min((lastTime - previousTime) / duration, double{maxBlend}))
-                   : 1.0F;
+        constexpr double Lowest = std::numeric_limits<float>::lowest();
+        return duration > 0.0 ? static_cast<float>(std::clamp(
+                                    (lastTime - previousTime) / duration, Lowest, double{maxBlend}))
+                              : 1.0F;
     }
 
     // How much of its way to the sample the running pose goes, 0 to 1.
@@ -77,8 +82,9 @@ class FramePair {
     const Source& GetNext() const { return *next; }
 
   private:
+    static constexpr bool IsShared = requires(const Source& source) { source.use_count(); };
     // The longest ring.
-    static constexpr std::size_t MaxPendingCount = 800;
+    static constexpr std::ptrdiff_t MaxPendingCount = 800;
 
     std::vector<Source> pending;
     std::optional<Source> previous;

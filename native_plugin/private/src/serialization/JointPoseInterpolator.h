@@ -12,8 +12,6 @@ class JointPoseInterpolator {
         JointPose pose;
         // Seconds.
         double time = 0.0;
-
-        bool operator==(const JointPoseInfo&) const = default;
     };
 
     JointPoseInterpolator(float blendLimit, float smoothing);

@@ -68,8 +68,9 @@ Serialization::Serialization(const UtilityConfigData& config)
 
 void Serialization::initializeSnapshots() {
     currentIndex = currentAck = baselineIndex = -1;
-    defaultSnapshot = makeRestSnapshot();
+    ackedFrame = 0;
     sendRing.resize(maxSnapshotSize);
+    slotFrames.resize(maxSnapshotSize);
     receiveRing.resize(maxSnapshotSize);
 }
 
@@ -80,6 +81,7 @@ std::shared_ptr<Snapshot> Serialization::makeRestSnapshot() const {
 void Serialization::growRings() {
     const auto size = static_cast<std::size_t>(maxSnapshotSize);
     sendRing.resize(std::max(sendRing.size(), size));
+    slotFrames.resize(sendRing.size());
     receiveRing.resize(std::max(receiveRing.size(), size));
 }
 
@@ -96,15 +98,28 @@ void Serialization::resetInterpolators() {
 
 void Serialization::createOutgoingSnapshot(velkori_CompressionType type, int ack, double timestamp) {
     growRings();
-    currentIndex = (currentIndex + 1) % maxSnapshotSize;
-    currentAck = ack;
-    std::shared_ptr<Snapshot>& slot = sendRing[currentIndex];
+    const int index = (currentIndex + 1) % maxSnapshotSize;
+    std::shared_ptr<Snapshot>& slot = sendRing[index];
     if (slot == nullptr) {
         slot = makeRestSnapshot();
     }
     slot->restart(type, timestamp);
+    slotFrames[index] = ++lastFrame;
+    currentIndex = index;
+    updateBaseline(ack);
+}
+
+// On a link that is down, a host passes the same ack again and again. Once the ring has come round, the slot
+// holds another frame than the one that was received.
+void Serialization::updateBaseline(int ack) {
     const bool hasSnapshot = ack >= 0 && ack < maxSnapshotSize && sendRing[ack] != nullptr;
-    baselineIndex = hasSnapshot ? ack : -1;
+    const std::uint64_t frame = hasSnapshot ? slotFrames[ack] : 0;
+    const bool isOutdated = ack == currentAck && frame != ackedFrame;
+    if (!isOutdated) {
+        ackedFrame = frame;
+    }
+    currentAck = ack;
+    baselineIndex = hasSnapshot && !isOutdated ? ack : -1;
 }
 
 bool Serialization::addFramedata(const FrameData& data) {
@@ -119,10 +134,24 @@ bool Serialization::addFramedata(const FrameData& data) {
 
 std::uint32_t Serialization::prepareCurrentSnapshot() {
     Snapshot& snapshot = *sendRing[currentIndex];
+    if (snapshot.hasTargetBody() && !snapshot.targetFace->hasData) {
+        keepBaselineFace(*snapshot.targetFace);
+    }
     snapshot.baselineAck = baselineIndex;
     snapshot.ack = currentIndex;
     snapshot.calculateHeaderSize();
     return snapshot.getSerializationSizeBits();
+}
+
+// A face goes out with every target body. One that wasn't updated tells the receiver that nothing moved.
+void Serialization::keepBaselineFace(FaceSnapshot& face) {
+    const FaceSnapshot& rest = *getRestSnapshot(compressionType).targetFace;
+    const Snapshot* baseline = getBaselineSnapshot();
+    const FaceSnapshot& kept =
+        baseline != nullptr && baseline->targetFace->hasData ? *baseline->targetFace : rest;
+    face.elements = kept.elements;
+    face.compressed = kept.compressed;
+    face.hasData = true;
 }
 
 SerializedRecord Serialization::writeCurrentSnapshot() {
@@ -149,39 +178,53 @@ SnapshotHeader Serialization::readHeader(BitReader& reader) const {
         target.skeleton->GetJointCount(), static_cast<int>(restWeights.size()));
 }
 
+const Snapshot& Serialization::getRestSnapshot(velkori_CompressionType type) {
+    std::shared_ptr<Snapshot>& rest = restSnapshots[static_cast<std::size_t>(toPrecision(type))];
+    if (rest == nullptr) {
+        rest = std::make_shared<Snapshot>(type, 0.0, source.restPoses, target.restPoses, restWeights);
+    }
+    return *rest;
+}
+
 const Snapshot& Serialization::readSnapshot(const SnapshotHeader& header, BitReader& reader) {
     growRings();
-    // The baseline may be the slot itself.
-    Snapshot& baseline =
-        header.baselineAck == -1 ? *defaultSnapshot : getReceivedSnapshot(header.baselineAck);
-    Snapshot& snapshot = getReceivedSnapshot(header.ack);
     const auto type = static_cast<velkori_CompressionType>(header.compressionType);
-    const double timestamp = header.timestamp;
-    snapshot.timestamp = timestamp;
+    const Snapshot& rest = getRestSnapshot(type);
+    // The baseline may be the slot itself. A part that it was received without stands for the one at rest, as
+    // it does at the sending end.
+    const Snapshot& baseline = header.baselineAck == -1 ? rest : getReceivedSnapshot(header.baselineAck);
+    const BodySnapshot& sourceBaseline = *(baseline.hasSourceBody() ? baseline : rest).sourceBody;
+    const bool hasTargetBaseline = baseline.hasTargetBody();
+    const BodySnapshot& targetBaseline = *(hasTargetBaseline ? baseline : rest).targetBody;
+    const FaceSnapshot& faceBaseline = *(hasTargetBaseline ? baseline : rest).targetFace;
+    Snapshot& snapshot = getReceivedSnapshot(header.ack);
+    snapshot.timestamp = header.timestamp;
     snapshot.compressionType = type;
     if (header.hasFrameData) {
         readFrameData(baseline, snapshot, reader);
     }
     if (header.hasSourceBody) {
-        snapshot.sourceBody->initialize(type, baseline.sourceBody->elements, timestamp);
+        snapshot.sourceBody->initialize(type, sourceBaseline.elements, header.timestamp);
     }
     if (header.hasTargetBody) {
-        snapshot.targetBody->initialize(type, baseline.targetBody->elements, timestamp);
-        snapshot.targetFace->initialize(type, baseline.targetFace->elements, timestamp);
+        snapshot.targetBody->initialize(type, targetBaseline.elements, header.timestamp);
+        snapshot.targetFace->initialize(type, faceBaseline.elements, header.timestamp);
     }
     if (header.hasSourceBody) {
         snapshot.sourceBody->readFromStream(reader, header.sourceBodyBits, source.skeleton->GetJointCount(),
-            type, *source.skeleton, *baseline.sourceBody);
+            type, *source.skeleton, sourceBaseline);
         sourceInterpolator.addSnapshot(snapshot.sourceBody);
     }
     if (header.hasTargetBody) {
         snapshot.targetBody->readFromStream(reader, header.targetBodyBits, target.skeleton->GetJointCount(),
-            type, *target.skeleton, *baseline.targetBody);
+            type, *target.skeleton, targetBaseline);
         snapshot.targetFace->readFromStream(reader, header.targetFaceBits,
-            static_cast<int>(restWeights.size()), type, *target.skeleton, *baseline.targetFace);
+            static_cast<int>(restWeights.size()), type, *target.skeleton, faceBaseline);
         targetInterpolator.addSnapshot(snapshot.targetBody);
         faceInterpolator.addSnapshot(snapshot.targetFace);
     }
+    snapshot.sourceBody->hasData = header.hasSourceBody;
+    snapshot.targetBody->hasData = header.hasTargetBody;
     return snapshot;
 }
 

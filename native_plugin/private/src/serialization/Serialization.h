@@ -61,7 +61,12 @@ class Serialization {
         bool isSource, std::span<const JointPose> poses, std::span<const std::int32_t> jointsToSend);
     // One weight per blend shape. What shapes a host wants sent doesn't limit what is.
     void updateFaceSnapshot(std::span<const float> weights);
-    // Measures the current snapshot and gives its size, in bits. Comes before it is written.
+
+    // Whether the current snapshot and its baseline have places in a ring of the present length, which
+    // another instance may have changed since they were chosen.
+    bool canSerialize() const { return currentIndex < maxSnapshotSize && baselineIndex < maxSnapshotSize; }
+
+    // Completes and measures the current snapshot and gives its size, in bits. Comes before it is written.
     std::uint32_t prepareCurrentSnapshot();
     // The record of the current snapshot, in memory that the next one takes again.
     SerializedRecord writeCurrentSnapshot();
@@ -145,7 +150,11 @@ class Serialization {
     };
 
     std::shared_ptr<Snapshot> makeRestSnapshot() const;
+    // What there is before the first frame, and of a part that a frame came without.
+    const Snapshot& getRestSnapshot(velkori_CompressionType type);
     void growRings();
+    void updateBaseline(int ack);
+    void keepBaselineFace(FaceSnapshot& face);
     Snapshot& getReceivedSnapshot(int index);
     void readFrameData(const Snapshot& baseline, Snapshot& snapshot, BitReader& reader);
 
@@ -162,10 +171,14 @@ class Serialization {
     // The ack, or -1 where its slot holds nothing.
     int baselineIndex = -1;
     std::vector<std::shared_ptr<Snapshot>> sendRing;
+    // The running number of the frame that each sending slot holds, from 1, and of the acked one.
+    std::vector<std::uint64_t> slotFrames;
+    std::uint64_t lastFrame = 0;
+    std::uint64_t ackedFrame = 0;
     // Slots are filled at their first use.
     std::vector<std::shared_ptr<Snapshot>> receiveRing;
-    // What a receiver has before the first record.
-    std::shared_ptr<Snapshot> defaultSnapshot;
+    // By precision.
+    std::array<std::shared_ptr<Snapshot>, 4> restSnapshots;
     std::vector<std::uint32_t> recordWords;
 };
 

@@ -119,8 +119,8 @@ void Serialization::updateBodySnapshot(
         current.delivered = current.elements;
         current.hasData = true;
     }
-    const BodySnapshot& baseline =
-        GetDataOrRest(hasBaseline ? bodyOf(*getBaselineSnapshot()) : current, bodyOf(*defaultSnapshot));
+    const BodySnapshot& baseline = GetDataOrRest(
+        hasBaseline ? bodyOf(*getBaselineSnapshot()) : current, bodyOf(getRestSnapshot(compressionType)));
     std::size_t cursor = 0;
     for (std::size_t j = 0; j < poses.size(); ++j) {
         const bool isListed =
@@ -139,14 +139,14 @@ void Serialization::updateBodySnapshot(
         // What a later frame is coded against has to be what the receiver has, to the last bit: it compresses
         // anew what it decoded, and near a tie of the largest component of a rotation that gives other fields
         // than the sent ones.
-        if (!isListed) {
-            current.delivered[j] = pose;
-        } else if (option == JointSerializationOption_None) {
+        if (option == JointSerializationOption_None) {
             current.delivered[j] = baseline.delivered[j];
             if (baseline.compressionType == compressionType) {
                 current.compressed[j] = baseline.compressed[j];
                 continue;
             }
+        } else if (!isListed) {
+            current.delivered[j] = pose;
         } else {
             current.delivered[j] = deserializeCompressedJoint(option, precision, streamed.restPoses[j],
                 baseline.compressed[j], value.rotation, value.position, value.length);
@@ -258,8 +258,8 @@ void Serialization::updateFaceSnapshot(std::span<const float> weights) {
         current.compressAll();
         current.hasData = true;
     }
-    const FaceSnapshot& baseline = GetDataOrRest(
-        hasBaseline ? *getBaselineSnapshot()->targetFace : current, *defaultSnapshot->targetFace);
+    const FaceSnapshot& baseline = GetDataOrRest(hasBaseline ? *getBaselineSnapshot()->targetFace : current,
+        *getRestSnapshot(compressionType).targetFace);
     for (std::size_t i = 0; i < weights.size(); ++i) {
         float weight = current.elements[i];
         auto& [value, option] = current.serialized[i];

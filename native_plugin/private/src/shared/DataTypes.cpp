@@ -208,6 +208,13 @@ JointPose JointPose::Inverted() const {
         inverse, inverse.Rotate(-position), {reciprocal(scale.x), reciprocal(scale.y), reciprocal(scale.z)}};
 }
 
+bool AreFinite(std::span<const JointPose> poses) {
+    const auto isFinite = [](const Vector3f& v) { return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z); };
+    return std::ranges::all_of(poses, [&](const JointPose& pose) {
+        return isFinite(pose.position) && isFinite(pose.scale) && IsFinite(pose.orientation.LengthSquared());
+    });
+}
+
 bool IsValidVelkoriTransformArray(const velkori_Transform_* transforms, std::int32_t count) {
     if (transforms == nullptr || count <= 0) {
         return true;

@@ -36,8 +36,8 @@ constexpr bool IsFinite(float value) {
 }
 
 /// The one normalising rule of vectors and quaternions. Values that are already of unit length keep their
-/// bits, so that normalising repeatedly doesn't let a pose drift; values without length become `degenerate`, and
-/// so do those whose squared length overflows.
+/// bits, so that normalising repeatedly doesn't let a pose drift; values without length become `degenerate`,
+/// and so do those whose squared length overflows.
 template <typename T>
 T NormalizeOr(const T& value, const T& degenerate) {
     const float lengthSquared = value.LengthSquared();
@@ -373,6 +373,9 @@ class PoseExtents {
 };
 
 inline constexpr PoseExtents PoseExtents::EmptyExtents{};
+
+/// Whether positions, orientations and scales hold no infinity and no nan.
+bool AreFinite(std::span<const JointPose> poses);
 
 /// True if every number of every transform is finite and no orientation is all zero. An absent or empty array
 /// is valid.

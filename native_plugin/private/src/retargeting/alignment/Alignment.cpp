@@ -48,7 +48,8 @@ PoseData AlignToRestPose(velkori_AlignmentFlags flags, const PoseData& source, c
     if (scaleFingers || Has(flags, velkori_AlignmentFlags_MatchHandsAndFingers)) {
         work = MatchPoseHandsAndFingers(source, work, scaleFingers);
     }
-    return work.IsApproxEqual(target) ? target : work;
+    // Rigs of absurd size overflow: such a pose isn't aligned.
+    return work.IsApproxEqual(target) || !AreFinite(work.GetJointPoses(RootSpace)) ? target : work;
 }
 
 PoseData MatchPoseFacingRotation(const PoseData& source, const PoseData& target) {
@@ -83,7 +84,7 @@ PoseData ScaleToMatchPoseHeight(
     const float ratio = targetHeight < MinNormal
                             ? 1.0F
                             : HeightOf(source.GetJointPoses(RootSpace)[sourceJoint]) / targetHeight;
-    if (!(ratio > 0.0F) || ratio == 1.0F) {
+    if (!(ratio > 0.0F) || ratio == 1.0F || !IsFinite(ratio)) {
         return target;
     }
     std::vector<JointPose> poses = target.GetJointPoses(RootSpace);
