@@ -175,8 +175,8 @@ TEST(Alignment, ARootThatLiesIsTurnedAboutItsOwnAxis) {
     joints[0].orientation = lying;
     joints[0].position = {0, 0, 3};
     const PlacedBody target(joints);
-    const JointPose& root =
-        target.PoseOf("root", Alignment::MatchPoseFacingRotation(source.pose, target.pose));
+    const PoseData turned = Alignment::MatchPoseFacingRotation(source.pose, target.pose);
+    const JointPose& root = target.PoseOf("root", turned);
     EXPECT_LT(AngleBetween(root.orientation, lying * half), 1e-3F);
     ExpectNear(root.position, {0, 0, -3}, 1e-5F);
 }
