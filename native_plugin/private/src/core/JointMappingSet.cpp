@@ -135,6 +135,8 @@ JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(
     if (entries.size() == 1) {
         return pose[entries.front().jointIndex];
     }
+    const std::vector<JointPose>* referencePose =
+        reference != nullptr && reference->IsInitialized() ? &reference->GetJointPoses(RootSpace) : nullptr;
     JointPose result;
     std::size_t rotationCount = 0;
     for (const JointMappingEntry& entry : entries) {
@@ -142,9 +144,8 @@ JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(
         result.position += joint.position * (static_cast<float>(entry.positionWeight) * positionWeightScale);
         if (entry.rotationWeight > 0.0) {
             scratchOrientations[rotationCount] =
-                reference != nullptr && reference->IsInitialized()
-                    ? joint.orientation *
-                          reference->GetJointPoses(RootSpace)[entry.jointIndex].orientation.Inverse()
+                referencePose != nullptr
+                    ? joint.orientation * (*referencePose)[entry.jointIndex].orientation.Inverse()
                     : joint.orientation;
             scratchWeights[rotationCount] = static_cast<float>(entry.rotationWeight);
             ++rotationCount;

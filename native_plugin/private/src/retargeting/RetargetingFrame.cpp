@@ -112,9 +112,10 @@ void Retargeting::RunSourceTypePass(const PoseData& start) {
         &sourceMappingInfo, target.GetJointIndex(velkori_KnownJointType_Root),
         target.GetJointIndex(velkori_KnownJointType_Hips)};
     const std::vector<JointPose>& localRestPose = start.GetJointPoses(velkori_JointRelativeSpaceType_Local);
+    const std::vector<int>& parents = target.GetParentIndices();
     std::vector<JointPose>& pose = scratch.workingPose;
     for (const int joint : target.GetHierarchicalUpdateOrder()) {
-        const int parent = target.GetParentJointIndex(joint);
+        const int parent = parents[joint];
         if (parent != -1) {
             pose[joint] = pose[parent].ApplyWithoutScale(localRestPose[joint]);
         }
