@@ -23,7 +23,7 @@ mkdir -p build/fuzz/findings
 run_fuzzer() {
     local name=$1 options=()
     [ "$name" = document ] && options=(-dict=tests/fuzz/document.dict)
-    build/fuzz/tests/fuzz/fuzz_"$name" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2560 \
+    build/fuzz/tests/fuzz/fuzz_"$name" -max_total_time="$seconds" -timeout=120 -rss_limit_mb=2560 \
         -print_final_stats=1 -artifact_prefix=build/fuzz/findings/"$name"- "${options[@]}" "$corpus/$name" \
         >build/fuzz/"$name".log 2>&1 ||
         { tail -n 60 build/fuzz/"$name".log >&2; echo "fuzz_$name found something." >&2; return 1; }

@@ -200,6 +200,35 @@ TEST(Preparation, RefusesInTheOrderOfItsChecks) {
     bad[2].position.x = std::numeric_limits<float>::quiet_NaN();
     const std::string notFinite =
         "Transform Array contains either nan/inf values or an invalid (Zero) Quaternion";
+    const Transforms before = pose;
+    const auto count = static_cast<int32_t>(pose.size());
+    const std::string wrongCount =
+        "Parameter in_out_jointCount does not match the skeleton joint count definition. Required length " +
+        std::to_string(count) + ", Actual length " + std::to_string(count - 1);
+    const auto matchCurrent = [&](velkori_Transform_* transforms, int space) {
+        return velkori_matchCurrentTPose(handle, Source, velkori_MatchBehavior_Scale,
+            static_cast<velkori_JointRelativeSpaceType>(space), count, transforms);
+    };
+    expect(matchCurrent(nullptr, 0), velkori_Result_InvalidParameter,
+        {"Parameter in_out_transform must not be Null"});
+    expect(matchCurrent(bad.data(), 0), velkori_Result_InvalidValue, {notFinite});
+    expect(matchCurrent(pose.data(), 7), velkori_Result_InvalidValue,
+        {"Joint space type 7 is not between 0 and 3"});
+    expect(matchCurrent(pose.data(), 0), velkori_Result_OperationFailed,
+        {"Error - current TPose isn't initialized.  Call velkori_updateSourceReferenceTPose before this "
+         "function."});
+    const auto match = [&](const velkori_Transform_* given, velkori_Transform_* transforms,
+                           int32_t jointCount) {
+        return velkori_matchPose(
+            handle, Target, velkori_MatchBehavior_Scale, RootSpace, jointCount, given, transforms);
+    };
+    expect(match(nullptr, pose.data(), count), velkori_Result_InvalidParameter,
+        {"Parameter in_transformSourcePose must not be Null"});
+    expect(match(pose.data(), nullptr, count), velkori_Result_InvalidParameter,
+        {"Parameter in_out_transformData must not be Null"});
+    expect(match(before.data(), bad.data(), count), velkori_Result_InvalidValue, {notFinite});
+    expect(match(before.data(), pose.data(), count - 1), velkori_Result_BufferTooSmall, {wrongCount});
+
     const char* const names[] = {"hips"};
     const auto simple = [&](int32_t jointCount, const char* const* targetNames,
                             const velkori_Transform_* rest, const char* const* mapping, velkori_Handle* out) {

@@ -202,6 +202,9 @@ TEST(Queries, RootsAndUnknownsAreAnswers) {
     const LogCapture capture;
     int32_t index = 5;
     EXPECT_EQ(velkori_getParentJointIndex(config.Get(), Source, 0, &index), velkori_Result_Failure);
+    double version = -1.0;
+    EXPECT_EQ(velkori_getVersion(config.Get(), &version), velkori_Result_Success);
+    EXPECT_EQ(version, 0.0);
     EXPECT_EQ(index, -1);
     EXPECT_EQ(velkori_getParentJointIndex(config.Get(), Source, 2, &index), velkori_Result_Success);
     EXPECT_EQ(index, 1);

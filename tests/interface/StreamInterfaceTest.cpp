@@ -153,6 +153,8 @@ TEST(StreamExports, RefuseInTheOrderOfTheirChecks) {
         {noSnapshot("add a pose to")});
     expect(velkori_snapshotFace(handle, nullptr, nullptr, 0), velkori_Result_InvalidParameter,
         {null("facePose")});
+    expect(velkori_snapshotFace(handle, face.data(), nullptr, 1), velkori_Result_InvalidParameter,
+        {null("indices")});
     expect(velkori_snapshotFace(handle, face.data(), nullptr, 0), velkori_Result_OperationFailed,
         {noSnapshot("add a face to")});
     expect(velkori_snapshotFrameData(handle, nullptr), velkori_Result_InvalidParameter, {null("frameData")});
@@ -198,6 +200,26 @@ TEST(StreamExports, RefuseInTheOrderOfTheirChecks) {
         {null("out_pose")});
     expect(velkori_resetInterpolators(999), velkori_Result_InvalidHandle,
         {"Could not find utilityIntance with handle.", "Could not find handle 3e7 to load as instance"});
+}
+
+// The ring's length is one for the process: a frame whose slot is gone can't be told to anyone.
+TEST(Stream, AFrameBeyondAShortenedRingIsNotSerialized) {
+    const LoadedConfig config(ReadSample("simple.json"));
+    const LoadedConfig other(ReadSample("simple.json"));
+    velkori_SerializationSettings_ settings = {velkori_CompressionType_Max, 0.01F, 0.01F, 0.01F, 800};
+    ASSERT_EQ(velkori_updateSerializationSettings(config.Get(), &settings), velkori_Result_Success);
+    for (int frame = 0; frame < 300; ++frame) {
+        ASSERT_EQ(velkori_createSnapshot(config.Get(), -1, 0.0), velkori_Result_Success);
+    }
+    settings.snapshotCount = 254;
+    ASSERT_EQ(velkori_updateSerializationSettings(other.Get(), &settings), velkori_Result_Success);
+    const LogCapture capture;
+    int32_t size = 0;
+    EXPECT_EQ(velkori_serializeSnapshot(config.Get(), nullptr, &size), velkori_Result_OperationFailed);
+    EXPECT_EQ(LogCapture::TakeTexts(),
+        Texts{Error("Cannot serialize the current snapshot because the snapshot count has changed since.")});
+    ASSERT_EQ(velkori_createSnapshot(config.Get(), -1, 0.0), velkori_Result_Success);
+    EXPECT_GT(RecordSize(config.Get()), 0);
 }
 
 TEST(Stream, BeforeAnyFrameTheInterpolatorsGiveNothing) {
@@ -251,6 +273,11 @@ TEST(Stream, AFrameOfTrackingStateAloneGoesAcross) {
         velkori_getInterpolatedTrackerJointPose(receiver.Get(), i, &tracker, 3.0);
         EXPECT_NEAR(tracker.position.x, expected[i], 1e-5F) << i;
     }
+
+    ASSERT_EQ(velkori_resetInterpolators(receiver.Get()), velkori_Result_Success);
+    velkori_Transform_ forgotten = {};
+    velkori_getInterpolatedTrackerJointPose(receiver.Get(), 0, &forgotten, 4.0);
+    EXPECT_EQ(forgotten.position.x, 0.0F);
 
     double time = 0.0;
     EXPECT_EQ(velkori_deserializeSnapshotTimestamp(record.data(), &time), velkori_Result_Success);

@@ -169,12 +169,6 @@ void SkeletonData::GetRootSpaceTPoseFromRatio(const Vector3f& ratio, std::vector
         .LerpRootSpacePose(GetTPoseData(velkori_SkeletonTPoseType_Max), ratio, out_pose);
 }
 
-std::vector<JointPose> SkeletonData::GetRootSpaceTPoseFromRatio(const Vector3f& ratio) const {
-    std::vector<JointPose> pose;
-    GetRootSpaceTPoseFromRatio(ratio, pose);
-    return pose;
-}
-
 Vector3f SourceSkeletonData::GetRootSpaceTPoseJointPositionFromRatio(const Vector3f& ratio, int joint) const {
     if (joint < 0 || joint >= GetJointCount() || !minTPose.IsInitialized() || !maxTPose.IsInitialized()) {
         return Vector3f::Zero;
@@ -257,13 +251,6 @@ void SkeletonData::ConvertLocalSpaceToRootSpacePose(std::vector<JointPose>& pose
             joint.scale = Vector3f::One;
         }
     }
-}
-
-std::vector<JointPose> SkeletonData::CreateRootSpaceFromLocalSpacePose(
-    std::span<const JointPose> pose, bool resetScale) const {
-    std::vector<JointPose> rootSpacePose(pose.begin(), pose.end());
-    ConvertLocalSpaceToRootSpacePose(rootSpacePose, resetScale);
-    return rootSpacePose;
 }
 
 } // namespace Velkori_Utility

@@ -146,15 +146,12 @@ class SkeletonData {
     std::vector<JointPose> CalculateRootSpaceTPose(
         std::span<const JointPose> rootSpacePose, bool useEstimatedExtents) const;
     void GetRootSpaceTPoseFromRatio(const Vector3f& ratio, std::vector<JointPose>& out_pose) const;
-    std::vector<JointPose> GetRootSpaceTPoseFromRatio(const Vector3f& ratio) const;
 
     // -- Conversions between root and local space, in place ------------------------------------------------
     void ConvertToScaledRootSpacePose(
         std::vector<JointPose>& pose, std::span<const float> jointLengths, const Vector3f& extentRange) const;
     void ConvertRootSpaceToLocalSpacePose(std::vector<JointPose>& pose) const;
     void ConvertLocalSpaceToRootSpacePose(std::vector<JointPose>& pose, bool resetScale) const;
-    std::vector<JointPose> CreateRootSpaceFromLocalSpacePose(
-        std::span<const JointPose> pose, bool resetScale) const;
 
     // False until the derived class's constructor has ended: until then the minimum and maximum pose can't be
     // asked for.
