@@ -1,25 +1,16 @@
 // Rest-pose alignment and mapping generation: the sample's two rigs, and mappings by the number of joints.
 
+#include "FullSample.h"
 #include "Velkori_Utility.h"
 
 #include <benchmark/benchmark.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
 namespace {
 
 constexpr auto AllSteps = static_cast<velkori_AlignmentFlags>(1 | 2 | 4 | 8 | 16);
-
-velkori_Handle LoadSample() {
-    std::ifstream file(std::string(VELKORI_SAMPLES_DIRECTORY) + "/full.json", std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    velkori_Handle handle = 0;
-    velkori_createOrUpdateHandle(text.c_str(), &handle);
-    return handle;
-}
 
 // Two equal bodies of limbs of ten joints each, side by side in space.
 velkori_Handle MakeTree(int jointCount) {
@@ -52,7 +43,7 @@ velkori_Handle MakeTree(int jointCount) {
 }
 
 void AlignSample(benchmark::State& state) {
-    const velkori_Handle sample = LoadSample();
+    const velkori_Handle sample = LoadFullSample();
     velkori_Handle aligned = 0;
     for ([[maybe_unused]] auto _ : state) {
         velkori_alignTargetToSource(
@@ -63,7 +54,7 @@ void AlignSample(benchmark::State& state) {
 }
 
 void GenerateSampleMappings(benchmark::State& state) {
-    const velkori_Handle sample = LoadSample();
+    const velkori_Handle sample = LoadFullSample();
     for ([[maybe_unused]] auto _ : state) {
         velkori_generateMappings(sample, velkori_AutoMappingFlags_None);
     }

@@ -1,14 +1,13 @@
 // One retargeted frame, beside the floor that nothing can beat: one plain pass that composes as many target
 // joints from local to root space.
 
+#include "FullSample.h"
 #include "Velkori_Utility.h"
 #include "shared/DataTypes.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -20,14 +19,6 @@ using Velkori_Utility::JointPose;
 constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 constexpr int FrameCount = 64;
-
-velkori_Handle LoadFullSample() {
-    std::ifstream file(std::string(VELKORI_SAMPLES_DIRECTORY) + "/full.json", std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    velkori_Handle handle = 0;
-    velkori_createOrUpdateHandle(text.c_str(), &handle);
-    return handle;
-}
 
 // Two equal chains of joints, each driven by its counterpart.
 velkori_Handle MakeChain(int jointCount) {

@@ -1,6 +1,7 @@
 // The pose stream: one frame of the sample's source, coded against the frame before, out and in, beside a
 // plain copy of the pose as the floor that nothing can beat.
 
+#include "FullSample.h"
 #include "Velkori_Utility.h"
 
 #include <benchmark/benchmark.h>
@@ -8,10 +9,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 #include <numeric>
-#include <string>
 #include <vector>
 
 namespace {
@@ -30,14 +28,6 @@ struct Motion {
 
 constexpr std::array<Motion, 3> Motions = {
     Motion{"standing", 0.0F, 0.0F}, Motion{"walking", 0.3F, 1.0F}, Motion{"fast", 0.8F, 3.0F}};
-
-velkori_Handle LoadSample() {
-    std::ifstream file(std::string(VELKORI_SAMPLES_DIRECTORY) + "/full.json", std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    velkori_Handle handle = 0;
-    velkori_createOrUpdateHandle(text.c_str(), &handle);
-    return handle;
-}
 
 // One second of motion, over and over.
 std::vector<Transforms> MakeFrames(velkori_Handle handle, const Motion& motion) {
@@ -68,8 +58,8 @@ std::vector<Transforms> MakeFrames(velkori_Handle handle, const Motion& motion) 
 class Stream {
   public:
     Stream(int type, const Motion& motion)
-        : sender(LoadSample()),
-          receiver(LoadSample()),
+        : sender(LoadFullSample()),
+          receiver(LoadFullSample()),
           frames(MakeFrames(sender, motion)),
           joints(frames.front().size()),
           received(frames.front()),
@@ -159,7 +149,7 @@ void DecodeFrame(benchmark::State& state) {
 }
 
 void CopyFrame(benchmark::State& state) {
-    const velkori_Handle handle = LoadSample();
+    const velkori_Handle handle = LoadFullSample();
     const std::vector<Transforms> frames = MakeFrames(handle, Motions[1]);
     velkori_destroy(handle);
     Transforms copy(frames.front().size());
