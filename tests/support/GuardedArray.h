@@ -39,7 +39,7 @@ class GuardedArray {
     std::int32_t Count() const { return static_cast<std::int32_t>(count); }
 
   private:
-    std::size_t count;
+    std::size_t count = 0;
     std::size_t dataSize = 0;
     std::size_t size = 0;
     void* memory = nullptr;
