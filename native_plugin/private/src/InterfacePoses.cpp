@@ -27,6 +27,17 @@ velkori_Result CheckTransforms(const velkori_Transform_* transforms, int32_t cou
                      "Transform Array contains either nan/inf values or an invalid (Zero) Quaternion");
 }
 
+velkori_Result CheckPoseShape(const SkeletonData& skeleton, int32_t jointCount, const char* countName,
+    velkori_JointRelativeSpaceType space) {
+    if (jointCount != skeleton.GetJointCount()) {
+        return Fail(velkori_Result_BufferTooSmall,
+            "Parameter %s does not match the skeleton joint count definition. Required length %d, Actual "
+            "length %d",
+            countName, skeleton.GetJointCount(), jointCount);
+    }
+    return IsJointSpaceType(space) ? velkori_Result_Success : FailWithJointSpaceType(space);
+}
+
 PoseData ReadPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,
     const velkori_Transform_* transforms, int32_t count, const JointPose& conversion) {
     return PoseData(skeleton, space, ToJointPoseVectorFromVelkoriPoseArray(transforms, count), conversion);

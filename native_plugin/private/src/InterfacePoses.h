@@ -20,6 +20,10 @@ std::span<const JointPose> JointPosesOf(const PoseData& pose, velkori_JointRelat
 velkori_Result CheckTransforms(
     const velkori_Transform_* transforms, int32_t count, velkori_Result result = velkori_Result_InvalidValue);
 
+// That an array called by `countName` has one transform per joint, in a space there is.
+velkori_Result CheckPoseShape(const SkeletonData& skeleton, int32_t jointCount, const char* countName,
+    velkori_JointRelativeSpaceType space);
+
 // A caller's array of one transform per joint of a skeleton.
 PoseData ReadPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,
     const velkori_Transform_* transforms, int32_t count, const JointPose& conversion = JointPose::Identity);

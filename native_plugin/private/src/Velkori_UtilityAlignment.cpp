@@ -48,15 +48,6 @@ velkori_Result CreateOrReplace(
     return velkori_Result_Success;
 }
 
-velkori_Result CheckJointCount(const SkeletonData& skeleton, int32_t jointCount) {
-    return jointCount == skeleton.GetJointCount() ? velkori_Result_Success
-                                                  : Fail(velkori_Result_BufferTooSmall,
-                                                        "Parameter in_out_jointCount does not match the "
-                                                        "skeleton joint count definition. Required "
-                                                        "length %d, Actual length %d",
-                                                        skeleton.GetJointCount(), jointCount);
-}
-
 // Writes what became of a pose over it, unless nothing did.
 velkori_Result WriteMatchedPose(
     const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
@@ -127,12 +118,10 @@ velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velkori_Skeleton
             return result;
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result = CheckJointCount(skeleton, jointCount);
+        if (const velkori_Result result =
+                CheckPoseShape(skeleton, jointCount, "in_out_jointCount", jointSpaceType);
             result != velkori_Result_Success) {
             return result;
-        }
-        if (!IsJointSpaceType(jointSpaceType)) {
-            return FailWithJointSpaceType(jointSpaceType);
         }
         const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transform, jointCount);
         if (matchBehavior == velkori_MatchBehavior_JointLengths) {
@@ -166,12 +155,10 @@ velkori_Result velkori_matchPose(velkori_Handle handle, velkori_SkeletonType ske
             }
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result = CheckJointCount(skeleton, jointCount);
+        if (const velkori_Result result =
+                CheckPoseShape(skeleton, jointCount, "in_out_jointCount", jointSpaceType);
             result != velkori_Result_Success) {
             return result;
-        }
-        if (!IsJointSpaceType(jointSpaceType)) {
-            return FailWithJointSpaceType(jointSpaceType);
         }
         const PoseData sourcePose = ReadPose(skeleton, jointSpaceType, in_transformSourcePose, jointCount);
         const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);

@@ -138,8 +138,18 @@ velkori_PoseInfo_ DescribePose(const PoseData& pose) {
     return info;
 }
 
-velkori_Result FailWithNonFinite(const char* parameterName) {
-    return Fail(velkori_Result_InvalidValue, "Parameter %s must be a finite number", parameterName);
+velkori_Result CheckFinite(const char* parameterName, float value) {
+    return std::isfinite(value)
+               ? velkori_Result_Success
+               : Fail(velkori_Result_InvalidValue, "Parameter %s must be a finite number", parameterName);
+}
+
+velkori_Result CheckTPoseArguments(
+    const int32_t* in_out_numJoints, velkori_JointRelativeSpaceType space, const char* sizeName, float size) {
+    if (in_out_numJoints == nullptr) {
+        return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
+    }
+    return IsJointSpaceType(space) ? CheckFinite(sizeName, size) : FailWithJointSpaceType(space);
 }
 
 bool IsJointIndex(int32_t joint, const PoseData& pose) {
@@ -152,14 +162,10 @@ velkori_Result velkori_calculateSkeletonTPose(velkori_Handle handle, velkori_Ske
     velkori_JointRelativeSpaceType jointSpaceType, float interpolation, velkori_Transform_* out_transformData,
     int32_t* in_out_numJoints) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (in_out_numJoints == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
-        }
-        if (!IsJointSpaceType(jointSpaceType)) {
-            return FailWithJointSpaceType(jointSpaceType);
-        }
-        if (!std::isfinite(interpolation)) {
-            return FailWithNonFinite("interpolation");
+        if (const velkori_Result result =
+                CheckTPoseArguments(in_out_numJoints, jointSpaceType, "interpolation", interpolation);
+            result != velkori_Result_Success) {
+            return result;
         }
         return CalculateTPose(instance.config.GetSkeletonData(skeletonType), jointSpaceType, interpolation,
             out_transformData, in_out_numJoints);
@@ -170,14 +176,10 @@ velkori_Result velkori_calculateSkeletonTPoseAtHeight(velkori_Handle handle,
     velkori_SkeletonType skeletonType, velkori_JointRelativeSpaceType jointSpaceType, float height,
     velkori_Transform_* out_transformData, int32_t* in_out_numJoints) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (in_out_numJoints == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
-        }
-        if (!IsJointSpaceType(jointSpaceType)) {
-            return FailWithJointSpaceType(jointSpaceType);
-        }
-        if (!std::isfinite(height)) {
-            return FailWithNonFinite("height");
+        if (const velkori_Result result =
+                CheckTPoseArguments(in_out_numJoints, jointSpaceType, "height", height);
+            result != velkori_Result_Success) {
+            return result;
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
         return CalculateTPose(skeleton, jointSpaceType, skeleton.ConvertHeightToInterpolationDelta(height),
@@ -297,17 +299,12 @@ velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velkori_Skeleton
             return result;
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (jointCount != skeleton.GetJointCount()) {
-            return Fail(velkori_Result_BufferTooSmall,
-                "Parameter jointCount does not match the skeleton joint count definition. Required length "
-                "%d, Actual length %d",
-                skeleton.GetJointCount(), jointCount);
+        if (const velkori_Result result = CheckPoseShape(skeleton, jointCount, "jointCount", jointSpaceType);
+            result != velkori_Result_Success) {
+            return result;
         }
-        if (!IsJointSpaceType(jointSpaceType)) {
-            return FailWithJointSpaceType(jointSpaceType);
-        }
-        if (!std::isfinite(height)) {
-            return FailWithNonFinite("height");
+        if (const velkori_Result result = CheckFinite("height", height); result != velkori_Result_Success) {
+            return result;
         }
         const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
         const PoseData scaled = pose.CalculatePoseAtHeight(height);

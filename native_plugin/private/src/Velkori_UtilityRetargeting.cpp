@@ -15,7 +15,7 @@ bool HasName(const char* manifestation) {
 // can't stand for a part of the body: the retargeter would read a whole skeleton where a part was given.
 velkori_Result CheckManifestation(
     const SkeletonData& skeleton, const char* name, const char* skeletonWord, velkori_Result unknownResult) {
-    if (!skeleton.IsValidManifestation(name) || skeleton.GetManifestationJointCount(name) < 1) {
+    if (skeleton.GetManifestationJointCount(name) < 1) {
         return Fail(
             unknownResult, "Could not find manifestation named: %s in %sskeleton data.", name, skeletonWord);
     }

@@ -156,9 +156,7 @@ void JointMappingData::CopyMissingMapping(
     } else if (own->GetBehavior() != from->GetBehavior()) {
         UtilityContext::Log(velkori_LogLevel_Warning,
             "Joint \"%.1024s\" has different blend behavior set for Min/Max mapping data.  Min mapping data "
-            "will "
-            "be used "
-            "for both.",
+            "will be used for both.",
             targetJointName.c_str());
     } else {
         return;

@@ -11,9 +11,7 @@ bool IsUnit(const Quaternionf& rotation) {
 }
 
 void EaseTowards(JointPose& running, const JointPose& sample, float share) {
-    const bool isFinite =
-        IsFinite(sample.position.x) && IsFinite(sample.position.y) && IsFinite(sample.position.z);
-    if (share == 0.0F || !isFinite || !IsFinite(sample.orientation.LengthSquared())) {
+    if (share == 0.0F || !IsFinite(sample.position) || !IsFinite(sample.orientation.LengthSquared())) {
         return;
     }
     running.orientation = running.orientation.Slerp(sample.orientation, share).Normalize();

@@ -34,4 +34,11 @@ constexpr JointSerializationOption getPositionOption(JointSerializationOption op
     return static_cast<JointSerializationOption>(option & 19U);
 }
 
+// Whether a length stands in for the position.
+constexpr bool isLength(JointSerializationOption option) {
+    const JointSerializationOption position = getPositionOption(option);
+    return position == JointSerializationOption_LengthFull ||
+           position == JointSerializationOption_LengthDelta;
+}
+
 } // namespace Velkori_Utility

@@ -52,17 +52,14 @@ Serialization::StreamedSkeleton::StreamedSkeleton(const SkeletonData& skeletonDa
       movesAlongBone(FindJointsThatMoveAlongBone(skeletonData)) {}
 
 Serialization::Serialization(const UtilityConfigData& config)
-    : targetInterpolator(
-          config.GetSkeletonData(velkori_SkeletonType_Target).GetJointCount(), MaxBlend, SmoothingTime),
-      sourceInterpolator(
-          config.GetSkeletonData(velkori_SkeletonType_Source).GetJointCount(), MaxBlend, SmoothingTime),
-      faceInterpolator(
-          config.GetSkeletonData(velkori_SkeletonType_Target).GetBlendShapeCount(), MaxBlend, SmoothingTime),
+    : targetInterpolator(config.GetTargetSkeleton().GetJointCount(), MaxBlend, SmoothingTime),
+      sourceInterpolator(config.GetSourceSkeleton().GetJointCount(), MaxBlend, SmoothingTime),
+      faceInterpolator(config.GetTargetSkeleton().GetBlendShapeCount(), MaxBlend, SmoothingTime),
       trackerInterpolators{JointPoseInterpolator(MaxBlend, SmoothingTime),
           JointPoseInterpolator(MaxBlend, SmoothingTime), JointPoseInterpolator(MaxBlend, SmoothingTime)},
-      source(config.GetSkeletonData(velkori_SkeletonType_Source)),
-      target(config.GetSkeletonData(velkori_SkeletonType_Target)),
-      restWeights(config.GetSkeletonData(velkori_SkeletonType_Target).GetBlendShapeCount(), 0.0F) {
+      source(config.GetSourceSkeleton()),
+      target(config.GetTargetSkeleton()),
+      restWeights(config.GetTargetSkeleton().GetBlendShapeCount(), 0.0F) {
     initializeSnapshots();
 }
 
@@ -74,8 +71,16 @@ void Serialization::initializeSnapshots() {
     receiveRing.resize(maxSnapshotSize);
 }
 
-std::shared_ptr<Snapshot> Serialization::makeRestSnapshot() const {
-    return std::make_shared<Snapshot>(compressionType, 0.0, source.restPoses, target.restPoses, restWeights);
+std::shared_ptr<Snapshot> Serialization::makeRestSnapshot(velkori_CompressionType type) const {
+    return std::make_shared<Snapshot>(type, 0.0, source.restPoses, target.restPoses, restWeights);
+}
+
+const Snapshot& Serialization::getRestSnapshot(velkori_CompressionType type) {
+    std::shared_ptr<Snapshot>& rest = restSnapshots[static_cast<std::size_t>(toPrecision(type))];
+    if (rest == nullptr) {
+        rest = makeRestSnapshot(type);
+    }
+    return *rest;
 }
 
 void Serialization::growRings() {
@@ -101,7 +106,7 @@ void Serialization::createOutgoingSnapshot(velkori_CompressionType type, int ack
     const int index = (currentIndex + 1) % maxSnapshotSize;
     std::shared_ptr<Snapshot>& slot = sendRing[index];
     if (slot == nullptr) {
-        slot = makeRestSnapshot();
+        slot = makeRestSnapshot(compressionType);
     }
     slot->restart(type, timestamp);
     slotFrames[index] = ++lastFrame;
@@ -145,10 +150,9 @@ std::uint32_t Serialization::prepareCurrentSnapshot() {
 
 // A face goes out with every target body. One that wasn't updated tells the receiver that nothing moved.
 void Serialization::keepBaselineFace(FaceSnapshot& face) {
-    const FaceSnapshot& rest = *getRestSnapshot(compressionType).targetFace;
-    const Snapshot* baseline = getBaselineSnapshot();
-    const FaceSnapshot& kept =
-        baseline != nullptr && baseline->targetFace->hasData ? *baseline->targetFace : rest;
+    const Snapshot& rest = getRestSnapshot(compressionType);
+    const Snapshot& baseline = baselineIndex == -1 ? rest : *getBaselineSnapshot();
+    const FaceSnapshot& kept = getDataOrRest(*baseline.targetFace, *rest.targetFace);
     face.elements = kept.elements;
     face.compressed = kept.compressed;
     face.hasData = true;
@@ -168,7 +172,7 @@ SerializedRecord Serialization::writeCurrentSnapshot() {
 Snapshot& Serialization::getReceivedSnapshot(int index) {
     std::shared_ptr<Snapshot>& slot = receiveRing[index];
     if (slot == nullptr) {
-        slot = makeRestSnapshot();
+        slot = makeRestSnapshot(compressionType);
     }
     return *slot;
 }
@@ -178,25 +182,15 @@ SnapshotHeader Serialization::readHeader(BitReader& reader) const {
         target.skeleton->GetJointCount(), static_cast<int>(restWeights.size()));
 }
 
-const Snapshot& Serialization::getRestSnapshot(velkori_CompressionType type) {
-    std::shared_ptr<Snapshot>& rest = restSnapshots[static_cast<std::size_t>(toPrecision(type))];
-    if (rest == nullptr) {
-        rest = std::make_shared<Snapshot>(type, 0.0, source.restPoses, target.restPoses, restWeights);
-    }
-    return *rest;
-}
-
 const Snapshot& Serialization::readSnapshot(const SnapshotHeader& header, BitReader& reader) {
     growRings();
     const auto type = static_cast<velkori_CompressionType>(header.compressionType);
     const Snapshot& rest = getRestSnapshot(type);
-    // The baseline may be the slot itself. A part that it was received without stands for the one at rest, as
-    // it does at the sending end.
+    // It may be the slot itself.
     const Snapshot& baseline = header.baselineAck == -1 ? rest : getReceivedSnapshot(header.baselineAck);
-    const BodySnapshot& sourceBaseline = *(baseline.hasSourceBody() ? baseline : rest).sourceBody;
-    const bool hasTargetBaseline = baseline.hasTargetBody();
-    const BodySnapshot& targetBaseline = *(hasTargetBaseline ? baseline : rest).targetBody;
-    const FaceSnapshot& faceBaseline = *(hasTargetBaseline ? baseline : rest).targetFace;
+    const BodySnapshot& sourceBaseline = getDataOrRest(*baseline.sourceBody, *rest.sourceBody);
+    const BodySnapshot& targetBaseline = getDataOrRest(*baseline.targetBody, *rest.targetBody);
+    const FaceSnapshot& faceBaseline = getDataOrRest(*baseline.targetFace, *rest.targetFace);
     Snapshot& snapshot = getReceivedSnapshot(header.ack);
     snapshot.timestamp = header.timestamp;
     snapshot.compressionType = type;
@@ -225,11 +219,11 @@ const Snapshot& Serialization::readSnapshot(const SnapshotHeader& header, BitRea
     }
     snapshot.sourceBody->hasData = header.hasSourceBody;
     snapshot.targetBody->hasData = header.hasTargetBody;
+    snapshot.targetFace->hasData = header.hasTargetBody;
     return snapshot;
 }
 
-// A baseline without a frame record stands for one with nothing in it. It isn't given one: the snapshot that
-// stands for no baseline serves the sending end, too, where having one means something.
+// A baseline without a frame record stands for one with nothing in it.
 void Serialization::readFrameData(const Snapshot& baseline, Snapshot& snapshot, BitReader& reader) {
     static const FrameData Nothing;
     if (snapshot.frameData == nullptr) {

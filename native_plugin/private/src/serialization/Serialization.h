@@ -149,7 +149,7 @@ class Serialization {
         std::vector<bool> movesAlongBone;
     };
 
-    std::shared_ptr<Snapshot> makeRestSnapshot() const;
+    std::shared_ptr<Snapshot> makeRestSnapshot(velkori_CompressionType type) const;
     // What there is before the first frame, and of a part that a frame came without.
     const Snapshot& getRestSnapshot(velkori_CompressionType type);
     void growRings();

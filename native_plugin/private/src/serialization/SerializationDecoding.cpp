@@ -53,12 +53,6 @@ float decodeLength(JointSerializationOption option, Precision precision,
                : addDelta(baseline, length, precision).decompress();
 }
 
-bool hasLength(JointSerializationOption option) {
-    const JointSerializationOption position = getPositionOption(option);
-    return position == JointSerializationOption_LengthFull ||
-           position == JointSerializationOption_LengthDelta;
-}
-
 } // namespace
 
 JointPose Serialization::deserializeCompressedJoint(JointSerializationOption option, Precision precision,
@@ -67,7 +61,7 @@ JointPose Serialization::deserializeCompressedJoint(JointSerializationOption opt
     JointPose pose(decodeRotation(option, precision, baseline.rotation, rotation),
         decodePosition(option, precision, baseline.position, position));
     const float restLength = reference.position.Length();
-    if (hasLength(option) && restLength > 0.0F) {
+    if (isLength(option) && restLength > 0.0F) {
         const float decodedLength = decodeLength(option, precision, baseline.length, length);
         pose.position = reference.position * (decodedLength / restLength);
     }

@@ -27,18 +27,6 @@ bool HasMoved(const Vector3f& a, const Vector3f& b, float threshold) {
            std::abs(a.z - b.z) >= threshold;
 }
 
-bool IsLength(JointSerializationOption option) {
-    const JointSerializationOption position = getPositionOption(option);
-    return position == JointSerializationOption_LengthFull ||
-           position == JointSerializationOption_LengthDelta;
-}
-
-// A part that a baseline was sent without stands for the one at rest.
-template <typename Part>
-const Part& GetDataOrRest(const Part& part, const Part& rest) {
-    return part.hasData ? part : rest;
-}
-
 // The difference of the components from `first` on, the ones before it being the current value's.
 template <typename Compressed>
 Compressed ComputeDelta(const Compressed& baseline, const Compressed& current, std::uint32_t limit,
@@ -119,7 +107,7 @@ void Serialization::updateBodySnapshot(
         current.delivered = current.elements;
         current.hasData = true;
     }
-    const BodySnapshot& baseline = GetDataOrRest(
+    const BodySnapshot& baseline = getDataOrRest(
         hasBaseline ? bodyOf(*getBaselineSnapshot()) : current, bodyOf(getRestSnapshot(compressionType)));
     std::size_t cursor = 0;
     for (std::size_t j = 0; j < poses.size(); ++j) {
@@ -159,10 +147,10 @@ void Serialization::updateBodySnapshot(
 void Serialization::computeSerializedOptionAndJointPose(bool hasBaseline, JointSerializationOption& option,
     const JointPose& baseline, JointPose& pose, const CompressedJointPose& baselineCompressed,
     CompressedJointPose& out) const {
-    const bool isLength = IsLength(option);
+    const bool sendsLength = isLength(option);
     JointSerializationOption rotationOption = JointSerializationOption_RotationFull;
     JointSerializationOption positionOption =
-        isLength ? JointSerializationOption_LengthFull : JointSerializationOption_PositionFull;
+        sendsLength ? JointSerializationOption_LengthFull : JointSerializationOption_PositionFull;
     if (hasBaseline) {
         rotationOption = JointSerializationOption_RotationDelta;
         if (!(AngleInDegrees(pose.orientation, baseline.orientation) >= rotationThreshold)) {
@@ -172,7 +160,7 @@ void Serialization::computeSerializedOptionAndJointPose(bool hasBaseline, JointS
         if (!HasMoved(pose.position, baseline.position, positionThreshold)) {
             positionOption = JointSerializationOption_None;
             pose.position = baseline.position;
-        } else if (!isLength) {
+        } else if (!sendsLength) {
             positionOption = JointSerializationOption_PositionDelta;
         }
     }
@@ -182,7 +170,7 @@ void Serialization::computeSerializedOptionAndJointPose(bool hasBaseline, JointS
     }
     const Precision precision = toPrecision(compressionType);
     float length = 1.0F;
-    if (IsLength(positionOption)) {
+    if (isLength(positionOption)) {
         const float largestLength = precision == Precision::Max ? 6.0F : 0.6F;
         length = pose.position.Length();
         if (length > largestLength) {
@@ -207,7 +195,7 @@ void Serialization::computeSerializedJointPose(JointSerializationOption& rotatio
     const Precision precision = current.position.getPrecision();
     out.rotation =
         SerializationUtils::getProcessedRotation(rotationOption, baseline.rotation, current.rotation);
-    if (!IsLength(position)) {
+    if (!isLength(position)) {
         out.position =
             SerializationUtils::getProcessedPosition(positionOption, baseline.position, current.position);
         out.length = CompressedJointLength(precision);
@@ -258,7 +246,7 @@ void Serialization::updateFaceSnapshot(std::span<const float> weights) {
         current.compressAll();
         current.hasData = true;
     }
-    const FaceSnapshot& baseline = GetDataOrRest(hasBaseline ? *getBaselineSnapshot()->targetFace : current,
+    const FaceSnapshot& baseline = getDataOrRest(hasBaseline ? *getBaselineSnapshot()->targetFace : current,
         *getRestSnapshot(compressionType).targetFace);
     for (std::size_t i = 0; i < weights.size(); ++i) {
         float weight = current.elements[i];

@@ -102,4 +102,10 @@ class SnapshotTemplate {
     ElementCompressor elementCompressor;
 };
 
+// A part that a baseline came without stands for the one at rest.
+template <typename Part>
+const Part& getDataOrRest(const Part& part, const Part& rest) {
+    return part.hasData ? part : rest;
+}
+
 } // namespace Velkori_Utility

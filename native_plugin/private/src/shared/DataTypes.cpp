@@ -209,9 +209,8 @@ JointPose JointPose::Inverted() const {
 }
 
 bool AreFinite(std::span<const JointPose> poses) {
-    const auto isFinite = [](const Vector3f& v) { return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z); };
-    return std::ranges::all_of(poses, [&](const JointPose& pose) {
-        return isFinite(pose.position) && isFinite(pose.scale) && IsFinite(pose.orientation.LengthSquared());
+    return std::ranges::all_of(poses, [](const JointPose& pose) {
+        return IsFinite(pose.position) && IsFinite(pose.scale) && IsFinite(pose.orientation.LengthSquared());
     });
 }
 

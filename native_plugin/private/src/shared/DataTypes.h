@@ -136,6 +136,10 @@ inline constexpr Vector3f Vector3f::Identity_right_LH{1.0f, 0.0f, 0.0f};
 inline constexpr Vector3f Vector3f::Identity_up_LH{0.0f, 1.0f, 0.0f};
 inline constexpr Vector3f Vector3f::Identity_forward_LH{0.0f, 0.0f, 1.0f};
 
+constexpr bool IsFinite(const Vector3f& v) {
+    return IsFinite(v.x) && IsFinite(v.y) && IsFinite(v.z);
+}
+
 inline Vector3f Vector3f::Normalize() const {
     return NormalizeOr(*this, Zero);
 }
