@@ -1,0 +1,27 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace Velkori_Tool {
+
+/**
+ * Makes a file whole or not at all: `write` gets the path of a file beside the wanted one, which takes the
+ * wanted name once it is complete. Throws Failure if the file can't be written; what stood at the path before
+ * then still stands there.
+ */
+void WriteFileWhole(const std::string& path, const std::function<void(const std::string&)>& write);
+
+/** Writes a text in this way; the path "-" is standard output. */
+void WriteTextFile(const std::string& path, const std::string& text);
+
+/** Throws Failure if a file at this path couldn't be written: to be told before the work and not after it. */
+void CheckWritable(const std::string& path);
+
+/** The whole content of a file. Throws Failure if it can't be read. */
+std::string ReadTextFile(const std::string& path);
+
+/** The path's extension in lower case, with its dot: ".bvh". */
+std::string LowerCaseExtension(const std::string& path);
+
+} // namespace Velkori_Tool

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "host/RetargetedClip.h"
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Each sub-command adds itself to the program: its arguments, and what it does once they are parsed.
+namespace Velkori_Tool {
+
+void AddRigCommand(CLI::App& program);
+void AddPrepareCommand(CLI::App& program);
+void AddRetargetCommand(CLI::App& program);
+void AddStreamCommand(CLI::App& program);
+void AddDrawCommand(CLI::App& program);
+void AddCheckCommand(CLI::App& program);
+
+/** Adds the options that decide how a clip is read and retargeted. */
+void AddRetargetOptions(CLI::App& command, RetargetOptions& options);
+
+/** Says something that isn't the command's result, on standard error. */
+void SayNotes(const std::vector<std::string>& notes);
+
+/** Says what the library warned of since the last time. */
+void SayWarnings();
+
+} // namespace Velkori_Tool

@@ -1,0 +1,58 @@
+#include "commands/Commands.h"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <set>
+
+namespace Velkori_Tool {
+
+void AddRetargetOptions(CLI::App& command, RetargetOptions& options) {
+    const std::map<std::string, velkori_RetargetingBehavior> behaviors = {
+        {"match-proportions", velkori_RetargetingBehavior_MatchProportions},
+        {"match-proportions-rotate-hands", velkori_RetargetingBehavior_MatchProportionsRotateHands},
+        {"rotations-scaled", velkori_RetargetingBehavior_RotationsScaled},
+        {"rotations-unscaled", velkori_RetargetingBehavior_RotationsUnscaled}};
+    const std::map<std::string, velkori_RetargetingRootMotionBehavior> rootMotions = {
+        {"root-from-hips", velkori_RetargetingRootMotionBehavior_RootFromHips},
+        {"unchanged", velkori_RetargetingRootMotionBehavior_Unchanged},
+        {"root-from-reference", velkori_RetargetingRootMotionBehavior_RootFromReference}};
+    command
+        .add_option("--behavior", options.behavior,
+            "What mapped joints take from the source: match-proportions (default), "
+            "match-proportions-rotate-hands, rotations-scaled or rotations-unscaled")
+        ->transform(CLI::Transformer(behaviors))
+        ->check(CLI::IsMember({0, 1, 2, 3}));
+    command
+        .add_option("--root-motion", options.rootMotion,
+            "What becomes of the source's root: unchanged (default), root-from-hips or root-from-reference")
+        ->transform(CLI::Transformer(rootMotions))
+        ->check(CLI::IsMember({0, 1, 2}));
+    command.add_flag("--fixup", options.fixesUpOrientations,
+        "Turn joints so that their bones point at where the children are");
+    command.add_option("--manifestation", options.manifestation,
+        "Give the library only the source joints of this manifestation");
+    command
+        .add_option("--metres-per-unit", options.clip.metresPerUnit,
+            "The clip's unit; by default it is found from the lengths of its bones")
+        ->check(CLI::PositiveNumber);
+    command.add_flag("--keep-height", options.clip.keepsHeight,
+        "Leave the clip as high as it is, instead of putting its feet on the ground");
+}
+
+void SayNotes(const std::vector<std::string>& notes) {
+    for (const std::string& note : notes) {
+        fmt::print(stderr, "{}\n", note);
+    }
+}
+
+void SayWarnings() {
+    std::set<std::string> said;
+    for (const LogLine& line : TakeLog()) {
+        if (line.level == velkori_LogLevel_Warning && said.insert(line.text).second) {
+            fmt::print(stderr, "warning: {}\n", line.text);
+        }
+    }
+}
+
+} // namespace Velkori_Tool

@@ -1,0 +1,303 @@
+#include "host/SourceClip.h"
+
+#include "Failure.h"
+#include "host/FootContact.h"
+#include "rig/Rig.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+namespace Velkori_Tool {
+
+namespace {
+
+constexpr velkori_SkeletonType source = velkori_SkeletonType_Source;
+constexpr Vector3 up = {0.0f, 1.0f, 0.0f};
+
+/** "xyz:LeftArm" and "LeftArm" are the same joint of two exports. */
+std::string WithoutNamespace(const std::string& name) {
+    return name.substr(name.find_last_of(":|") + 1);
+}
+
+class SourceClipMaker {
+  public:
+    SourceClipMaker(const Configuration& configuration, const Motion& motion)
+        : configuration(configuration),
+          motion(motion),
+          names(configuration.JointNames(source)),
+          parents(configuration.Parents(source)),
+          rest(configuration.RestPose(source, velkori_SkeletonTPoseType_Min)),
+          root(configuration.KnownJoint(source, velkori_KnownJointType_Root)),
+          hips(configuration.KnownJoint(source, velkori_KnownJointType_Hips)) {
+        const std::vector<Transform> largest = configuration.RestPose(source, velkori_SkeletonTPoseType_Max);
+        for (size_t joint = 0; joint < rest.size(); ++joint) {
+            rest[joint].position = (rest[joint].position + largest[joint].position) * 0.5f;
+        }
+    }
+
+    SourceClip Make(const SourceClipOptions& options, std::vector<std::string>& notes) {
+        MatchJoints(notes);
+        const double lengthRatio = MeasureBones();
+        metresPerUnit = options.metresPerUnit ? *options.metresPerUnit : FindUnit(lengthRatio);
+        notes.push_back(fmt::format("unit of '{}': {:g} m", motion.path, metresPerUnit));
+        space = FindSpace(motion, ClipKnownJoints());
+        CheckJointAxes(notes);
+
+        SourceClip clip;
+        clip.frameSeconds = motion.frameSeconds;
+        clip.frameCount = motion.frameCount;
+        clip.jointCount = static_cast<int>(names.size());
+        clip.poses.reserve(static_cast<size_t>(motion.frameCount) * names.size());
+        for (int frame = 0; frame < motion.frameCount; ++frame) {
+            const std::vector<Transform> pose = MakePose(motion.Frame(frame));
+            clip.poses.insert(clip.poses.end(), pose.begin(), pose.end());
+        }
+        if (!options.keepsHeight) {
+            PutOnGround(clip, notes);
+        }
+        // The root stands on the ground, which is known only now.
+        for (int frame = 0; frame < clip.frameCount && root >= 0 && clipJoints[root] < 0; ++frame) {
+            PlaceRoot(std::span(clip.poses).subspan(static_cast<size_t>(frame) * names.size(), names.size()));
+        }
+        clip.reference = MakeReference(static_cast<float>(metresPerUnit / lengthRatio));
+        return clip;
+    }
+
+  private:
+    /** Finds each source joint in the clip. What the clip lacks rides on its parent, unless it is a known
+     * one. */
+    void MatchJoints(std::vector<std::string>& notes) {
+        std::map<std::string, int> byName;
+        for (int joint = 0; joint < motion.skeleton.JointCount(); ++joint) {
+            byName.emplace(WithoutNamespace(motion.skeleton.jointNames[joint]), joint);
+        }
+        std::vector<std::string> missing;
+        for (const std::string& name : names) {
+            const auto found = byName.find(WithoutNamespace(name));
+            clipJoints.push_back(found == byName.end() ? -1 : found->second);
+            if (found == byName.end() && static_cast<int>(clipJoints.size()) - 1 != root) {
+                missing.push_back(name);
+            }
+        }
+        std::vector<std::string> missingKnown;
+        for (int role = velkori_KnownJointType_Hips; role < VELKORI_KNOWN_JOINT_COUNT; ++role) {
+            const int joint = configuration.KnownJoint(source, static_cast<velkori_KnownJointType>(role));
+            if (joint >= 0 && clipJoints[joint] < 0) {
+                missingKnown.push_back(names[joint]);
+            }
+        }
+        if (!missingKnown.empty() || missing.size() * 2 > names.size()) {
+            throw Failure(fmt::format(
+                "'{}' is a clip of another rig than the configuration's source: it has no joint {}; its "
+                "joints "
+                "are {}; make a configuration from this clip's rig with 'velkori rig' and 'velkori prepare'",
+                motion.path, fmt::join(missingKnown.empty() ? missing : missingKnown, ", "),
+                fmt::join(motion.skeleton.jointNames, ", ")));
+        }
+        if (!missing.empty()) {
+            notes.push_back(fmt::format(
+                "'{}' has no {}; they ride on their parents", motion.path, fmt::join(missing, ", ")));
+        }
+        if (root >= 0 && clipJoints[root] < 0 && hips < 0) {
+            throw Failure(
+                fmt::format("'{}' has no joint '{}' and the configuration no hips to put it under; name "
+                            "the hips with 'velkori rig --known hips=JOINT'",
+                    motion.path, names[root]));
+        }
+    }
+
+    bool HasClipBone(size_t joint) const {
+        const int parent = parents[joint];
+        return parent >= 0 && clipJoints[joint] >= 0 && clipJoints[parent] >= 0;
+    }
+
+    double ClipBoneLength(size_t joint) const {
+        const std::vector<Transform>& bind = motion.skeleton.bindPose;
+        return Length(bind[clipJoints[joint]].position - bind[clipJoints[parents[joint]]].position);
+    }
+
+    double BoneLength(size_t joint) const {
+        return Length(rest[joint].position - rest[parents[joint]].position);
+    }
+
+    /** How long the source's bones are in the clip's unit. */
+    double MeasureBones() const {
+        double clipLength = 0.0;
+        double length = 0.0;
+        for (size_t joint = 0; joint < names.size(); ++joint) {
+            if (HasClipBone(joint)) {
+                clipLength += ClipBoneLength(joint);
+                length += BoneLength(joint);
+            }
+        }
+        if (!(clipLength > 0.0 && length > 0.0)) {
+            throw Failure(
+                fmt::format("'{}': the bones that it shares with the configuration have no length; it "
+                            "is another rig's clip or damaged",
+                    motion.path));
+        }
+        return length / clipLength;
+    }
+
+    /** The usual unit with which the clip's body comes near the source's, or the one that makes them equal.
+     */
+    static double FindUnit(double lengthRatio) {
+        constexpr std::array<double, 6> units = {1.0, 0.01, 0.001, 0.0254 / 0.45, 0.0254, 0.3048};
+        constexpr double same = 1.01;
+        constexpr double similar = 1.35;
+        const auto distance = [&](double unit) { return std::fabs(std::log(unit / lengthRatio)); };
+        const double nearest = *std::min_element(
+            units.begin(), units.end(), [&](double a, double b) { return distance(a) < distance(b); });
+        const bool isOtherBody = distance(nearest) > std::log(same) && distance(nearest) < std::log(similar);
+        return isOtherBody ? nearest : lengthRatio;
+    }
+
+    KnownJointOverrides ClipKnownJoints() const {
+        KnownJointOverrides known;
+        for (int index = 0; index < VELKORI_KNOWN_JOINT_COUNT; ++index) {
+            const auto role = static_cast<velkori_KnownJointType>(index);
+            const int joint = configuration.KnownJoint(source, role);
+            known[role] = joint < 0 ? -1 : clipJoints[joint];
+        }
+        return known;
+    }
+
+    /** A clip whose joints have other axes than the configuration's would turn every bone. */
+    void CheckJointAxes(std::vector<std::string>& notes) const {
+        std::vector<Transform> bind = motion.skeleton.bindPose;
+        ConvertSpace(bind, space, VELKORI_DEFAULT_COORDINATE_SPACE);
+        std::vector<float> angles;
+        for (size_t joint = 0; joint < names.size(); ++joint) {
+            if (HasClipBone(joint) && BoneLength(joint) > 0.0 && ClipBoneLength(joint) > 0.0) {
+                const int parent = parents[joint];
+                angles.push_back(AngleBetween(RelativeTo(rest[parent], rest[joint]).position,
+                    RelativeTo(bind[clipJoints[parent]], bind[clipJoints[joint]]).position));
+            }
+        }
+        const auto middle = angles.begin() + static_cast<std::ptrdiff_t>(angles.size() / 2);
+        std::nth_element(angles.begin(), middle, angles.end());
+        constexpr float suspicious = 10.0f;
+        if (middle != angles.end() && *middle > suspicious) {
+            notes.push_back(
+                fmt::format("warning: the joints of '{}' have other axes than the configuration's "
+                            "source (half of the bones differ by more than {:.0f} degrees); if the "
+                            "result is twisted, make the configuration from this file's rig",
+                    motion.path, *middle));
+        }
+    }
+
+    /** A file's pose in the source's joints, in metres and the default coordinate space; the root not placed.
+     */
+    std::vector<Transform> MakePose(std::span<const Transform> filePose) const {
+        std::vector<Transform> pose(names.size(), identityTransform);
+        for (size_t joint = 0; joint < pose.size(); ++joint) {
+            if (clipJoints[joint] >= 0) {
+                pose[joint].orientation = filePose[clipJoints[joint]].orientation;
+                pose[joint].position =
+                    filePose[clipJoints[joint]].position * static_cast<float>(metresPerUnit);
+            }
+        }
+        ConvertSpace(pose, space, VELKORI_DEFAULT_COORDINATE_SPACE);
+        for (size_t joint = 0; joint < pose.size(); ++joint) {
+            if (clipJoints[joint] < 0 && static_cast<int>(joint) != root) {
+                RideOnParent(static_cast<int>(joint), pose);
+            }
+        }
+        return pose;
+    }
+
+    void RideOnParent(int joint, std::vector<Transform>& pose) const {
+        int carrier = parents[joint];
+        while (carrier >= 0 && clipJoints[carrier] < 0) {
+            carrier = parents[carrier];
+        }
+        pose[joint] =
+            carrier < 0 ? rest[joint] : Compose(pose[carrier], RelativeTo(rest[carrier], rest[joint]));
+    }
+
+    /** Under the hips, as high as in the rest pose, and turned about up as they are. */
+    void PlaceRoot(std::span<Transform> pose) const {
+        const Vector3 restOffset = rest[root].position - rest[hips].position;
+        const Quaternion turn = TwistAbout(pose[hips].orientation * Inverse(rest[hips].orientation), up);
+        const Vector3 offset = Rotate(turn, WithoutAxis(restOffset, up));
+        pose[root].orientation = Normalized(turn * rest[root].orientation);
+        pose[root].position = WithoutAxis(pose[hips].position + offset, up) + up * rest[root].position.y;
+    }
+
+    void PutOnGround(SourceClip& clip, std::vector<std::string>& notes) const {
+        constexpr float noticeable = 0.01f;
+        const float ground = GroundHeight(configuration, source, clip.poses, clip.jointCount);
+        if (std::fabs(ground) < noticeable) {
+            return;
+        }
+        for (Transform& transform : clip.poses) {
+            transform.position.y -= ground;
+        }
+        notes.push_back(fmt::format("the feet stand at {:.3f} m in '{}'; the motion is moved to the ground "
+                                    "(--keep-height leaves it)",
+            ground, motion.path));
+    }
+
+    /**
+     * The source's rest pose where the clip's bones are as long, within what files round. Otherwise with the
+     * clip's lengths: these are taken from its bind pose, under which the root stands in proportion.
+     */
+    std::vector<Transform> MakeReference(float sizeRatio) const {
+        float largestDifference = 0.0f;
+        for (size_t joint = 0; joint < names.size(); ++joint) {
+            if (HasClipBone(joint)) {
+                const double length = ClipBoneLength(joint) * metresPerUnit;
+                largestDifference =
+                    std::max(largestDifference, static_cast<float>(std::fabs(length - BoneLength(joint))));
+            }
+        }
+        constexpr float noticeable = 0.002f;
+        std::vector<Transform> reference = rest;
+        if (largestDifference < noticeable) {
+            return reference;
+        }
+        reference = MakePose(motion.skeleton.bindPose);
+        if (root >= 0 && clipJoints[root] < 0) {
+            reference[root] = rest[root];
+            reference[root].position =
+                reference[hips].position + (rest[root].position - rest[hips].position) * sizeRatio;
+        }
+        Check(velkori_matchCurrentTPose(configuration.Handle(), source, velkori_MatchBehavior_JointLengths,
+                  velkori_JointRelativeSpaceType_RootOriginRelative, static_cast<int32_t>(reference.size()),
+                  reference.data()),
+            "the library can't measure the clip's body");
+        return reference;
+    }
+
+    const Configuration& configuration;
+    const Motion& motion;
+    std::vector<std::string> names;
+    std::vector<int> parents;
+    /** The middle of the source's minimum and maximum rest poses. */
+    std::vector<Transform> rest;
+    int root = -1;
+    int hips = -1;
+    /** The clip's joint for each source joint; -1 where it has none. */
+    std::vector<int> clipJoints;
+    double metresPerUnit = 1.0;
+    velkori_CoordinateSpace_ space = VELKORI_DEFAULT_COORDINATE_SPACE;
+};
+
+} // namespace
+
+SourceClip MakeSourceClip(const Configuration& configuration, const Motion& motion,
+    const SourceClipOptions& options, std::vector<std::string>& notes) {
+    if (configuration.JointCount(source) < 1) {
+        throw Failure("the configuration has no source skeleton; make one with 'velkori prepare'");
+    }
+    if (motion.frameCount < 1) {
+        throw Failure(fmt::format("'{}' has no frames; give a file with motion", motion.path));
+    }
+    return SourceClipMaker(configuration, motion).Make(options, notes);
+}
+
+} // namespace Velkori_Tool

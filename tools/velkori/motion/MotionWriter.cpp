@@ -1,0 +1,32 @@
+#include "motion/MotionWriter.h"
+
+#include "Failure.h"
+#include "OutputFile.h"
+#include "host/Library.h"
+#include "motion/BVHWriter.h"
+#include "motion/GLBWriter.h"
+
+#include <fmt/format.h>
+
+namespace Velkori_Tool {
+
+void CheckMotionFormat(const std::string& path) {
+    const std::string extension = LowerCaseExtension(path);
+    if (extension != ".bvh" && extension != ".glb") {
+        throw Failure(fmt::format(
+            "can't write '{}': motion is written as .bvh or .glb; give the file one of these endings", path));
+    }
+}
+
+void WriteMotion(const std::string& path, OutgoingMotion motion) {
+    CheckMotionFormat(path);
+    ConvertSpace(motion.restPose, VELKORI_DEFAULT_COORDINATE_SPACE, fileSpace);
+    ConvertSpace(motion.poses, VELKORI_DEFAULT_COORDINATE_SPACE, fileSpace);
+    if (LowerCaseExtension(path) == ".bvh") {
+        WriteTextFile(path, MakeBVH(motion));
+    } else {
+        WriteFileWhole(path, [&](const std::string& place) { WriteGLB(place, motion); });
+    }
+}
+
+} // namespace Velkori_Tool

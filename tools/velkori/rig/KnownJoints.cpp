@@ -1,0 +1,425 @@
+#include "rig/KnownJoints.h"
+
+#include "rig/BodyPart.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <numeric>
+
+namespace Velkori_Tool {
+
+namespace {
+
+/** An arm or a leg: from which joint to which, and by what it is told. */
+struct LimbKind {
+    BodyPart upper;
+    BodyPart middle;
+    BodyPart end;
+    /** The height of the upper joint, in parts of the body's. */
+    float lowestUpper = 0.0f;
+    float highestUpper = 0.0f;
+    /** The way from the upper joint to the end as the crow flies, in parts of the body's height. */
+    float shortest = 0.0f;
+    float longest = 0.0f;
+    /** The highest that the end is expected at, which tells legs. */
+    float highestEnd = 0.0f;
+    std::string_view middleName;
+};
+
+constexpr LimbKind arm = {
+    BodyPart::UpperArm, BodyPart::LowerArm, BodyPart::Wrist, 0.66f, 0.92f, 0.2f, 0.45f, 1.0f, "elbow"};
+constexpr LimbKind leg = {
+    BodyPart::UpperLeg, BodyPart::LowerLeg, BodyPart::Ankle, 0.38f, 0.64f, 0.3f, 0.6f, 0.2f, "knee"};
+
+struct Limb {
+    int upper = -1;
+    int end = -1;
+    Side side = Side::None;
+    /** Each 0 to 1. */
+    float upperName = 0.0f;
+    float endName = 0.0f;
+    float hierarchy = 0.0f;
+    float position = 0.0f;
+
+    float Score() const { return 0.3f * upperName + 0.3f * endName + 0.2f * hierarchy + 0.2f * position; }
+};
+
+/** 1 inside a range and falling to 0 within `margin` outside it. */
+float FitRange(float value, float lowest, float highest, float margin) {
+    const float outside = std::max({0.0f, lowest - value, value - highest});
+    return std::max(0.0f, 1.0f - outside / margin);
+}
+
+class KnownJointFinder {
+  public:
+    KnownJointFinder(const FileSkeleton& skeleton, const Vector3& up) : skeleton(skeleton), up(up) {
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            names.push_back(ParseJointName(skeleton.jointNames[joint]));
+            heights.push_back(Dot(up, skeleton.bindPose[joint].position));
+            childCounts.push_back(0);
+            if (skeleton.parents[joint] >= 0) {
+                ++childCounts[skeleton.parents[joint]];
+            }
+        }
+        const auto [low, high] = std::minmax_element(heights.begin(), heights.end());
+        bodyHeight = std::max(*high - *low, 1e-6f);
+        const float ground = *low;
+        for (float& height : heights) {
+            height = (height - ground) / bodyHeight;
+        }
+    }
+
+    KnownJointGuesses Find(const KnownJointOverrides& wanted) {
+        overrides = wanted;
+        FindLimbs(leg, velkori_KnownJointType_LeftUpperLeg, velkori_KnownJointType_LeftAnkle,
+            velkori_KnownJointType_RightUpperLeg, velkori_KnownJointType_RightAnkle);
+        FindLimbs(arm, velkori_KnownJointType_LeftUpperArm, velkori_KnownJointType_LeftWrist,
+            velkori_KnownJointType_RightUpperArm, velkori_KnownJointType_RightWrist);
+        FindChest();
+        FindNeck();
+        FindHips();
+        FindRoot();
+        return guesses;
+    }
+
+    std::vector<int> Candidates(velkori_KnownJointType role) const {
+        const auto [part, side] = PartOf(role);
+        std::vector<std::pair<float, int>> scored;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            const JointName& name = names[joint];
+            const float sideFit = name.side == side ? 0.5f : 0.0f;
+            const float score = NameFit(name, part) + sideFit - (NamesAnotherPart(name, part) ? 0.4f : 0.0f);
+            scored.emplace_back(-score, joint);
+        }
+        std::stable_sort(scored.begin(), scored.end());
+        std::vector<int> joints;
+        joints.reserve(scored.size());
+        for (const auto& [score, joint] : scored) {
+            joints.push_back(joint);
+        }
+        return joints;
+    }
+
+  private:
+    static std::pair<BodyPart, Side> PartOf(velkori_KnownJointType role) {
+        switch (role) {
+        case velkori_KnownJointType_Hips:
+            return {BodyPart::Hips, Side::None};
+        case velkori_KnownJointType_RightUpperArm:
+            return {BodyPart::UpperArm, Side::Right};
+        case velkori_KnownJointType_LeftUpperArm:
+            return {BodyPart::UpperArm, Side::Left};
+        case velkori_KnownJointType_RightWrist:
+            return {BodyPart::Wrist, Side::Right};
+        case velkori_KnownJointType_LeftWrist:
+            return {BodyPart::Wrist, Side::Left};
+        case velkori_KnownJointType_Chest:
+            return {BodyPart::Chest, Side::None};
+        case velkori_KnownJointType_Neck:
+            return {BodyPart::Neck, Side::None};
+        case velkori_KnownJointType_RightUpperLeg:
+            return {BodyPart::UpperLeg, Side::Right};
+        case velkori_KnownJointType_LeftUpperLeg:
+            return {BodyPart::UpperLeg, Side::Left};
+        case velkori_KnownJointType_RightAnkle:
+            return {BodyPart::Ankle, Side::Right};
+        case velkori_KnownJointType_LeftAnkle:
+            return {BodyPart::Ankle, Side::Left};
+        default:
+            return {BodyPart::Root, Side::None};
+        }
+    }
+
+    const Vector3& Position(int joint) const { return skeleton.bindPose[joint].position; }
+
+    float Distance(int a, int b) const { return Length(Position(a) - Position(b)); }
+
+    bool IsAncestorOrSelf(int ancestor, int joint) const {
+        while (joint >= 0 && joint != ancestor) {
+            joint = skeleton.parents[joint];
+        }
+        return joint >= 0;
+    }
+
+    int CommonAncestor(int a, int b) const {
+        while (a >= 0 && (b < 0 || !IsAncestorOrSelf(a, b))) {
+            a = skeleton.parents[a];
+        }
+        return a;
+    }
+
+    /** A joint between both ends that halves the limb, and whether a joint between is named after it. */
+    float MiddleFit(const LimbKind& kind, int upper, int end) const {
+        float halves = 0.0f;
+        float named = 0.0f;
+        for (int joint = skeleton.parents[end]; joint != upper; joint = skeleton.parents[joint]) {
+            const float above = Distance(upper, joint);
+            const float below = Distance(joint, end);
+            constexpr float farthest = 0.69f; // one half is twice the other
+            if (above > 0.0f && below > 0.0f) {
+                halves = std::max(halves, 1.0f - std::fabs(std::log(above / below)) / farthest);
+            }
+            named = std::max(named, NameFit(names[joint], kind.middle));
+        }
+        return 0.5f * halves + 0.3f * named;
+    }
+
+    Limb Measure(const LimbKind& kind, int upper, int end) const {
+        Limb limb{upper, end};
+        limb.side = names[upper].side != Side::None ? names[upper].side : names[end].side;
+        limb.upperName = NameFit(names[upper], kind.upper);
+        limb.endName = NameFit(names[end], kind.end);
+        const float branches = childCounts[end] != 1 ? 0.2f : 0.0f;
+        limb.hierarchy = MiddleFit(kind, upper, end) + (kind.end == BodyPart::Ankle ? 0.2f : branches);
+        constexpr float margin = 0.12f;
+        limb.position =
+            (FitRange(heights[upper], kind.lowestUpper, kind.highestUpper, margin) +
+                FitRange(heights[end], 0.0f, kind.highestEnd, margin) +
+                FitRange(Distance(upper, end) / bodyHeight, kind.shortest, kind.longest, margin)) /
+            3.0f;
+        return limb;
+    }
+
+    bool CanBe(int joint, BodyPart part) const { return !NamesAnotherPart(names[joint], part); }
+
+    /** All limbs that are worth a thought, best first. */
+    std::vector<Limb> MeasureLimbs(const LimbKind& kind) const {
+        constexpr int mostLevels = 12;
+        constexpr float leastScore = 0.28f;
+        std::vector<Limb> limbs;
+        for (int end = 0; end < skeleton.JointCount(); ++end) {
+            int upper = skeleton.parents[end];
+            for (int level = 1; upper >= 0 && level < mostLevels && CanBe(end, kind.end); ++level) {
+                const bool sidesFit = names[upper].side == Side::None || names[end].side == Side::None ||
+                                      names[upper].side == names[end].side;
+                if (level > 1 && sidesFit && CanBe(upper, kind.upper)) {
+                    const Limb limb = Measure(kind, upper, end);
+                    if (limb.Score() >= leastScore) {
+                        limbs.push_back(limb);
+                    }
+                }
+                upper = skeleton.parents[upper];
+            }
+        }
+        std::stable_sort(
+            limbs.begin(), limbs.end(), [](const Limb& a, const Limb& b) { return a.Score() > b.Score(); });
+        return limbs;
+    }
+
+    bool AreApart(const Limb& a, const Limb& b) const {
+        return !IsAncestorOrSelf(a.upper, b.upper) && !IsAncestorOrSelf(b.upper, a.upper);
+    }
+
+    void FindLimbs(const LimbKind& kind, velkori_KnownJointType leftUpper, velkori_KnownJointType leftEnd,
+        velkori_KnownJointType rightUpper, velkori_KnownJointType rightEnd) {
+        const std::vector<Limb> limbs = MeasureLimbs(kind);
+        const auto bestOf = [&](Side side, const Limb& other) {
+            for (const Limb& limb : limbs) {
+                if (limb.side == side && (other.upper < 0 || AreApart(limb, other))) {
+                    return limb;
+                }
+            }
+            return Limb();
+        };
+        Limb left = bestOf(Side::Left, {});
+        Limb right = bestOf(Side::Right, left);
+        const bool isSideNamed = left.upper >= 0 || right.upper >= 0;
+        if (left.upper < 0) {
+            left = bestOf(Side::None, right);
+        }
+        if (right.upper < 0) {
+            right = bestOf(Side::None, left);
+        }
+        if (!isSideNamed && left.upper >= 0 && right.upper >= 0 &&
+            Dot(Position(left.end) - Position(right.end), LeftAxis(left, right)) < 0.0f) {
+            std::swap(left, right);
+        }
+        SetLimb(kind, left, leftUpper, leftEnd);
+        SetLimb(kind, right, rightUpper, rightEnd);
+    }
+
+    /** Where left is without anybody saying so: from the feet, which point forward, or as most files have it.
+     */
+    Vector3 LeftAxis(const Limb& left, const Limb& right) const {
+        Vector3 forward = {0.0f, 0.0f, 0.0f};
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            for (const int ankle : {left.end, right.end}) {
+                if (heights[joint] < leg.highestEnd && heights[ankle] < leg.highestEnd &&
+                    IsAncestorOrSelf(ankle, joint)) {
+                    forward = forward + WithoutAxis(Position(joint) - Position(ankle), up);
+                }
+            }
+        }
+        if (Length(forward) < 0.01f * bodyHeight) {
+            forward = up.y > 0.5f ? Vector3{0.0f, 0.0f, 1.0f} : Vector3{0.0f, -1.0f, 0.0f};
+        }
+        return Cross(up, forward);
+    }
+
+    void SetLimb(const LimbKind& kind, const Limb& limb, velkori_KnownJointType upperRole,
+        velkori_KnownJointType endRole) {
+        if (limb.upper < 0) {
+            Set(upperRole, -1, 0.0f, "");
+            Set(endRole, -1, 0.0f, "");
+            return;
+        }
+        const float structure = 0.15f * limb.hierarchy + 0.15f * limb.position;
+        const std::string side = names[limb.upper].side != Side::None ? "side by name" : "side by position";
+        const float sideShare = names[limb.upper].side != Side::None ? 0.15f : 0.07f;
+        const auto reasons = [&](int joint, float nameFit) {
+            const std::string name =
+                nameFit > 0.0f ? fmt::format("name '{}'", names[joint].word) : std::string("no name for it");
+            return fmt::format("{}, {}, {} {}, height {:.0f} %", name, side,
+                limb.hierarchy > 0.5f ? "with" : "without a clear", kind.middleName, 100.0f * heights[joint]);
+        };
+        Set(upperRole, limb.upper, 0.55f * limb.upperName + sideShare + structure,
+            reasons(limb.upper, limb.upperName));
+        Set(endRole, limb.end, 0.55f * limb.endName + sideShare + structure, reasons(limb.end, limb.endName));
+    }
+
+    /** The first joint of those whose name fits best; -1 if none fits. */
+    int BestNamed(BodyPart part) const {
+        int best = -1;
+        float bestFit = 0.0f;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            if (NameFit(names[joint], part) > bestFit) {
+                best = joint;
+                bestFit = NameFit(names[joint], part);
+            }
+        }
+        return best;
+    }
+
+    /** The joint that both arms hang from, or the last below it that isn't named after the neck. */
+    void FindChest() {
+        int joint = CommonAncestor(
+            Joint(velkori_KnownJointType_LeftUpperArm), Joint(velkori_KnownJointType_RightUpperArm));
+        while (joint >= 0 && NameFit(names[joint], BodyPart::Neck) > 0.0f) {
+            joint = skeleton.parents[joint];
+        }
+        joint = joint < 0 ? BestNamed(BodyPart::Chest) : joint;
+        const float fit = joint < 0 ? 0.0f : NameFit(names[joint], BodyPart::Chest);
+        Set(velkori_KnownJointType_Chest, joint, 0.5f + 0.5f * fit,
+            TrunkReasons(joint, fit, "both arms hang from it"));
+    }
+
+    /** Of what stands above the chest without being an arm: what is named so, or else what leads up. */
+    void FindNeck() {
+        const int chest = Joint(velkori_KnownJointType_Chest);
+        int best = -1;
+        float bestFit = 0.0f;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            const float fit = NameFit(names[joint], BodyPart::Neck);
+            if (fit > bestFit && (chest < 0 || IsAncestorOrSelf(chest, joint))) {
+                best = joint;
+                bestFit = fit;
+            }
+        }
+        if (best < 0 && chest >= 0) {
+            best = ChildTowardsTop(chest);
+        }
+        Set(velkori_KnownJointType_Neck, best, 0.35f + 0.65f * bestFit,
+            TrunkReasons(best, bestFit, "leads from the chest to the head"));
+    }
+
+    /** The child whose subtree holds the highest joint that isn't part of an arm; -1 if there is none. */
+    int ChildTowardsTop(int chest) const {
+        int highest = -1;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            const bool isArm =
+                IsAncestorOrSelf(ChildTowards(chest, Joint(velkori_KnownJointType_LeftUpperArm)), joint) ||
+                IsAncestorOrSelf(ChildTowards(chest, Joint(velkori_KnownJointType_RightUpperArm)), joint);
+            if (joint != chest && IsAncestorOrSelf(chest, joint) && !isArm && CanBe(joint, BodyPart::Neck) &&
+                (highest < 0 || heights[joint] > heights[highest])) {
+                highest = joint;
+            }
+        }
+        const int child = ChildTowards(chest, highest);
+        return child >= 0 && CanBe(child, BodyPart::Neck) ? child : -1;
+    }
+
+    /** The child of an ancestor on the way to a joint below it. */
+    int ChildTowards(int ancestor, int joint) const {
+        while (joint >= 0 && skeleton.parents[joint] != ancestor) {
+            joint = skeleton.parents[joint];
+        }
+        return joint;
+    }
+
+    /** The joint that legs and chest hang from, or one not far above it that is named so. */
+    void FindHips() {
+        const int legs = CommonAncestor(
+            Joint(velkori_KnownJointType_LeftUpperLeg), Joint(velkori_KnownJointType_RightUpperLeg));
+        const int chest = Joint(velkori_KnownJointType_Chest);
+        int joint = chest < 0 || legs < 0 ? legs : CommonAncestor(legs, chest);
+        const int above = joint < 0 ? -1 : skeleton.parents[joint];
+        constexpr float wellNamed = 0.5f;
+        if (above >= 0 && NameFit(names[joint], BodyPart::Hips) < wellNamed &&
+            NameFit(names[above], BodyPart::Hips) > wellNamed) {
+            joint = above;
+        }
+        joint = joint < 0 ? BestNamed(BodyPart::Hips) : joint;
+        const float fit = joint < 0 ? 0.0f : NameFit(names[joint], BodyPart::Hips);
+        Set(velkori_KnownJointType_Hips, joint, 0.5f + 0.5f * fit,
+            TrunkReasons(joint, fit, "legs and trunk hang from it"));
+    }
+
+    /** What stands above the hips, if it is on the ground or says that it is the root. */
+    void FindRoot() {
+        int top = Joint(velkori_KnownJointType_Hips);
+        while (top >= 0 && skeleton.parents[top] >= 0) {
+            top = skeleton.parents[top];
+        }
+        constexpr float onGround = 0.1f;
+        const bool isRoot = top >= 0 && top != Joint(velkori_KnownJointType_Hips) && heights[top] < onGround;
+        const float fit = isRoot ? NameFit(names[top], BodyPart::Root) : 0.0f;
+        Set(velkori_KnownJointType_Root, isRoot ? top : -1, 0.6f + 0.4f * fit,
+            TrunkReasons(isRoot ? top : -1, fit, "stands above the hips on the ground"));
+    }
+
+    std::string TrunkReasons(int joint, float nameFit, std::string_view place) const {
+        if (joint < 0) {
+            return "";
+        }
+        const std::string name =
+            nameFit > 0.0f ? fmt::format("name '{}'", names[joint].word) : std::string("no name for it");
+        return fmt::format("{}, {}, height {:.0f} %", name, place, 100.0f * heights[joint]);
+    }
+
+    int Joint(velkori_KnownJointType role) const { return guesses.at(role).joint; }
+
+    void Set(velkori_KnownJointType role, int joint, float sureness, std::string reasons) {
+        const auto wanted = overrides.find(role);
+        if (wanted != overrides.end()) {
+            guesses.at(role) = {wanted->second, 100, "said so with --known"};
+        } else {
+            guesses.at(role) = {
+                joint, joint < 0 ? 0 : static_cast<int>(std::lround(100.0f * sureness)), std::move(reasons)};
+        }
+    }
+
+    const FileSkeleton& skeleton;
+    const Vector3& up;
+    std::vector<JointName> names;
+    /** Above the lowest joint, in parts of the body's height. */
+    std::vector<float> heights;
+    std::vector<int> childCounts;
+    float bodyHeight = 0.0f;
+    KnownJointOverrides overrides;
+    KnownJointGuesses guesses;
+};
+
+} // namespace
+
+KnownJointGuesses GuessKnownJoints(
+    const FileSkeleton& skeleton, const Vector3& up, const KnownJointOverrides& overrides) {
+    return KnownJointFinder(skeleton, up).Find(overrides);
+}
+
+std::vector<int> KnownJointCandidates(
+    const FileSkeleton& skeleton, const Vector3& up, velkori_KnownJointType role) {
+    return KnownJointFinder(skeleton, up).Candidates(role);
+}
+
+} // namespace Velkori_Tool

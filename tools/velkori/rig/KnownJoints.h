@@ -1,0 +1,38 @@
+#pragma once
+
+#include "motion/Motion.h"
+
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Velkori_Tool {
+
+/** Which joint of a skeleton plays a role, how sure that is and why. */
+struct KnownJointGuess {
+    /** -1 if no joint looks like it. */
+    int joint = -1;
+    /** 0 to 100. */
+    int percent = 0;
+    std::string reasons;
+};
+
+/** By velkori_KnownJointType. */
+using KnownJointGuesses = std::array<KnownJointGuess, VELKORI_KNOWN_JOINT_COUNT>;
+
+/** What the user has said, role by role; -1 for a role that the skeleton doesn't have. */
+using KnownJointOverrides = std::map<velkori_KnownJointType, int>;
+
+/**
+ * Finds the known joints by their names and by where they stand, in the hierarchy and in the bind pose. `up`
+ * is the axis that points up. A root is found only if the skeleton has one on the ground.
+ */
+KnownJointGuesses GuessKnownJoints(
+    const FileSkeleton& skeleton, const Vector3& up, const KnownJointOverrides& overrides);
+
+/** The joints that come closest to a role that nothing was found for, best first. */
+std::vector<int> KnownJointCandidates(
+    const FileSkeleton& skeleton, const Vector3& up, velkori_KnownJointType role);
+
+} // namespace Velkori_Tool
