@@ -49,10 +49,9 @@ void Run(const DrawCommand& command) {
     const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
     SayNotes(notes);
     const std::string clipName = std::filesystem::path(command.clip).filename().string();
-    const SheetContent content = {configuration.Name(), clip,
+    const SheetContent content = {configuration.Name(), clipName, clip,
         MakeFigure(configuration, velkori_SkeletonType_Source),
-        MakeFigure(configuration, velkori_SkeletonType_Target), clipName, "the character",
-        ChooseMoments(command, clip.source)};
+        MakeFigure(configuration, velkori_SkeletonType_Target), ChooseMoments(command, clip.source)};
     WriteFileWhole(command.output, [&](const std::string& place) { DrawSheet(place, content); });
 }
 

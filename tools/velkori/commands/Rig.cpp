@@ -92,7 +92,7 @@ void AddRigCommand(CLI::App& program) {
            "Which side of a configuration it is for: source (default) or target")
         ->check(CLI::IsMember({"source", "target"}));
     app.add_option("--size-range", command->sizeRange,
-        "Minimum and maximum rest poses as factors of the size, such as 0.85:1.2; 1:1 by default");
+        "Minimum and maximum rest poses as factors of the size, smallest:largest; 0.85:1.15 by default");
     app.add_option("--exclude", command->options.excluded, "Joints that get no generated mapping: A,B,...")
         ->delimiter(',');
     app.add_option("--manifestation", command->options.manifestations,

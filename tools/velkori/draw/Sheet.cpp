@@ -106,10 +106,10 @@ class SheetDrawer {
         canvas.Text(content.title, {margin, 44.0}, 24.0, ink, 0.0, true);
         const SourceClip& source = clip.source;
         canvas.Text(
-            fmt::format("{} frames at {:.0f} Hz, {:.1f} s.  In each pair: left \"{}\" as captured, right "
-                        "\"{}\".  Trails: feet and hands, half a second before and after.",
-                source.frameCount, 1.0 / source.frameSeconds, source.frameCount * source.frameSeconds,
-                content.sourceName, content.targetName),
+            fmt::format("{}: {} frames at {:.0f} Hz, {:.1f} s.  Trails: feet and hands, half a second before "
+                        "and after.",
+                content.clipName, source.frameCount, 1.0 / source.frameSeconds,
+                source.frameCount * source.frameSeconds),
             {margin, 70.0}, 14.0, faint);
         double x = pageWidth - margin;
         for (const auto& [side, name] : {std::pair{Side::Right, "right"}, std::pair{Side::Left, "left"}}) {
@@ -135,7 +135,9 @@ class SheetDrawer {
             DrawFigure(content.target, clip.poses, clip.jointCount, frame, view,
                 {left + 1.5 * figureWidth, groundY});
             canvas.Text(fmt::format("{:.2f} s", frame * clip.source.frameSeconds),
-                {left + 0.5 * cellWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
+                {left + 0.5 * cellWidth, groundY + belowGround - 10.0}, 13.0, ink, 0.5);
+            canvas.Text("captured", {left + 0.5 * figureWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
+            canvas.Text("character", {left + 1.5 * figureWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
             left += cellWidth + cellGap;
         }
     }

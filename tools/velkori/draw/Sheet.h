@@ -11,11 +11,10 @@ namespace Velkori_Tool {
 /** What a contact sheet shows. */
 struct SheetContent {
     std::string title;
+    std::string clipName;
     const RetargetedClip& clip;
     Figure source;
     Figure target;
-    std::string sourceName;
-    std::string targetName;
     /** Frames, in their order. */
     std::vector<int> moments;
 };

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <set>
@@ -43,6 +44,7 @@ class Inspection {
             CheckKnownJoints(type);
             CheckSides(type);
             CheckSizes(type);
+            CheckSizeRange(type);
         }
         if (configuration.JointCount(velkori_SkeletonType_Source) > 0 &&
             configuration.JointCount(velkori_SkeletonType_Target) > 0) {
@@ -126,6 +128,26 @@ class Inspection {
         if (smallest > largest * rounding) {
             AddProblem("restPose", fmt::format("the {}'s minimum rest pose is higher than its maximum one",
                                        skeletonNames.at(type)));
+        }
+    }
+
+    /** Poses that differ by rounding alone, as when one of two aligned rigs has a range of sizes and one hasn't. */
+    void CheckSizeRange(velkori_SkeletonType type) {
+        const std::vector<Transform> smallest = configuration.RestPose(type, velkori_SkeletonTPoseType_Min);
+        const std::vector<Transform> largest = MaxPose(type);
+        float difference = 0.0f;
+        float extent = 0.0f;
+        for (size_t joint = 0; joint < smallest.size(); ++joint) {
+            difference = std::max(difference, Length(largest[joint].position - smallest[joint].position));
+            extent = std::max(extent, Length(largest[joint].position));
+        }
+        constexpr float rounding = 1e-4f;
+        if (difference > 0.0f && difference < rounding * extent) {
+            AddProblem("restPose",
+                fmt::format("the {}'s minimum and maximum rest poses are equal but for rounding, which then decides "
+                            "where a body lies between them; make both rigs with a range, such as 'velkori rig "
+                            "--size-range 0.85:1.2'",
+                    skeletonNames.at(type)));
         }
     }
 

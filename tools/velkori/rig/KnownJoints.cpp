@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <numeric>
+#include <tuple>
 
 namespace Velkori_Tool {
 
@@ -89,7 +89,8 @@ class KnownJointFinder {
         for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
             const JointName& name = names[joint];
             const float sideFit = name.side == side ? 0.5f : 0.0f;
-            const float score = NameFit(name, part) + sideFit - (NamesAnotherPart(name, part) ? 0.4f : 0.0f);
+            const float score = NameFit(name, part) + sideFit + NeighbourFit(name, part) -
+                                (NamesAnotherPart(name, part) ? 0.4f : 0.0f);
             scored.emplace_back(-score, joint);
         }
         std::stable_sort(scored.begin(), scored.end());
@@ -129,6 +130,16 @@ class KnownJointFinder {
         default:
             return {BodyPart::Root, Side::None};
         }
+    }
+
+    /** Parts next to each other in the list are next to each other in the body, mostly. */
+    static float NeighbourFit(const JointName& name, BodyPart part) {
+        constexpr float share = 0.3f;
+        float fit = 0.0f;
+        for (const int step : {-1, 1}) {
+            fit = std::max(fit, NameFit(name, static_cast<BodyPart>(static_cast<int>(part) + step)));
+        }
+        return share * fit;
     }
 
     const Vector3& Position(int joint) const { return skeleton.bindPose[joint].position; }
@@ -224,19 +235,43 @@ class KnownJointFinder {
         };
         Limb left = bestOf(Side::Left, {});
         Limb right = bestOf(Side::Right, left);
-        const bool isSideNamed = left.upper >= 0 || right.upper >= 0;
-        if (left.upper < 0) {
+        if (left.upper < 0 && right.upper < 0) {
+            std::tie(left, right) = FindUnnamedPair(limbs);
+        } else if (left.upper < 0) {
             left = bestOf(Side::None, right);
-        }
-        if (right.upper < 0) {
+        } else if (right.upper < 0) {
             right = bestOf(Side::None, left);
         }
-        if (!isSideNamed && left.upper >= 0 && right.upper >= 0 &&
-            Dot(Position(left.end) - Position(right.end), LeftAxis(left, right)) < 0.0f) {
-            std::swap(left, right);
+        SetLimb(kind, left, Side::Left, leftUpper, leftEnd);
+        SetLimb(kind, right, Side::Right, rightUpper, rightEnd);
+    }
+
+    /** Two limbs that nothing says the side of: each other's mirror images as far as possible. */
+    std::pair<Limb, Limb> FindUnnamedPair(const std::vector<Limb>& limbs) const {
+        constexpr size_t mostLimbs = 200;
+        std::pair<Limb, Limb> best;
+        float bestScore = 0.0f;
+        const size_t count = std::min(limbs.size(), mostLimbs);
+        for (size_t i = 0; i < count; ++i) {
+            for (size_t j = i + 1; j < count; ++j) {
+                const Limb& a = limbs[i];
+                const Limb& b = limbs[j];
+                const float difference =
+                    std::fabs(heights[a.upper] - heights[b.upper]) +
+                    std::fabs(heights[a.end] - heights[b.end]) +
+                    std::fabs(Distance(a.upper, a.end) - Distance(b.upper, b.end)) / bodyHeight;
+                const float score = a.Score() + b.Score() - difference;
+                if (score > bestScore && AreApart(a, b)) {
+                    best = {a, b};
+                    bestScore = score;
+                }
+            }
         }
-        SetLimb(kind, left, leftUpper, leftEnd);
-        SetLimb(kind, right, rightUpper, rightEnd);
+        const auto& [a, b] = best;
+        if (a.upper >= 0 && Dot(Position(a.end) - Position(b.end), LeftAxis(a, b)) < 0.0f) {
+            return {b, a};
+        }
+        return best;
     }
 
     /** Where left is without anybody saying so: from the feet, which point forward, or as most files have it.
@@ -257,20 +292,21 @@ class KnownJointFinder {
         return Cross(up, forward);
     }
 
-    void SetLimb(const LimbKind& kind, const Limb& limb, velkori_KnownJointType upperRole,
+    void SetLimb(const LimbKind& kind, const Limb& limb, Side side, velkori_KnownJointType upperRole,
         velkori_KnownJointType endRole) {
         if (limb.upper < 0) {
-            Set(upperRole, -1, 0.0f, "");
-            Set(endRole, -1, 0.0f, "");
+            SetByName(upperRole, kind.upper, side);
+            SetByName(endRole, kind.end, side);
             return;
         }
         const float structure = 0.15f * limb.hierarchy + 0.15f * limb.position;
-        const std::string side = names[limb.upper].side != Side::None ? "side by name" : "side by position";
+        const char* const sideReason =
+            names[limb.upper].side != Side::None ? "side by name" : "side by position";
         const float sideShare = names[limb.upper].side != Side::None ? 0.15f : 0.07f;
         const auto reasons = [&](int joint, float nameFit) {
             const std::string name =
                 nameFit > 0.0f ? fmt::format("name '{}'", names[joint].word) : std::string("no name for it");
-            return fmt::format("{}, {}, {} {}, height {:.0f} %", name, side,
+            return fmt::format("{}, {}, {} {}, height {:.0f} %", name, sideReason,
                 limb.hierarchy > 0.5f ? "with" : "without a clear", kind.middleName, 100.0f * heights[joint]);
         };
         Set(upperRole, limb.upper, 0.55f * limb.upperName + sideShare + structure,
@@ -278,12 +314,21 @@ class KnownJointFinder {
         Set(endRole, limb.end, 0.55f * limb.endName + sideShare + structure, reasons(limb.end, limb.endName));
     }
 
+    /** A joint of a limb that isn't whole, if its name leaves no doubt. */
+    void SetByName(velkori_KnownJointType role, BodyPart part, Side side) {
+        constexpr float clear = 0.8f;
+        const int joint = BestNamed(part, side);
+        const float fit = joint < 0 ? 0.0f : NameFit(names[joint], part);
+        Set(role, fit < clear ? -1 : joint, 0.5f * fit,
+            joint < 0 ? "" : fmt::format("name '{}' alone, no whole limb", names[joint].word));
+    }
+
     /** The first joint of those whose name fits best; -1 if none fits. */
-    int BestNamed(BodyPart part) const {
+    int BestNamed(BodyPart part, Side side = Side::None) const {
         int best = -1;
         float bestFit = 0.0f;
         for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
-            if (NameFit(names[joint], part) > bestFit) {
+            if (names[joint].side == side && NameFit(names[joint], part) > bestFit) {
                 best = joint;
                 bestFit = NameFit(names[joint], part);
             }
@@ -330,13 +375,14 @@ class KnownJointFinder {
             const bool isArm =
                 IsAncestorOrSelf(ChildTowards(chest, Joint(velkori_KnownJointType_LeftUpperArm)), joint) ||
                 IsAncestorOrSelf(ChildTowards(chest, Joint(velkori_KnownJointType_RightUpperArm)), joint);
-            if (joint != chest && IsAncestorOrSelf(chest, joint) && !isArm && CanBe(joint, BodyPart::Neck) &&
+            if (joint != chest && IsAncestorOrSelf(chest, joint) && !isArm &&
                 (highest < 0 || heights[joint] > heights[highest])) {
                 highest = joint;
             }
         }
         const int child = ChildTowards(chest, highest);
-        return child >= 0 && CanBe(child, BodyPart::Neck) ? child : -1;
+        const bool isHead = child >= 0 && NameFit(names[child], BodyPart::Head) > 0.0f;
+        return isHead ? -1 : child;
     }
 
     /** The child of an ancestor on the way to a joint below it. */

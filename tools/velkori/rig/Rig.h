@@ -19,8 +19,10 @@ struct RigOptions {
     std::optional<double> metresPerUnit;
     /** "leftWrist=LeftHand"; without a joint for a role that the skeleton doesn't have. */
     std::vector<std::string> known;
-    float smallest = 1.0f;
-    float largest = 1.0f;
+    /** Factors of the minimum and maximum rest poses. What lies between two poses is measured by their
+        difference, so rigs need a real one; the rest pose is in its middle. */
+    float smallest = 0.85f;
+    float largest = 1.15f;
     std::vector<std::string> excluded;
     /** "upper=Hips,Spine". */
     std::vector<std::string> manifestations;

@@ -1,0 +1,196 @@
+#include "BipedFile.h"
+#include "ToolRun.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace Velkori_Tool_Test {
+namespace {
+
+const std::string fullSample = std::string(VELKORI_SAMPLES_DIRECTORY) + "/full.json";
+
+/** A directory with a biped's clip and its configuration. */
+class Failure : public testing::Test {
+  protected:
+    void SetUp() override {
+        const ToolRun run = RunTool({"prepare", "--source", clip, "--target", fullSample, "-o", config});
+        ASSERT_EQ(run.exitCode, 0) << run.errors;
+        files = directory.FileNames();
+    }
+
+    /** The command fails with 1, says each of `parts`, and leaves no file behind. */
+    void ExpectFailure(
+        const std::vector<std::string>& arguments, const std::vector<std::string>& parts) const {
+        const ToolRun run = RunTool(arguments);
+        EXPECT_EQ(run.exitCode, 1) << arguments.at(0) << " " << arguments.at(1) << "\n" << run.output;
+        for (const std::string& part : parts) {
+            EXPECT_NE(run.errors.find(part), std::string::npos)
+                << "'" << part << "' isn't in: " << run.errors;
+        }
+        EXPECT_EQ(directory.FileNames(), files) << arguments.at(0) << " " << arguments.at(1);
+    }
+
+    TestDirectory directory;
+    std::string clip = directory.Write("clip.bvh", BipedFile().Text());
+    std::string config = directory.Path("config.json");
+    std::vector<std::string> files;
+};
+
+TEST_F(Failure, OfADamagedFileNamesIt) {
+    const std::string biped = BipedFile().Text();
+    std::string noNumber = biped;
+    noNumber.replace(noNumber.find("OFFSET 0 "), 9, "OFFSET zero ");
+    const std::string motion = biped.substr(0, biped.find("Frame Time: "));
+    const std::map<std::string, std::string> damaged = {{"empty.bvh", ""}, {"cut.bvh", biped.substr(0, 300)},
+        {"word.bvh", noNumber},
+        {"channels.bvh", "HIERARCHY\nROOT a\n{\nOFFSET 0 0 0\nCHANNELS 1e9 Xrotation\n}\n"},
+        {"time.bvh", motion + "Frame Time: -1\n"}, {"infinite.bvh", motion + "Frame Time: 0.01\ninf"},
+        {"deep.bvh",
+            [] {
+                std::string text = "HIERARCHY\nROOT a\n{\n";
+                for (int i = 0; i < 100000; ++i) {
+                    text += "JOINT b\n{\n";
+                }
+                return text;
+            }()},
+        {"text.glb", "not a model"}, {"text.gltf", "{\"asset\":"}, {"text.fbx", "; nothing"},
+        {"text.dae", "<COLLADA><library"}, {"noise.glb", std::string("glTF\x02\0\0\0\xff\xff\xff\x7f", 12)},
+        {"unknown.xyz", "?"}};
+    for (const auto& [name, text] : damaged) {
+        const std::string path = directory.Write(name, text);
+        files = directory.FileNames();
+        ExpectFailure({"rig", path, "-o", directory.Path("rig.json")}, {name});
+        ExpectFailure({"retarget", config, path, "-o", directory.Path("out.bvh")}, {name});
+    }
+    for (const std::string text : {"", "{", "[]", "{\"name\": 3}"}) {
+        const std::string path = directory.Write("damaged.json", text);
+        files = directory.FileNames();
+        ExpectFailure({"retarget", path, clip, "-o", directory.Path("out.bvh")}, {"damaged.json"});
+        ExpectFailure({"prepare", "--source", path, "--target", fullSample, "-o", directory.Path("out.json")},
+            {"damaged.json"});
+    }
+}
+
+TEST_F(Failure, OfAFileThatIsNotThereNamesIt) {
+    for (const std::string name : {"none.bvh", "none.glb", "none.json"}) {
+        ExpectFailure({"prepare", "--source", directory.Path(name), "--target", fullSample, "-o",
+                          directory.Path("out.json")},
+            {name, "can't read"});
+    }
+    ExpectFailure({"check", directory.Path("none.json")}, {"none.json"});
+    ExpectFailure({"draw", directory.Path("."), clip, "-o", directory.Path("out.png")}, {"directory"});
+}
+
+TEST_F(Failure, ToWriteIsToldBeforeTheWork) {
+    for (const std::string& place : {directory.Path("nowhere/out"), directory.Path(".")}) {
+        ExpectFailure(
+            {"rig", clip, "-o", place == directory.Path(".") ? place : place + ".json"}, {"can't write"});
+    }
+    for (const std::string ending : {".bvh", ".glb"}) {
+        ExpectFailure(
+            {"retarget", config, clip, "-o", directory.Path("nowhere/out" + ending)}, {"can't write"});
+    }
+    ExpectFailure({"draw", config, clip, "-o", directory.Path("nowhere/out.svg")}, {"can't write"});
+    ExpectFailure({"draw", config, clip, "-o", directory.Path("out.jpg")}, {".png"});
+    ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.fbx")}, {".bvh"});
+}
+
+TEST_F(Failure, OfAClipWithAnotherRigNamesTheJointsThatItLacks) {
+    BipedFile other;
+    for (std::string& name : other.names) {
+        name = "other" + name;
+    }
+    const std::string path = directory.Write("other.bvh", other.Text());
+    files = directory.FileNames();
+    ExpectFailure({"retarget", config, path, "-o", directory.Path("out.bvh")},
+        {"other.bvh", "another rig", "LeftHand", "otherLeftHand", "velkori rig"});
+    // A file of the right rig, but without motion.
+    const std::string biped = BipedFile().Text();
+    const std::string still = directory.Write("still.bvh", biped.substr(0, biped.find("MOTION")));
+    files = directory.FileNames();
+    ExpectFailure({"retarget", config, still, "-o", directory.Path("out.bvh")}, {"no frames"});
+}
+
+TEST_F(Failure, OfAnOptionSaysHowToSayIt) {
+    const std::vector<std::string> rig = {"rig", clip, "-o", directory.Path("rig.json")};
+    const std::vector<std::pair<std::vector<std::string>, std::string>> options = {
+        {{"--known", "leftWrist"}, "role=joint"}, {{"--known", "tail=Hips"}, "leftWrist"},
+        {{"--known", "hips=Nothing"}, "no joint 'Nothing'"}, {{"--rest", "frame:9"}, "1 frames"},
+        {{"--rest", "sitting"}, "bind"}, {{"--size-range", "2:1"}, "0.85:1.2"},
+        {{"--size-range", "a"}, "0.85:1.2"}, {{"--exclude", "Nothing"}, "no joint 'Nothing'"},
+        {{"--manifestation", "upper"}, "name=joint"},
+        {{"--manifestation", "upper=Nothing"}, "no joint 'Nothing'"}};
+    for (const auto& [option, message] : options) {
+        std::vector<std::string> arguments = rig;
+        arguments.insert(arguments.end(), option.begin(), option.end());
+        ExpectFailure(arguments, {option.front(), message});
+    }
+    ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.bvh"), "--manifestation", "none"},
+        {"no such manifestation"});
+}
+
+TEST_F(Failure, ToUseTheProgramEndsWith2) {
+    const std::vector<std::vector<std::string>> wrong = {{}, {"dance"}, {"rig"}, {"rig", clip},
+        {"rig", clip, "-o", "x", "--metres-per-unit", "-1"}, {"rig", clip, "-o", "x", "--as", "both"},
+        {"prepare", "--source", clip, "--target", clip, "-o", "x", "--align", "feet"},
+        {"retarget", config, clip, "-o", "x.bvh", "--behavior", "wild"},
+        {"stream", config, clip, "--loss", "2"}, {"stream", config, clip, "-o", "x.bvh"},
+        {"draw", config, clip, "-o", "x.png", "--moments", "0"}};
+    for (const std::vector<std::string>& arguments : wrong) {
+        EXPECT_EQ(RunTool(arguments).exitCode, 2) << (arguments.empty() ? "" : arguments.back());
+    }
+    for (const std::string command : {"rig", "prepare", "retarget", "stream", "draw", "check"}) {
+        const ToolRun help = RunTool({command, "--help"});
+        EXPECT_EQ(help.exitCode, 0);
+        EXPECT_NE(help.output.find("Example:\n  velkori " + command), std::string::npos) << help.output;
+    }
+    EXPECT_EQ(directory.FileNames(), files);
+}
+
+/** The problems that the check finds in a document changed by `change`, by kind. */
+std::map<std::string, int> ProblemsAfter(
+    const TestDirectory& directory, nlohmann::json document, void (*change)(nlohmann::json&)) {
+    change(document);
+    const ToolRun run = RunTool({"check", directory.Write("changed.json", document.dump()), "--json"});
+    const nlohmann::json report = nlohmann::json::parse(run.output);
+    std::map<std::string, int> problems;
+    for (const auto& finding : report["findings"]) {
+        problems[finding["kind"]] += finding["problem"].get<bool>() ? 1 : 0;
+    }
+    EXPECT_EQ(run.exitCode, report["problems"] == 0 ? 0 : 1);
+    return problems;
+}
+
+TEST_F(Failure, OfAConfigurationIsFoundByTheCheck) {
+    const nlohmann::json document = nlohmann::json::parse(ReadFile(config));
+    const auto problems = [&](void (*change)(nlohmann::json&)) {
+        return ProblemsAfter(directory, document, change);
+    };
+    for (const auto& [kind, count] : problems([](nlohmann::json&) {})) {
+        EXPECT_EQ(count, 0) << kind;
+    }
+    EXPECT_EQ(
+        problems([](nlohmann::json& d) { d["target"]["knownJoints"].erase("leftWrist"); })["knownJoint"], 1);
+    EXPECT_GE(problems([](nlohmann::json& d) {
+        std::swap(d["source"]["knownJoints"]["leftUpperLeg"], d["source"]["knownJoints"]["rightUpperLeg"]);
+    })["restPose"],
+        1);
+    EXPECT_GE(problems([](nlohmann::json& d) {
+        for (const char* pose : {"tposeMin", "tposeMax", "tpose"}) {
+            for (auto& joint : d["target"][pose]) {
+                for (auto& component : joint["position"]) {
+                    component = component.get<double>() * 100.0;
+                }
+            }
+        }
+    })["restPose"],
+        1);
+    EXPECT_GE(problems([](nlohmann::json& d) { d["source"]["joints"].push_back("Hips"); })["library"], 1);
+    EXPECT_GE(problems([](nlohmann::json& d) { d["target"]["joints"] = 3; })["library"], 1);
+}
+
+} // namespace
+} // namespace Velkori_Tool_Test

@@ -1,0 +1,253 @@
+#include "BipedFile.h"
+#include "ToolRun.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace Velkori_Tool_Test {
+namespace {
+
+using nlohmann::json;
+
+/** The rig document of a biped's file; the test fails if the tool doesn't make one. */
+json MakeRig(const BipedFile& file, const std::vector<std::string>& options = {}) {
+    const TestDirectory directory;
+    std::vector<std::string> arguments = {
+        "rig", directory.Write("biped.bvh", file.Text()), "-o", directory.Path("rig.json")};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const ToolRun run = RunTool(arguments);
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    return json::parse(ReadFile(directory.Path("rig.json")));
+}
+
+Point PositionIn(const json& document, const std::string& pose, const std::string& joint) {
+    const json& position = document["source"][pose][joint]["position"];
+    return {position["x"], position["y"], position["z"]};
+}
+
+void ExpectNear(const Point& actual, const Point& expected, const std::string& what) {
+    constexpr double tolerance = 1e-5;
+    EXPECT_NEAR(actual.x, expected.x, tolerance) << what;
+    EXPECT_NEAR(actual.y, expected.y, tolerance) << what;
+    EXPECT_NEAR(actual.z, expected.z, tolerance) << what;
+}
+
+/** One habit of naming joints: the trunk, then the left limbs, and how right differs from left. */
+struct NameStyle {
+    const char* habit;
+    std::array<std::string, 5> trunk;
+    std::array<std::string, 8> left;
+    std::string leftWord;
+    std::string rightWord;
+
+    BipedNames Names() const {
+        BipedNames names;
+        for (int joint = 0; joint < BipedJointCount; ++joint) {
+            if (joint <= Head) {
+                names.at(joint) = trunk.at(joint);
+                continue;
+            }
+            std::string name = left.at((joint - LeftClavicle) % (RightClavicle - LeftClavicle));
+            if (joint >= RightClavicle && !leftWord.empty()) {
+                name.replace(name.find(leftWord), leftWord.size(), rightWord);
+            } else if (joint >= RightClavicle) {
+                name += "0";
+            }
+            names.at(joint) = name;
+        }
+        return names;
+    }
+};
+
+const std::array<NameStyle, 15>& NameStyles() {
+    static const std::array<NameStyle, 15> styles = {
+        NameStyle{"captures", {"Hips", "LowerBack", "Spine1", "Neck", "Head"},
+            {"LeftShoulder", "LeftArm", "LeftForeArm", "LeftHand", "LeftUpLeg", "LeftLeg", "LeftFoot",
+                "LeftToeBase"},
+            "Left", "Right"},
+        {"prefix with a colon", {"xyz:Hips", "xyz:Spine", "xyz:Spine2", "xyz:Neck", "xyz:Head"},
+            {"xyz:LeftShoulder", "xyz:LeftArm", "xyz:LeftForeArm", "xyz:LeftHand", "xyz:LeftUpLeg",
+                "xyz:LeftLeg", "xyz:LeftFoot", "xyz:LeftToeBase"},
+            "Left", "Right"},
+        {"side as suffix", {"pelvis", "spine_01", "spine_03", "neck_01", "head"},
+            {"clavicle_l", "upperarm_l", "lowerarm_l", "hand_l", "thigh_l", "calf_l", "foot_l", "ball_l"},
+            "_l", "_r"},
+        {"side as prefix", {"hips", "spine", "chest", "neck", "head"},
+            {"l_clavicle", "l_upperarm", "l_forearm", "l_hand", "l_thigh", "l_shin", "l_foot", "l_toe"}, "l_",
+            "r_"},
+        {"words with spaces", {"Bip01 Pelvis", "Bip01 Spine", "Bip01 Spine1", "Bip01 Neck", "Bip01 Head"},
+            {"Bip01 L Clavicle", "Bip01 L UpperArm", "Bip01 L Forearm", "Bip01 L Hand", "Bip01 L Thigh",
+                "Bip01 L Calf", "Bip01 L Foot", "Bip01 L Toe0"},
+            " L ", " R "},
+        {"side in the middle",
+            {"J_Bip_C_Hips", "J_Bip_C_Spine", "J_Bip_C_UpperChest", "J_Bip_C_Neck", "J_Bip_C_Head"},
+            {"J_Bip_L_Shoulder", "J_Bip_L_UpperArm", "J_Bip_L_LowerArm", "J_Bip_L_Hand", "J_Bip_L_UpperLeg",
+                "J_Bip_L_LowerLeg", "J_Bip_L_Foot", "J_Bip_L_ToeBase"},
+            "_L_", "_R_"},
+        {"numbered spine", {"DEF-spine", "DEF-spine.001", "DEF-spine.003", "DEF-spine.004", "DEF-spine.006"},
+            {"DEF-shoulder.L", "DEF-upper_arm.L", "DEF-forearm.L", "DEF-hand.L", "DEF-thigh.L", "DEF-shin.L",
+                "DEF-foot.L", "DEF-toe.L"},
+            ".L", ".R"},
+        {"joints of the limbs", {"pelvis", "spine1", "spine3", "neck", "head"},
+            {"left_collar", "left_shoulder", "left_elbow", "left_wrist", "left_hip", "left_knee",
+                "left_ankle", "left_foot"},
+            "left", "right"},
+        {"plain English", {"Hips", "Ab", "Chest", "Neck", "Head"},
+            {"LeftCollar", "LeftShoulder", "LeftElbow", "LeftWrist", "LeftHip", "LeftKnee", "LeftAnkle",
+                "LeftToes"},
+            "Left", "Right"},
+        {"one letter and a capital", {"hip", "abdomen", "chest", "neck", "head"},
+            {"lCollar", "lShldr", "lForeArm", "lHand", "lThigh", "lShin", "lFoot", "lToe"}, "l", "r"},
+        {"neck called a twist",
+            {"CC_Base_Hip", "CC_Base_Waist", "CC_Base_Spine02", "CC_Base_NeckTwist01", "CC_Base_Head"},
+            {"CC_Base_L_Clavicle", "CC_Base_L_Upperarm", "CC_Base_L_Forearm", "CC_Base_L_Hand",
+                "CC_Base_L_Thigh", "CC_Base_L_Calf", "CC_Base_L_Foot", "CC_Base_L_ToeBase"},
+            "_L_", "_R_"},
+        {"arm and elbow, leg and knee", {"Hips", "Spine", "Chest", "Neck", "Head"},
+            {"Left shoulder", "Left arm", "Left elbow", "Left wrist", "Left leg", "Left knee", "Left ankle",
+                "Left toe"},
+            "Left", "Right"},
+        {"glued in lower case", {"hips", "spine", "chest", "neck", "head"},
+            {"leftshoulder", "leftupperarm", "leftlowerarm", "lefthand", "leftupperleg", "leftlowerleg",
+                "leftfoot", "lefttoes"},
+            "left", "right"},
+        {"shouting", {"PELVIS", "SPINE", "THORAX", "NECK", "HEAD"},
+            {"L_CLAVICLE", "L_HUMERUS", "L_ELBOW", "L_WRIST", "L_FEMUR", "L_TIBIA", "L_FOOT", "L_TOES"}, "L_",
+            "R_"},
+        // Nothing but the body's shape tells these.
+        {"numbers", {"joint1", "joint2", "joint3", "joint4", "joint5"},
+            {"joint11", "joint12", "joint13", "joint14", "joint15", "joint16", "joint17", "joint18"}, "",
+            ""}};
+    return styles;
+}
+
+TEST(RigCommand, KnowsTheJointsOfManyNamingHabits) {
+    const std::map<std::string, int> expected = {{"hips", Hips}, {"chest", Chest}, {"neck", Neck},
+        {"leftUpperArm", LeftUpperArm}, {"rightUpperArm", RightUpperArm}, {"leftWrist", LeftHand},
+        {"rightWrist", RightHand}, {"leftUpperLeg", LeftUpperLeg}, {"rightUpperLeg", RightUpperLeg},
+        {"leftAnkle", LeftFoot}, {"rightAnkle", RightFoot}};
+    for (const NameStyle& style : NameStyles()) {
+        BipedFile file;
+        file.names = style.Names();
+        const json document = MakeRig(file);
+        for (const auto& [role, joint] : expected) {
+            EXPECT_EQ(document["source"]["knownJoints"].value(role, "none"), file.names.at(joint))
+                << style.habit << ", " << role;
+        }
+        EXPECT_EQ(document["source"]["knownJoints"].value("root", "none"), "GroundRoot") << style.habit;
+    }
+}
+
+TEST(RigCommand, PutsARootOnTheGroundUnderTheHipsAndMeasuresInMetres) {
+    for (const double unitsPerMetre : {1.0, 100.0, 1000.0, 1.0 / 0.0254}) {
+        BipedFile file;
+        file.unitsPerMetre = unitsPerMetre;
+        const json document = MakeRig(file);
+        EXPECT_EQ(document["source"]["hierarchy"]["Hips"], "GroundRoot");
+        ExpectNear(PositionIn(document, "tpose", "GroundRoot"), {0.0, 0.0, 0.0}, "root");
+        ExpectNear(PositionIn(document, "tpose", "Hips"), BipedPosition(Hips), "hips");
+        // The document's space is the file's: left at +x.
+        ExpectNear(PositionIn(document, "tpose", "LeftHand"), BipedPosition(LeftHand), "left hand");
+        EXPECT_EQ(document["config"]["coordinateSpace"]["right"]["x"], -1.0);
+    }
+}
+
+/** A turn about one axis, applied to a point. */
+Point Turn(char axis, double degrees, const Point& p) {
+    const double c = std::cos(degrees * std::acos(-1.0) / 180.0);
+    const double s = std::sin(degrees * std::acos(-1.0) / 180.0);
+    switch (axis) {
+    case 'X':
+        return {p.x, c * p.y - s * p.z, s * p.y + c * p.z};
+    case 'Y':
+        return {c * p.x + s * p.z, p.y, -s * p.x + c * p.z};
+    default:
+        return {c * p.x - s * p.y, s * p.x + c * p.y, p.z};
+    }
+}
+
+/** The last channel turns first. */
+Point TurnInOrder(const std::string& order, const Point& degrees, Point p) {
+    for (auto axis = order.rbegin(); axis != order.rend(); ++axis) {
+        p = Turn(*axis, *axis == 'X' ? degrees.x : (*axis == 'Y' ? degrees.y : degrees.z), p);
+    }
+    return p;
+}
+
+TEST(RigCommand, ReadsEveryOrderOfRotationsWhichMayDifferFromJointToJoint) {
+    const Point upper = {20.0, -35.0, 50.0};
+    const Point lower = {-10.0, 25.0, 40.0};
+    for (const std::string order : {"XYZ", "XZY", "YXZ", "YZX", "ZXY", "ZYX"}) {
+        const std::string otherOrder(order.rbegin(), order.rend());
+        BipedFile file;
+        file.rotationOrders.at(LeftUpperArm) = order;
+        file.rotationOrders.at(LeftLowerArm) = otherOrder;
+        file.motion = [&](int joint, int) {
+            return JointMotion{joint == LeftUpperArm ? upper : (joint == LeftLowerArm ? lower : Point()), {}};
+        };
+        const json document = MakeRig(file, {"--rest", "frame:0"});
+        // The forearm's bone, turned by the elbow and then by the shoulder, on top of the upper arm's.
+        const Point forearm = TurnInOrder(order, upper, TurnInOrder(otherOrder, lower, {0.26, 0.0, 0.0}));
+        const Point upperArm = TurnInOrder(order, upper, {0.28, 0.0, 0.0});
+        const Point shoulder = BipedPosition(LeftUpperArm);
+        ExpectNear(PositionIn(document, "tpose", "LeftHand"),
+            {shoulder.x + upperArm.x + forearm.x, shoulder.y + upperArm.y + forearm.y,
+                shoulder.z + upperArm.z + forearm.z},
+            order);
+        // Without its rotations it is the bind pose again.
+        ExpectNear(PositionIn(MakeRig(file, {"--rest", "zero"}), "tpose", "LeftHand"),
+            BipedPosition(LeftHand), order);
+    }
+}
+
+TEST(RigCommand, ReadsTheSameRigHoweverItsFileIsWritten) {
+    BipedFile plain;
+    plain.motion = [](int joint, int) { return JointMotion{{joint * 3.0, -joint * 2.0, joint * 1.0}, {}}; };
+    BipedFile windows = plain;
+    windows.lineEnd = "\r\n";
+    BipedFile exponents = plain;
+    exponents.writesExponents = true;
+    BipedFile sixChannels = plain;
+    sixChannels.hasSixChannelsEverywhere = true;
+    const json expected = MakeRig(plain, {"--rest", "frame:0"});
+    for (const BipedFile& file : {windows, exponents, sixChannels}) {
+        const json document = MakeRig(file, {"--rest", "frame:0"});
+        for (const std::string& name : PlainNames()) {
+            ExpectNear(PositionIn(document, "tpose", name), PositionIn(expected, "tpose", name), name);
+        }
+    }
+}
+
+TEST(RigCommand, TakesSizesExclusionsAndManifestations) {
+    const json document = MakeRig({}, {"--size-range", "0.5:2", "--exclude", "LeftToeBase,RightToeBase",
+                                          "--manifestation", "upper=GroundRoot,Hips,Spine"});
+    ExpectNear(PositionIn(document, "tposeMin", "Hips"), {0.0, 0.475, 0.0}, "min");
+    ExpectNear(PositionIn(document, "tposeMax", "Hips"), {0.0, 1.9, 0.0}, "max");
+    EXPECT_EQ(document["source"]["autoMappingExcludedJoints"], json({"LeftToeBase", "RightToeBase"}));
+    EXPECT_EQ(document["source"]["manifestations"]["upper"], json({"GroundRoot", "Hips", "Spine"}));
+}
+
+TEST(RigCommand, SaysWhichJointItMissesAndTakesItByHand) {
+    const TestDirectory directory;
+    BipedFile file;
+    file.leftOut = {LeftHand};
+    const std::string path = directory.Write("handless.bvh", file.Text());
+    const ToolRun refused = RunTool({"rig", path, "-o", directory.Path("rig.json")});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_NE(refused.errors.find("no joint looks like leftWrist; candidates: "), std::string::npos)
+        << refused.errors;
+    EXPECT_NE(refused.errors.find("--known leftWrist="), std::string::npos);
+    EXPECT_EQ(directory.FileNames(), std::vector<std::string>{"handless.bvh"});
+
+    EXPECT_EQ(MakeRig(file, {"--known", "leftWrist=LeftForeArm"})["source"]["knownJoints"]["leftWrist"],
+        "LeftForeArm");
+    const json without = MakeRig(file, {"--known", "leftWrist="});
+    EXPECT_FALSE(without["source"]["knownJoints"].contains("leftWrist"));
+    EXPECT_EQ(without["source"]["knownJoints"]["leftUpperArm"], "LeftArm");
+}
+
+} // namespace
+} // namespace Velkori_Tool_Test
