@@ -3,7 +3,9 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install-packages.sh build-essential cmake libbenchmark-dev libgtest-dev ninja-build rapidjson-dev
+mapfile -t tool_packages <scripts/tool-packages.txt
+scripts/install-packages.sh build-essential cmake libbenchmark-dev libgtest-dev ninja-build rapidjson-dev \
+    "${tool_packages[@]}"
 cmake --preset release >/dev/null
 cmake --build --preset release -j "$(nproc)" --target velkori_benchmarks
 exec build/release/benchmarks/velkori_benchmarks "$@"

@@ -5,8 +5,9 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+mapfile -t tool_packages <scripts/tool-packages.txt
 scripts/install-packages.sh abigail-tools binutils build-essential clang clang-format clang-tidy cmake git libbenchmark-dev \
-    libgtest-dev locales ninja-build pkg-config rapidjson-dev
+    libgtest-dev locales ninja-build rapidjson-dev "${tool_packages[@]}"
 
 jobs=$(nproc)
 build_and_test() {

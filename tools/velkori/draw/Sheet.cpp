@@ -25,9 +25,8 @@ constexpr double cellGap = 14.0;
 constexpr double margin = 36.0;
 constexpr double headerHeight = 84.0;
 constexpr double bandLabelHeight = 30.0;
-constexpr double aboveGround = 2.15 * pixelsPerMetre;
 constexpr double belowGround = 34.0;
-constexpr double bandHeight = bandLabelHeight + aboveGround + belowGround + 14.0;
+constexpr double bandGap = 14.0;
 
 Color ColorOf(Side side) {
     return side == Side::Left ? leftColor : (side == Side::Right ? rightColor : trunkColor);
@@ -85,6 +84,8 @@ class SheetDrawer {
           clip(content.clip),
           columns(static_cast<double>(content.moments.size())),
           pageWidth(2.0 * margin + columns * cellWidth + (columns - 1.0) * cellGap),
+          aboveGround(HighestJoint() * pixelsPerMetre + 26.0),
+          bandHeight(bandLabelHeight + aboveGround + belowGround + bandGap),
           planHeight(PlanHeight()),
           canvas(path, pageWidth, headerHeight + 2.0 * bandHeight + planHeight + margin) {}
 
@@ -136,15 +137,17 @@ class SheetDrawer {
                 {left + 1.5 * figureWidth, groundY});
             canvas.Text(fmt::format("{:.2f} s", frame * clip.source.frameSeconds),
                 {left + 0.5 * cellWidth, groundY + belowGround - 10.0}, 13.0, ink, 0.5);
-            canvas.Text("captured", {left + 0.5 * figureWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
-            canvas.Text("character", {left + 1.5 * figureWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
+            canvas.Text(
+                "captured", {left + 0.5 * figureWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
+            canvas.Text(
+                "character", {left + 1.5 * figureWidth, groundY + belowGround - 10.0}, 13.0, faint, 0.5);
             left += cellWidth + cellGap;
         }
     }
 
     /** The ground, with a tick each half metre up the cell's left edge. */
     void DrawScale(double left, double groundY) {
-        for (int halves = 1; halves <= 4; ++halves) {
+        for (int halves = 1; 0.5 * halves * pixelsPerMetre < aboveGround - 10.0; ++halves) {
             const double y = groundY - 0.5 * halves * pixelsPerMetre;
             canvas.Line({left + 4.0, y}, {left + cellWidth - 4.0, y}, 0.6, groundColor);
             if (halves % 2 == 0) {
@@ -209,6 +212,19 @@ class SheetDrawer {
             constexpr double headRadius = 0.105;
             canvas.Circle(stage.Place(centre), headRadius * pixelsPerMetre, trunkColor);
         }
+    }
+
+    /** Of both figures at all moments, in metres; never less than a standing body needs. */
+    double HighestJoint() const {
+        float highest = 1.6f;
+        for (const int frame : content.moments) {
+            for (const auto& pose : {clip.source.Frame(frame), clip.Frame(frame)}) {
+                for (const Transform& joint : pose) {
+                    highest = std::max(highest, joint.position.y);
+                }
+            }
+        }
+        return highest;
     }
 
     struct Extent {
@@ -299,6 +315,8 @@ class SheetDrawer {
     const RetargetedClip& clip;
     double columns;
     double pageWidth;
+    double aboveGround;
+    double bandHeight;
     double planHeight;
     Canvas canvas;
 };
