@@ -3,13 +3,13 @@
 
 #include "Velkori_Utility.h"
 #include "support/GuardedArray.h"
+#include "support/HostPoses.h"
 #include "support/LogCapture.h"
-#include "support/MovingBody.h"
 #include "support/Samples.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <cstring>
 #include <numeric>
 #include <string>
 #include <vector>
@@ -20,36 +20,43 @@ constexpr auto Source = velkori_SkeletonType_Source;
 constexpr auto Target = velkori_SkeletonType_Target;
 constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
+constexpr auto Max = velkori_SkeletonTPoseType_Max;
 
-// Asks for the size, then fills an array of it, and one that is too short, which is refused.
-template <typename Element>
-void FillExactly(const char* name, const std::function<velkori_Result(Element*, int32_t*)>& fill) {
+// Asks for the size, then fills an array of it, and one that is too short, which is refused untouched. The
+// array and its count are the export's last parameters.
+template <typename Element, typename Export, typename... Given>
+void FillExactly(const char* name, const Export& fill, const Given&... given) {
     int32_t needed = 0;
-    ASSERT_EQ(fill(nullptr, &needed), velkori_Result_Success) << name;
+    ASSERT_EQ(fill(given..., nullptr, &needed), velkori_Result_Success) << name;
     ASSERT_GT(needed, 0) << name;
     GuardedArray<Element> exact(needed);
     int32_t count = needed;
-    EXPECT_EQ(fill(exact.Data(), &count), velkori_Result_Success) << name;
+    EXPECT_EQ(fill(given..., exact.Data(), &count), velkori_Result_Success) << name;
+    EXPECT_EQ(count, needed) << name;
     GuardedArray<Element> tooShort(needed - 1);
+    const std::size_t size = (needed - 1) * sizeof(Element);
+    const std::string untouched(size, '#');
+    std::memcpy(tooShort.Data(), untouched.data(), size);
     count = needed - 1;
-    EXPECT_EQ(fill(tooShort.Data(), &count), velkori_Result_BufferTooSmall) << name;
+    EXPECT_EQ(fill(given..., tooShort.Data(), &count), velkori_Result_BufferTooSmall) << name;
+    EXPECT_EQ(count, needed - 1) << name;
+    EXPECT_EQ(std::memcmp(tooShort.Data(), untouched.data(), size), 0) << name;
 }
+
+class GuardedBuffers : public testing::Test {
+  protected:
+    const LoadedConfig config{ReadSample("full.json")};
+    const velkori_Handle handle = config.Get();
+    const LogCapture capture;
+};
 
 } // namespace
 
-TEST(GuardedBuffers, OfQueriesAreFilledToTheirEnd) {
-    const LoadedConfig config(ReadSample("full.json"));
-    const velkori_Handle handle = config.Get();
-    const LogCapture capture;
-    FillExactly<char>("config", [&](char* out, int32_t* count) {
-        return velkori_writeConfigDataToJSON(handle, nullptr, out, count);
-    });
-    FillExactly<char>(
-        "name", [&](char* out, int32_t* count) { return velkori_getConfigName(handle, out, count); });
-    FillExactly<char>("blend shape",
-        [&](char* out, int32_t* count) { return velkori_getBlendShapeName(handle, Target, 0, out, count); });
-    FillExactly<char>("joint",
-        [&](char* out, int32_t* count) { return velkori_getJointName(handle, Target, 0, out, count); });
+TEST_F(GuardedBuffers, OfQueriesAreFilledToTheirEnd) {
+    FillExactly<char>("document", velkori_writeConfigDataToJSON, handle, nullptr);
+    FillExactly<char>("name", velkori_getConfigName, handle);
+    FillExactly<char>("blend shape", velkori_getBlendShapeName, handle, Target, 0);
+    FillExactly<char>("joint", velkori_getJointName, handle, Target, 0);
     FillExactly<char>("blend shapes", [&](char* out, int32_t* count) {
         return velkori_getBlendShapeNames(handle, Target, out, count, nullptr, nullptr);
     });
@@ -59,102 +66,59 @@ TEST(GuardedBuffers, OfQueriesAreFilledToTheirEnd) {
     FillExactly<char>("manifestations", [&](char* out, int32_t* count) {
         return velkori_getManifestationNames(handle, Source, out, count, nullptr, nullptr);
     });
-    FillExactly<int32_t>("parents", [&](int32_t* out, int32_t* count) {
-        return velkori_getParentJointIndexes(handle, Target, out, count);
-    });
-    FillExactly<int32_t>("mapped joints", [&](int32_t* out, int32_t* count) {
-        return velkori_getSkeletonMappingTargetJoints(handle, out, count);
-    });
-    FillExactly<velkori_JointMapping_>("mappings", [&](velkori_JointMapping_* out, int32_t* count) {
-        return velkori_getSkeletonMappings(handle, velkori_SkeletonTPoseType_Max, out, count);
-    });
-    FillExactly<velkori_JointMappingEntry_>("entries", [&](velkori_JointMappingEntry_* out, int32_t* count) {
-        return velkori_getSkeletonMappingEntries(handle, velkori_SkeletonTPoseType_Max, out, count);
-    });
-    FillExactly<velkori_Transform_>("rest pose", [&](velkori_Transform_* out, int32_t* count) {
-        return velkori_getSkeletonTPose(
-            handle, Target, velkori_SkeletonTPoseType_Max, LocalSpace, out, count);
-    });
-    FillExactly<velkori_Transform_>("calculated rest pose", [&](velkori_Transform_* out, int32_t* count) {
-        return velkori_calculateSkeletonTPose(handle, Target, LocalSpace, 0.3F, out, count);
-    });
-    FillExactly<velkori_Transform_>("rest pose at a height", [&](velkori_Transform_* out, int32_t* count) {
-        return velkori_calculateSkeletonTPoseAtHeight(handle, Target, RootSpace, 1.7F, out, count);
-    });
-    const std::string manifestation = "upperBody";
-    FillExactly<int32_t>("manifestation", [&](int32_t* out, int32_t* count) {
-        return velkori_getJointsInManifestation(handle, Source, manifestation.c_str(), out, count);
-    });
+    FillExactly<int32_t>("parents", velkori_getParentJointIndexes, handle, Target);
+    FillExactly<int32_t>("manifestation", velkori_getJointsInManifestation, handle, Source, "upperBody");
+    FillExactly<int32_t>("mapped joints", velkori_getSkeletonMappingTargetJoints, handle);
+    FillExactly<velkori_JointMapping_>("mappings", velkori_getSkeletonMappings, handle, Max);
+    FillExactly<velkori_JointMappingEntry_>("entries", velkori_getSkeletonMappingEntries, handle, Max);
+    FillExactly<velkori_Transform_>("rest pose", velkori_getSkeletonTPose, handle, Target, Max, LocalSpace);
+    FillExactly<velkori_Transform_>(
+        "calculated rest pose", velkori_calculateSkeletonTPose, handle, Target, LocalSpace, 0.3F);
+    FillExactly<velkori_Transform_>(
+        "rest pose at a height", velkori_calculateSkeletonTPoseAtHeight, handle, Target, RootSpace, 1.7F);
 }
 
-TEST(GuardedBuffers, OfPosesAreReadAndWrittenToTheirEnd) {
-    const LoadedConfig config(ReadSample("full.json"));
-    const velkori_Handle handle = config.Get();
-    const LogCapture capture;
+TEST_F(GuardedBuffers, OfPosesAreReadAndWrittenToTheirEnd) {
     const MovingBody body(handle, 0.5F);
-    GuardedArray<velkori_Transform_> rest(body.Rest());
-    ASSERT_EQ(velkori_updateSourceReferenceTPose(handle, rest.Data(), rest.Count(), nullptr),
-        velkori_Result_Success);
+    SetReference(handle, body.Rest());
     GuardedArray<velkori_Transform_> frame(body.Frame(0.7F));
-    const velkori_RetargetingBehaviorInfo_ info = {LocalSpace, velkori_RetargetingBehavior_MatchProportions,
-        velkori_RetargetingRootMotionBehavior_RootFromHips,
-        velkori_RetargetingBehaviorFlags_ApplyJointOrientationFixup};
     FillExactly<velkori_Transform_>("retargeting", [&](velkori_Transform_* out, int32_t* count) {
         return velkori_retargetFromSourceFrameData(
-            handle, info, frame.Data(), frame.Count(), out, count, nullptr, nullptr);
+            handle, Info(1, true, 0), frame.Data(), frame.Count(), out, count, nullptr, nullptr);
     });
     FillExactly<velkori_Transform_>("last pose", [&](velkori_Transform_* out, int32_t* count) {
         return velkori_getLastProcessedFramePose(handle, Target, RootSpace, out, count, nullptr);
     });
-    FillExactly<velkori_Transform_>("to a manifestation", [&](velkori_Transform_* out, int32_t* count) {
-        return velkori_convertPoseFromToManifestation(handle, Source, nullptr, RootSpace, frame.Data(),
-            frame.Count(), "upperBody", LocalSpace, out, count);
-    });
-    EXPECT_EQ(velkori_convertJointPose(handle, Source, RootSpace, LocalSpace, frame.Data(), frame.Count()),
-        velkori_Result_Success);
-    EXPECT_EQ(velkori_scalePoseToHeight(handle, Source, LocalSpace, 1.5F, frame.Count(), frame.Data()),
-        velkori_Result_Success);
-    velkori_PoseExtents_ extents;
-    EXPECT_EQ(velkori_calculatePoseExtents(handle, Source, LocalSpace, frame.Data(), frame.Count(), &extents),
-        velkori_Result_Success);
-    EXPECT_EQ(velkori_matchCurrentTPose(
-                  handle, Source, velkori_MatchBehavior_Scale, LocalSpace, frame.Count(), frame.Data()),
-        velkori_Result_Success);
-    EXPECT_EQ(velkori_matchPose(handle, Source, velkori_MatchBehavior_Scale, LocalSpace, frame.Count(),
-                  frame.Data(), frame.Data()),
-        velkori_Result_Success);
-    const velkori_CoordinateSpace_ space = VELKORI_DEFAULT_COORDINATE_SPACE;
-    const velkori_CoordinateSpace_ other = {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}};
-    EXPECT_EQ(velkori_applyCoordinateSpaceConversion(
-                  handle, Source, RootSpace, rest.Data(), rest.Count(), space, other),
-        velkori_Result_Success);
-    EXPECT_EQ(velkori_applyWorldSpaceCoordinateSpaceConversion(rest.Data(), rest.Count(), space, other),
-        velkori_Result_Success);
+    FillExactly<velkori_Transform_>("to a manifestation", velkori_convertPoseFromToManifestation, handle,
+        Source, nullptr, RootSpace, frame.Data(), frame.Count(), "upperBody", LocalSpace);
     velkori_SkeletonType mappedType = {};
     velkori_Transform_ mappingTPose;
     velkori_Transform_ mappingPose;
-    int32_t joint = -1;
-    ASSERT_EQ(velkori_getJointIndexByKnownJointType(handle, Target, velkori_KnownJointType_Hips, &joint),
-        velkori_Result_Success);
-    FillExactly<int32_t>("mapping data", [&](int32_t* out, int32_t* count) {
-        return velkori_getLastRetargetedMappingData(
-            handle, joint, &mappedType, &mappingTPose, &mappingPose, out, count);
-    });
+    FillExactly<int32_t>("mapping data", velkori_getLastRetargetedMappingData, handle,
+        JointIndex(handle, Target, "Hips"), &mappedType, &mappingTPose, &mappingPose);
+
+    velkori_PoseExtents_ extents;
+    const velkori_CoordinateSpace_ yUp = VELKORI_DEFAULT_COORDINATE_SPACE;
+    const velkori_CoordinateSpace_ zUp = {{0, 0, 1}, {0, 1, 0}, {1, 0, 0}};
+    velkori_Transform_* const pose = frame.Data();
+    const int32_t count = frame.Count();
+    for (const velkori_Result result : {
+             velkori_updateSourceReferenceTPose(handle, pose, count, nullptr),
+             velkori_convertJointPose(handle, Source, RootSpace, LocalSpace, pose, count),
+             velkori_scalePoseToHeight(handle, Source, LocalSpace, 1.5F, count, pose),
+             velkori_calculatePoseExtents(handle, Source, LocalSpace, pose, count, &extents),
+             velkori_matchCurrentTPose(handle, Source, velkori_MatchBehavior_Scale, LocalSpace, count, pose),
+             velkori_matchPose(handle, Source, velkori_MatchBehavior_Scale, LocalSpace, count, pose, pose),
+             velkori_applyCoordinateSpaceConversion(handle, Source, RootSpace, pose, count, yUp, zUp),
+             velkori_applyWorldSpaceCoordinateSpaceConversion(pose, count, yUp, zUp),
+         }) {
+        EXPECT_EQ(result, velkori_Result_Success);
+    }
 }
 
-TEST(GuardedBuffers, OfTheStreamAreReadAndWrittenToTheirEnd) {
-    const LoadedConfig config(ReadSample("full.json"));
-    const velkori_Handle handle = config.Get();
-    const LogCapture capture;
-    const auto restPose = [&](velkori_SkeletonType type) {
-        int32_t count = 0;
-        velkori_calculateSkeletonTPose(handle, type, LocalSpace, 0.5F, nullptr, &count);
-        Transforms pose(count);
-        velkori_calculateSkeletonTPose(handle, type, LocalSpace, 0.5F, pose.data(), &count);
-        return pose;
-    };
-    GuardedArray<velkori_Transform_> source(restPose(Source));
-    GuardedArray<velkori_Transform_> target(restPose(Target));
+TEST_F(GuardedBuffers, OfTheStreamAreReadAndWrittenToTheirEnd) {
+    GuardedArray<velkori_Transform_> source(TPose(handle, Source, Max, LocalSpace));
+    GuardedArray<velkori_Transform_> target(TPose(handle, Target, Max, LocalSpace));
     int32_t shapeCount = 0;
     ASSERT_EQ(velkori_getInterpolatedFacePose(handle, 0, nullptr, &shapeCount, 0.0), velkori_Result_Success);
     GuardedArray<float> face(std::vector<float>(shapeCount, 0.5F));
@@ -167,6 +131,7 @@ TEST(GuardedBuffers, OfTheStreamAreReadAndWrittenToTheirEnd) {
     EXPECT_EQ(velkori_snapshotSkeleton(handle, Target, target.Data(), joints.Data(), joints.Count()),
         velkori_Result_Success);
     EXPECT_EQ(velkori_snapshotFace(handle, face.Data(), nullptr, 0), velkori_Result_Success);
+    FillExactly<unsigned char>("record", velkori_serializeSnapshot, handle);
     int32_t size = 0;
     ASSERT_EQ(velkori_serializeSnapshot(handle, nullptr, &size), velkori_Result_Success);
     GuardedArray<unsigned char> record(size);

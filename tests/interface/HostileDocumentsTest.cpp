@@ -33,16 +33,8 @@ std::string Damage(std::string_view place, const std::string& replacement) {
         "target": {"joints": ["hips", "head"], "hierarchy": {"head": "hips"}},
         "mapping": {"min": {"hips": {"mappings": {"hips": {"weightPosition": WEIGHT, "weightRotation": 1}}}},
             "max": {}}})";
-    const auto replaceAll = [&](std::string_view what, const std::string& with) {
-        for (std::size_t at = document.find(what); at != std::string::npos;
-             at = document.find(what, at + with.size())) {
-            document.replace(at, what.size(), with);
-        }
-    };
-    replaceAll(place, replacement);
-    replaceAll("NUMBER", "1");
-    replaceAll("WEIGHT", "1");
-    return document;
+    document = ReplaceAll(document, place, replacement);
+    return ReplaceAll(ReplaceAll(document, "NUMBER", "1"), "WEIGHT", "1");
 }
 
 // All joints hang on the first, and every manifestation holds the first and the last.

@@ -7,12 +7,21 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 
 // The documents under samples/.
 inline std::string ReadSample(const std::string& fileName) {
     std::ifstream file(std::string(VELKORI_SAMPLES_DIRECTORY) + "/" + fileName, std::ios::binary);
     EXPECT_TRUE(file.good()) << fileName;
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+// The text with each `from` replaced.
+inline std::string ReplaceAll(std::string text, std::string_view from, std::string_view to) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
 }
 
 // A configuration that lives as long as this object.
