@@ -16,12 +16,6 @@
 
 namespace {
 
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-constexpr auto Max = velkori_SkeletonTPoseType_Max;
-
 // Asks for the size, then fills an array of it, and one that is too short, which is refused untouched. The
 // array and its count are the export's last parameters.
 template <typename Element, typename Export, typename... Given>

@@ -15,9 +15,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-
 Texts Errors(Texts lines) {
     for (std::string& line : lines) {
         line.insert(0, "[ERROR]: ");
@@ -234,7 +231,7 @@ TEST(WriteDocument, RoundTripsThroughEveryOtherSpace) {
     };
     const LoadedConfig original(ReadSample("full.json"));
     const std::string reference = WriteDocument(original.Get());
-    const Transforms pose = TPose(original.Get(), Target, velkori_SkeletonTPoseType_Min);
+    const Transforms pose = TPose(original.Get(), Target, Min);
     int roundTrips = 0;
     for (const velkori_Vector3f_& up : axes) {
         for (const velkori_Vector3f_& forward : axes) {
@@ -248,7 +245,7 @@ TEST(WriteDocument, RoundTripsThroughEveryOtherSpace) {
                 const std::string inSpace = WriteDocument(original.Get(), &space);
                 const LoadedConfig reloaded(inSpace);
                 EXPECT_EQ(WriteDocument(reloaded.Get(), &space), inSpace);
-                ExpectNear(TPose(reloaded.Get(), Target, velkori_SkeletonTPoseType_Min), pose, 1e-5F);
+                ExpectNear(TPose(reloaded.Get(), Target, Min), pose, 1e-5F);
                 ++roundTrips;
             }
         }

@@ -5,16 +5,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {
-
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-constexpr auto Max = velkori_SkeletonTPoseType_Max;
-
-} // namespace
-
 TEST(Poses, GoThroughManifestationsAndBack) {
     const SmallRecords records;
     const RecordedConfig config(records.Config());

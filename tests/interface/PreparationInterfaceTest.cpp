@@ -15,15 +15,8 @@
 
 namespace {
 
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 constexpr auto AllSpaces = {RootSpace, LocalSpace, velkori_JointRelativeSpaceType_RootOriginRelativeScaled,
     velkori_JointRelativeSpaceType_LocalScaled};
-constexpr auto Min = velkori_SkeletonTPoseType_Min;
-constexpr auto Max = velkori_SkeletonTPoseType_Max;
-constexpr auto Unscaled = velkori_SkeletonTPoseType_Unscaled;
 
 constexpr int AllFlags = 1 | 2 | 4 | 8 | 16;
 
@@ -198,7 +191,7 @@ TEST(MatchedPose, ByJointLengthsBecomesTheRestPoseOfItsSize) {
 TEST(MatchedPose, ByScaleKeepsItsDirectionsWithTheCurrentBoneLengths) {
     const LoadedConfig config(ReadSample("simple.json"));
     SetReference(config.Get(), MovingBody(config.Get(), 0.3F).Rest());
-    const Transforms current = TPose(config.Get(), Source, velkori_SkeletonTPoseType_Current, LocalSpace);
+    const Transforms current = TPose(config.Get(), Source, Current, LocalSpace);
     const Transforms bent = BentPose(config.Get(), LocalSpace);
     for (const auto space : AllSpaces) {
         Transforms pose = BentPose(config.Get(), space);
@@ -272,8 +265,7 @@ TEST(Mappings, ReplaceWhatWasThereForEachSizeAndTheInstanceWithIt) {
     EXPECT_EQ(entriesOf(Max), (Entries{{0, 1, 1}, {2, 1, 1}}));
     // The reference went with the instance's state.
     int32_t count = 0;
-    EXPECT_EQ(velkori_getSkeletonTPose(
-                  config.handle, Source, velkori_SkeletonTPoseType_Current, RootSpace, nullptr, &count),
+    EXPECT_EQ(velkori_getSkeletonTPose(config.handle, Source, Current, RootSpace, nullptr, &count),
         velkori_Result_OperationFailed);
 
     // Between the two joints of the target that drive it, the twist joint is a quarter of the way up.

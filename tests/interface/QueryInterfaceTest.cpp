@@ -1,20 +1,14 @@
 #include "Velkori_Utility.h"
+#include "support/HostPoses.h"
 #include "support/LogCapture.h"
-#include "support/MovingBody.h"
 #include "support/Samples.h"
+#include "support/SmallRecords.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 #include <vector>
-
-namespace {
-
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-constexpr auto Max = velkori_SkeletonTPoseType_Max;
-
-} // namespace
 
 TEST(Queries, NamesAreCopiedWithoutTheirEnd) {
     const LoadedConfig config(ReadSample("simple.json"));
@@ -43,31 +37,31 @@ TEST(Queries, NamesAreCopiedWithoutTheirEnd) {
 }
 
 TEST(Queries, MappingsComeByTargetJointTheSourcesFirst) {
-    const LoadedConfig config(ReadSample("full.json"));
-    std::vector<velkori_JointMapping_> mappings(1000);
-    std::vector<velkori_JointMappingEntry_> entries(1000);
-    auto count = static_cast<int32_t>(mappings.size());
-    int32_t entryCount = count;
+    SmallRecords records;
+    records.mappings.push_back({2, Source, velkori_JointMappingBehaviorType_Normal, 2});
+    records.entries.insert(records.entries.end(), {{1, 0.5F, 0.75F}, {3, 0.5F, 0.25F}});
+    const RecordedConfig config(records.Config());
+    std::vector<velkori_JointMapping_> mappings(4);
+    std::vector<velkori_JointMappingEntry_> entries(5);
+    int32_t count = 4;
+    int32_t entryCount = 5;
     ASSERT_EQ(
-        velkori_getSkeletonMappings(config.Get(), Max, mappings.data(), &count), velkori_Result_Success);
-    ASSERT_EQ(velkori_getSkeletonMappingEntries(config.Get(), Max, entries.data(), &entryCount),
+        velkori_getSkeletonMappings(config.handle, Max, mappings.data(), &count), velkori_Result_Success);
+    ASSERT_EQ(velkori_getSkeletonMappingEntries(config.handle, Max, entries.data(), &entryCount),
         velkori_Result_Success);
-    const int shin = JointIndex(config.Get(), Target, "Shin_L");
-    int32_t entriesBefore = 0;
-    int found = 0;
-    for (int32_t i = 0; i < count; ++i) {
-        ASSERT_TRUE(i == 0 || mappings[i - 1].jointIndex <= mappings[i].jointIndex);
-        if (mappings[i].jointIndex == shin) {
-            // The shin has one of each: driven by one source joint, and by two of the target's.
-            EXPECT_EQ(mappings[i].type, found == 0 ? Source : Target);
-            EXPECT_EQ(mappings[i].entryCount, found == 0 ? 1 : 2);
-            EXPECT_EQ(entries[entriesBefore].rotationWeight, found == 0 ? 1.0F : 0.25F);
-            ++found;
-        }
-        entriesBefore += mappings[i].entryCount;
+    ASSERT_EQ(count, 4);
+    ASSERT_EQ(entryCount, 5);
+    using Head = std::tuple<int, velkori_SkeletonType, int>;
+    const Head heads[] = {{0, Source, 1}, {2, Source, 2}, {2, Target, 1}, {4, Source, 1}};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(Head(mappings[i].jointIndex, mappings[i].type, mappings[i].entryCount), heads[i]) << i;
     }
-    EXPECT_EQ(found, 2);
-    EXPECT_EQ(entriesBefore, entryCount);
+    const int joints[] = {0, 1, 3, 4, 4};
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(entries[i].jointIndex, joints[i]) << i;
+    }
+    EXPECT_EQ(entries[1].rotationWeight, 0.5F);
+    EXPECT_EQ(entries[1].positionWeight, 0.75F);
 }
 
 TEST(Queries, RootsAndUnknownsAreAnswers) {

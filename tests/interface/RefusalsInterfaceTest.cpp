@@ -16,13 +16,8 @@
 
 namespace {
 
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 constexpr auto Local = velkori_JointRelativeSpaceType_Local;
 constexpr auto NoSpace = static_cast<velkori_JointRelativeSpaceType>(4);
-constexpr auto Min = velkori_SkeletonTPoseType_Min;
-constexpr auto Current = velkori_SkeletonTPoseType_Current;
 
 constexpr auto NoHandle = velkori_Result_InvalidHandle;
 constexpr auto Null = velkori_Result_NullParameter;

@@ -12,10 +12,6 @@
 
 namespace {
 
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
-
 // With arms that hang a little, and turned a little.
 const BipedShape Shape = {1.8F, 2, 0.3F, 3, false, 0.5F};
 

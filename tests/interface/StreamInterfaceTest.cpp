@@ -15,8 +15,6 @@
 
 namespace {
 
-constexpr auto Target = velkori_SkeletonType_Target;
-
 int32_t RecordSize(velkori_Handle handle) {
     int32_t size = -1;
     EXPECT_EQ(velkori_serializeSnapshot(handle, nullptr, &size), velkori_Result_Success);
@@ -31,7 +29,7 @@ std::vector<unsigned char> Record(velkori_Handle handle) {
 }
 
 Transforms RestPose(velkori_Handle handle) {
-    return TPose(handle, Target, velkori_SkeletonTPoseType_Unscaled, velkori_JointRelativeSpaceType_Local);
+    return TPose(handle, Target, Unscaled, velkori_JointRelativeSpaceType_Local);
 }
 
 // A frame of the target's joints that are listed, or of all.

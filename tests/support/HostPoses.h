@@ -6,8 +6,17 @@
 
 // What a host asks of the library about poses, where nothing may go wrong.
 
+inline constexpr auto Source = velkori_SkeletonType_Source;
+inline constexpr auto Target = velkori_SkeletonType_Target;
+inline constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
+inline constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
+inline constexpr auto Min = velkori_SkeletonTPoseType_Min;
+inline constexpr auto Max = velkori_SkeletonTPoseType_Max;
+inline constexpr auto Unscaled = velkori_SkeletonTPoseType_Unscaled;
+inline constexpr auto Current = velkori_SkeletonTPoseType_Current;
+
 inline Transforms TPose(velkori_Handle handle, velkori_SkeletonType type, velkori_SkeletonTPoseType pose,
-    velkori_JointRelativeSpaceType space = velkori_JointRelativeSpaceType_RootOriginRelative) {
+    velkori_JointRelativeSpaceType space = RootSpace) {
     int32_t count = 0;
     EXPECT_EQ(velkori_getSkeletonTPose(handle, type, pose, space, nullptr, &count), velkori_Result_Success);
     Transforms joints(count);
@@ -23,8 +32,7 @@ inline void SetReference(velkori_Handle handle, const Transforms& pose) {
 }
 
 inline velkori_RetargetingBehaviorInfo_ Info(int behavior, bool fixup = false, int rootMotion = 1) {
-    return {velkori_JointRelativeSpaceType_RootOriginRelative,
-        static_cast<velkori_RetargetingBehavior>(behavior),
+    return {RootSpace, static_cast<velkori_RetargetingBehavior>(behavior),
         static_cast<velkori_RetargetingRootMotionBehavior>(rootMotion),
         fixup ? velkori_RetargetingBehaviorFlags_ApplyJointOrientationFixup
               : velkori_RetargetingBehaviorFlags_None};
