@@ -2,13 +2,13 @@
 // joints from local to root space.
 
 #include "FullSample.h"
+#include "JointTree.h"
 #include "Velkori_Utility.h"
 #include "shared/DataTypes.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cmath>
-#include <string>
 #include <vector>
 
 namespace {
@@ -19,40 +19,6 @@ using Velkori_Utility::JointPose;
 constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 constexpr int FrameCount = 64;
-
-// Two equal chains of joints, each driven by its counterpart.
-velkori_Handle MakeChain(int jointCount) {
-    std::vector<std::string> names;
-    names.reserve(jointCount);
-    std::vector<const char*> namePointers;
-    std::vector<const char*> parents;
-    Transforms pose;
-    std::vector<velkori_JointMapping_> mappings;
-    std::vector<velkori_JointMappingEntry_> entries;
-    for (int i = 0; i < jointCount; ++i) {
-        names.push_back("joint" + std::to_string(i));
-    }
-    for (int i = 0; i < jointCount; ++i) {
-        namePointers.push_back(names[i].c_str());
-        // Limbs of ten joints each.
-        parents.push_back(i == 0 ? nullptr : names[i % 10 == 0 ? 0 : i - 1].c_str());
-        const int limb = i / 10;
-        pose.push_back({{0, 0, 0, 1},
-            {0.1F * static_cast<float>(i % 10), 1, 0.05F * static_cast<float>(limb)}, {1, 1, 1}});
-        mappings.push_back({i, velkori_SkeletonType_Source, velkori_JointMappingBehaviorType_Normal, 1});
-        entries.push_back({i, 1, 1});
-    }
-    velkori_UtilityConfigInitParams_ params = {};
-    params.sourceSkeleton.jointCount = jointCount;
-    params.sourceSkeleton.jointNames = namePointers.data();
-    params.sourceSkeleton.parentJointNames = parents.data();
-    params.sourceSkeleton.unscaledTPose = pose.data();
-    params.targetSkeleton = params.sourceSkeleton;
-    params.minMappings = params.maxMappings = {jointCount, jointCount, mappings.data(), entries.data()};
-    velkori_Handle handle = 0;
-    velkori_createOrUpdateUtilityConfig("chain", &params, &handle);
-    return handle;
-}
 
 Transforms RestPose(velkori_Handle handle, velkori_SkeletonType type, velkori_JointRelativeSpaceType space) {
     int32_t count = 0;
@@ -137,17 +103,17 @@ void SampleFrame(benchmark::State& state) {
     RunFrames(state, LoadFullSample(), static_cast<int>(state.range(0)), state.range(1) != 0);
 }
 
-void ChainFloor(benchmark::State& state) {
-    RunFloor(state, MakeChain(static_cast<int>(state.range(0))));
+void TreeFloor(benchmark::State& state) {
+    RunFloor(state, MakeJointTree(static_cast<int>(state.range(0)), 1));
 }
 
-void ChainFrame(benchmark::State& state) {
-    RunFrames(state, MakeChain(static_cast<int>(state.range(0))), 0, false);
+void TreeFrame(benchmark::State& state) {
+    RunFrames(state, MakeJointTree(static_cast<int>(state.range(0)), 1), 0, false);
 }
 
 } // namespace
 
 BENCHMARK(SampleFloor);
 BENCHMARK(SampleFrame)->ArgsProduct({{0, 1, 2, 3}, {0, 1}})->ArgNames({"behavior", "fixup"});
-BENCHMARK(ChainFloor)->RangeMultiplier(2)->Range(20, 320)->ArgName("joints");
-BENCHMARK(ChainFrame)->RangeMultiplier(2)->Range(20, 320)->ArgName("joints");
+BENCHMARK(TreeFloor)->RangeMultiplier(2)->Range(20, 320)->ArgName("joints");
+BENCHMARK(TreeFrame)->RangeMultiplier(2)->Range(20, 320)->ArgName("joints");
