@@ -21,11 +21,11 @@ namespace {
 template <typename Element, typename Export, typename... Given>
 void FillExactly(const char* name, const Export& fill, const Given&... given) {
     int32_t needed = 0;
-    ASSERT_EQ(fill(given..., nullptr, &needed), velkori_Result_Success) << name;
+    ASSERT_EQ(fill(given..., nullptr, &needed), Success) << name;
     ASSERT_GT(needed, 0) << name;
     GuardedArray<Element> exact(needed);
     int32_t count = needed;
-    EXPECT_EQ(fill(given..., exact.Data(), &count), velkori_Result_Success) << name;
+    EXPECT_EQ(fill(given..., exact.Data(), &count), Success) << name;
     EXPECT_EQ(count, needed) << name;
     GuardedArray<Element> tooShort(needed - 1);
     const std::size_t size = (needed - 1) * sizeof(Element);
@@ -106,7 +106,7 @@ TEST_F(GuardedBuffers, OfPosesAreReadAndWrittenToTheirEnd) {
              velkori_applyCoordinateSpaceConversion(handle, Source, RootSpace, pose, count, yUp, zUp),
              velkori_applyWorldSpaceCoordinateSpaceConversion(pose, count, yUp, zUp),
          }) {
-        EXPECT_EQ(result, velkori_Result_Success);
+        EXPECT_EQ(result, Success);
     }
 }
 
@@ -114,28 +114,28 @@ TEST_F(GuardedBuffers, OfTheStreamAreReadAndWrittenToTheirEnd) {
     GuardedArray<velkori_Transform_> source(TPose(handle, Source, Max, LocalSpace));
     GuardedArray<velkori_Transform_> target(TPose(handle, Target, Max, LocalSpace));
     int32_t shapeCount = 0;
-    ASSERT_EQ(velkori_getInterpolatedFacePose(handle, 0, nullptr, &shapeCount, 0.0), velkori_Result_Success);
+    ASSERT_EQ(velkori_getInterpolatedFacePose(handle, 0, nullptr, &shapeCount, 0.0), Success);
     GuardedArray<float> face(std::vector<float>(shapeCount, 0.5F));
     std::vector<int32_t> indices(target.Count());
     std::iota(indices.begin(), indices.end(), 0);
     GuardedArray<int32_t> joints(indices);
-    ASSERT_EQ(velkori_createSnapshot(handle, -1, 1.0), velkori_Result_Success);
-    EXPECT_EQ(velkori_snapshotSkeleton(handle, Source, source.Data(), joints.Data(), joints.Count()),
-        velkori_Result_Success);
-    EXPECT_EQ(velkori_snapshotSkeleton(handle, Target, target.Data(), joints.Data(), joints.Count()),
-        velkori_Result_Success);
-    EXPECT_EQ(velkori_snapshotFace(handle, face.Data(), nullptr, 0), velkori_Result_Success);
+    ASSERT_EQ(velkori_createSnapshot(handle, -1, 1.0), Success);
+    EXPECT_EQ(
+        velkori_snapshotSkeleton(handle, Source, source.Data(), joints.Data(), joints.Count()), Success);
+    EXPECT_EQ(
+        velkori_snapshotSkeleton(handle, Target, target.Data(), joints.Data(), joints.Count()), Success);
+    EXPECT_EQ(velkori_snapshotFace(handle, face.Data(), nullptr, 0), Success);
     FillExactly<unsigned char>("record", velkori_serializeSnapshot, handle);
     int32_t size = 0;
-    ASSERT_EQ(velkori_serializeSnapshot(handle, nullptr, &size), velkori_Result_Success);
+    ASSERT_EQ(velkori_serializeSnapshot(handle, nullptr, &size), Success);
     GuardedArray<unsigned char> record(size);
-    ASSERT_EQ(velkori_serializeSnapshot(handle, record.Data(), &size), velkori_Result_Success);
+    ASSERT_EQ(velkori_serializeSnapshot(handle, record.Data(), &size), Success);
     double time = 0.0;
     velkori_CompressionType type = {};
     int32_t ack = -1;
     EXPECT_EQ(velkori_deserializeSnapshot(handle, record.Data(), &time, &type, &ack, target.Data(),
                   face.Data(), source.Data(), nullptr),
-        velkori_Result_Success);
+        Success);
     FillExactly<velkori_Transform_>("interpolated pose", [&](velkori_Transform_* out, int32_t* count) {
         return velkori_getInterpolatedSkeletonPose(handle, Target, out, count, 2.0);
     });

@@ -74,14 +74,13 @@ TEST(CreateFromDocument, AFailedUpdateLeavesTheInstanceAndNamesEveryFault) {
 
 TEST(CreateFromDocument, ALiveHandleIsReplacedAndAStaleOneIsGivenAnew) {
     velkori_Handle handle = 0xDEADBEEF;
-    ASSERT_EQ(
-        velkori_createOrUpdateHandle(ReadSample("simple.json").c_str(), &handle), velkori_Result_Success);
+    ASSERT_EQ(velkori_createOrUpdateHandle(ReadSample("simple.json").c_str(), &handle), Success);
     EXPECT_NE(handle, 0xDEADBEEFU);
     const velkori_Handle first = handle;
-    ASSERT_EQ(velkori_createOrUpdateHandle(ReadSample("full.json").c_str(), &handle), velkori_Result_Success);
+    ASSERT_EQ(velkori_createOrUpdateHandle(ReadSample("full.json").c_str(), &handle), Success);
     EXPECT_EQ(handle, first);
     EXPECT_NE(WriteDocument(handle).find("ForeArmTwist_R"), std::string::npos);
-    EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
+    EXPECT_EQ(velkori_destroy(handle), Success);
 }
 
 TEST(CreateFromRecords, ChecksItsParametersInTurn) {
@@ -205,15 +204,15 @@ TEST(CreateFromRecords, OneSkeletonIsEnough) {
     };
     skeleton.unscaledTPose = nullptr;
     EXPECT_EQ(create(NoType), velkori_Result_InvalidValue);
-    ASSERT_EQ(create(Source), velkori_Result_Success);
+    ASSERT_EQ(create(Source), Success);
     const std::string document = WriteDocument(handle);
     EXPECT_NE(document.find("\"source\""), std::string::npos);
     EXPECT_EQ(document.find("\"target\""), std::string::npos);
     EXPECT_EQ(document.find("\"mapping\""), std::string::npos);
     skeleton.unscaledTPose = records.pose.data();
-    EXPECT_EQ(create(NoType), velkori_Result_Success);
+    EXPECT_EQ(create(NoType), Success);
     EXPECT_NE(WriteDocument(handle).find("\"target\""), std::string::npos);
-    EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
+    EXPECT_EQ(velkori_destroy(handle), Success);
 }
 
 TEST(WriteDocument, GivesTheTextThatWasRead) {

@@ -40,7 +40,7 @@ Transforms Convert(velkori_Handle handle, velkori_JointRelativeSpaceType from,
     velkori_JointRelativeSpaceType to, Transforms pose) {
     EXPECT_EQ(
         velkori_convertJointPose(handle, Source, from, to, pose.data(), static_cast<int32_t>(pose.size())),
-        velkori_Result_Success);
+        Success);
     return pose;
 }
 
@@ -55,16 +55,16 @@ Transforms BentPose(velkori_Handle handle, velkori_JointRelativeSpaceType space)
 
 // Aligns and maps what lives under the handle, and compares its known joints with those that drive them.
 void ExpectToWalkAlike(velkori_Handle& handle, float tolerance) {
-    ASSERT_EQ(Align(handle, AllFlags, handle), velkori_Result_Success);
+    ASSERT_EQ(Align(handle, AllFlags, handle), Success);
     int32_t mappingCount = -1;
-    ASSERT_EQ(velkori_getSkeletonMappings(handle, Min, nullptr, &mappingCount), velkori_Result_Success);
+    ASSERT_EQ(velkori_getSkeletonMappings(handle, Min, nullptr, &mappingCount), Success);
     EXPECT_EQ(mappingCount, 0) << "a new configuration has none";
-    ASSERT_EQ(velkori_generateMappings(handle, velkori_AutoMappingFlags_None), velkori_Result_Success);
+    ASSERT_EQ(velkori_generateMappings(handle, velkori_AutoMappingFlags_None), Success);
     const MovingBody body(handle, 0.5F);
     SetReference(handle, body.Rest());
     const auto find = [&](velkori_SkeletonType type, velkori_KnownJointType joint) {
         int32_t index = -1;
-        EXPECT_EQ(velkori_getJointIndexByKnownJointType(handle, type, joint, &index), velkori_Result_Success);
+        EXPECT_EQ(velkori_getJointIndexByKnownJointType(handle, type, joint, &index), Success);
         return index;
     };
     for (int number = 0; number < 100; ++number) {
@@ -89,25 +89,24 @@ TEST(Preparation, UnlikeBodiesWalkAlikeOnceTheyAreAlignedAndMapped) {
     }
     const LoadedConfig sample(ReadSample("full.json"));
     velkori_Handle handle = 0;
-    ASSERT_EQ(Align(sample.Get(), AllFlags, handle), velkori_Result_Success);
+    ASSERT_EQ(Align(sample.Get(), AllFlags, handle), Success);
     ExpectToWalkAlike(handle, 0.12F);
-    EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
+    EXPECT_EQ(velkori_destroy(handle), Success);
 }
 
 TEST(Alignment, LeavesAnIdenticalRigToTheBitAndAnAlignedOneWhereItIs) {
     const BipedConfig twins(Tall, Tall);
     velkori_Handle aligned = 0;
-    ASSERT_EQ(Align(twins.handle, AllFlags & ~velkori_AlignmentFlags_MatchHandsAndFingers, aligned),
-        velkori_Result_Success);
+    ASSERT_EQ(Align(twins.handle, AllFlags & ~velkori_AlignmentFlags_MatchHandsAndFingers, aligned), Success);
     for (const auto pose : {Min, Max, Unscaled}) {
         EXPECT_TRUE(SameBits(TPose(aligned, Target, pose), TPose(twins.handle, Target, pose)));
     }
-    EXPECT_EQ(velkori_destroy(aligned), velkori_Result_Success);
+    EXPECT_EQ(velkori_destroy(aligned), Success);
 
     BipedConfig unlike(Tall, Small);
-    ASSERT_EQ(Align(unlike.handle, AllFlags, unlike.handle), velkori_Result_Success);
+    ASSERT_EQ(Align(unlike.handle, AllFlags, unlike.handle), Success);
     const Transforms once = TPose(unlike.handle, Target, Max);
-    ASSERT_EQ(Align(unlike.handle, AllFlags, unlike.handle), velkori_Result_Success);
+    ASSERT_EQ(Align(unlike.handle, AllFlags, unlike.handle), Success);
     const Transforms twice = TPose(unlike.handle, Target, Max);
     // The wrist's height, at which both are matched, and facing: the right wrist is on the source's right.
     const int wrist = unlike.target.IndexOf("rightWrist");
@@ -125,7 +124,7 @@ TEST(Alignment, TheConfigurationIsTheTargetsWithTheSourceThatWasNamed) {
     document.replace(document.rfind(R"("tpose")"), 7, R"("other")");
     const LoadedConfig config(document);
     velkori_Handle handle = 77;
-    ASSERT_EQ(Align(config.Get(), 0, handle), velkori_Result_Success);
+    ASSERT_EQ(Align(config.Get(), 0, handle), Success);
     EXPECT_NE(handle, 77U) << "nothing lived under it";
     EXPECT_NE(handle, config.Get());
     EXPECT_TRUE(SameBits(TPose(handle, Source, Max), TPose(config.Get(), Source, Max)));
@@ -145,22 +144,22 @@ TEST(Alignment, TheConfigurationIsTheTargetsWithTheSourceThatWasNamed) {
     const velkori_Handle before = handle;
     ASSERT_EQ(
         velkori_alignTargetToSource("", velkori_AlignmentFlags_None, handle, Target, config.Get(), &handle),
-        velkori_Result_Success);
+        Success);
     EXPECT_EQ(handle, before);
     ExpectNear(TPose(handle, Source, Max), max, 1e-6F);
     EXPECT_NE(WriteDocument(handle).find(R"("name": "simple biped")"), std::string::npos);
-    EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
+    EXPECT_EQ(velkori_destroy(handle), Success);
 }
 
 TEST(Alignment, TheUnscaledPoseTurnsAndKeepsItsSize) {
     BipedConfig bipeds(Tall, {1.2F, 3, 0.6F, 3, false, std::numbers::pi_v<float>});
     const Transforms before = TPose(bipeds.handle, Target, Unscaled);
     velkori_Handle handle = 0;
-    ASSERT_EQ(Align(bipeds.handle, velkori_AlignmentFlags_ScaleToHeight, handle), velkori_Result_Success);
+    ASSERT_EQ(Align(bipeds.handle, velkori_AlignmentFlags_ScaleToHeight, handle), Success);
     EXPECT_FALSE(SameBits(TPose(handle, Target, Min), TPose(bipeds.handle, Target, Min)));
     EXPECT_TRUE(SameBits(TPose(handle, Target, Unscaled), before));
 
-    ASSERT_EQ(Align(bipeds.handle, 63, handle), velkori_Result_Success);
+    ASSERT_EQ(Align(bipeds.handle, 63, handle), Success);
     const Transforms after = TPose(handle, Target, Unscaled);
     const std::vector<int32_t> parents = ParentsOf(handle, Target);
     for (std::size_t i = 0; i < after.size(); ++i) {
@@ -174,7 +173,7 @@ TEST(Alignment, TheUnscaledPoseTurnsAndKeepsItsSize) {
     const velkori_Vector3f_ arm = Subtract(after[bipeds.target.IndexOf("rightWrist")].position,
         after[bipeds.target.IndexOf("rightUpperArm")].position);
     EXPECT_LT(Distance(arm, {0.31F * 1.2F, 0, 0}), 1e-4F);
-    EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
+    EXPECT_EQ(velkori_destroy(handle), Success);
 }
 
 // With bones as long as the largest body's, it is that body's rest pose, however the given one is bent.
@@ -182,8 +181,7 @@ TEST(MatchedPose, ByJointLengthsBecomesTheRestPoseOfItsSize) {
     const LoadedConfig config(ReadSample("simple.json"));
     for (const auto space : AllSpaces) {
         Transforms pose = BentPose(config.Get(), space);
-        ASSERT_EQ(
-            Match(config.Get(), velkori_MatchBehavior_JointLengths, space, pose), velkori_Result_Success);
+        ASSERT_EQ(Match(config.Get(), velkori_MatchBehavior_JointLengths, space, pose), Success);
         ExpectNear(pose, TPose(config.Get(), Source, Max, space), 1e-4F);
     }
 }
@@ -195,7 +193,7 @@ TEST(MatchedPose, ByScaleKeepsItsDirectionsWithTheCurrentBoneLengths) {
     const Transforms bent = BentPose(config.Get(), LocalSpace);
     for (const auto space : AllSpaces) {
         Transforms pose = BentPose(config.Get(), space);
-        ASSERT_EQ(Match(config.Get(), velkori_MatchBehavior_Scale, space, pose), velkori_Result_Success);
+        ASSERT_EQ(Match(config.Get(), velkori_MatchBehavior_Scale, space, pose), Success);
         pose = Convert(config.Get(), space, LocalSpace, pose);
         // From the hips upwards.
         for (std::size_t i = 2; i < pose.size(); ++i) {
@@ -217,7 +215,7 @@ TEST(MatchedPose, TakesTheBoneLengthsOfTheOtherByScaleAndItsDirectionsByJointLen
     const auto match = [&](velkori_MatchBehavior behavior, const Transforms& other, Transforms pose) {
         EXPECT_EQ(velkori_matchPose(bipeds.handle, Target, behavior, RootSpace,
                       static_cast<int32_t>(pose.size()), other.data(), pose.data()),
-            velkori_Result_Success);
+            Success);
         return pose;
     };
     ExpectNear(match(velkori_MatchBehavior_Scale, small, large), small, 1e-4F);
@@ -249,8 +247,7 @@ TEST(Mappings, ReplaceWhatWasThereForEachSizeAndTheInstanceWithIt) {
     const auto entriesOf = [&](velkori_SkeletonTPoseType type) {
         velkori_JointMappingEntry_ read[8];
         int32_t count = 8;
-        EXPECT_EQ(
-            velkori_getSkeletonMappingEntries(config.handle, type, read, &count), velkori_Result_Success);
+        EXPECT_EQ(velkori_getSkeletonMappingEntries(config.handle, type, read, &count), Success);
         Entries entries;
         for (const velkori_JointMappingEntry_& entry : std::span(read, count)) {
             entries.push_back(
@@ -259,8 +256,7 @@ TEST(Mappings, ReplaceWhatWasThereForEachSizeAndTheInstanceWithIt) {
         return entries;
     };
     SetReference(config.handle, source.pose);
-    ASSERT_EQ(velkori_generateMappings(config.handle, velkori_AutoMappingFlags_SkipTwistMappings),
-        velkori_Result_Success);
+    ASSERT_EQ(velkori_generateMappings(config.handle, velkori_AutoMappingFlags_SkipTwistMappings), Success);
     EXPECT_EQ(entriesOf(Min), (Entries{{0, 1, 1}, {1, 1, 1}}));
     EXPECT_EQ(entriesOf(Max), (Entries{{0, 1, 1}, {2, 1, 1}}));
     // The reference went with the instance's state.
@@ -269,7 +265,7 @@ TEST(Mappings, ReplaceWhatWasThereForEachSizeAndTheInstanceWithIt) {
         velkori_Result_OperationFailed);
 
     // Between the two joints of the target that drive it, the twist joint is a quarter of the way up.
-    ASSERT_EQ(velkori_generateMappings(config.handle, velkori_AutoMappingFlags_None), velkori_Result_Success);
+    ASSERT_EQ(velkori_generateMappings(config.handle, velkori_AutoMappingFlags_None), Success);
     EXPECT_EQ(entriesOf(Min), (Entries{{0, 1, 1}, {0, 0.75F, 0.75F}, {2, 0.25F, 0.25F}, {1, 1, 1}}));
     EXPECT_EQ(entriesOf(Max), (Entries{{0, 1, 1}, {0, 0.75F, 0.75F}, {2, 0.25F, 0.25F}, {2, 1, 1}}));
 }

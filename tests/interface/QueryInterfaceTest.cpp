@@ -14,23 +14,22 @@ TEST(Queries, NamesAreCopiedWithoutTheirEnd) {
     const LoadedConfig config(ReadSample("simple.json"));
     int32_t size = 0;
     // "spine" is the third joint.
-    ASSERT_EQ(velkori_getJointName(config.Get(), Source, 2, nullptr, &size), velkori_Result_Success);
+    ASSERT_EQ(velkori_getJointName(config.Get(), Source, 2, nullptr, &size), Success);
     EXPECT_EQ(size, 6);
     std::string buffer(8, '#');
-    EXPECT_EQ(velkori_getJointName(config.Get(), Source, 2, buffer.data(), &size), velkori_Result_Success);
+    EXPECT_EQ(velkori_getJointName(config.Get(), Source, 2, buffer.data(), &size), Success);
     EXPECT_EQ(buffer, "spine###");
     EXPECT_EQ(size, 6);
-    EXPECT_EQ(velkori_getJointName(config.Get(), Source, -7, nullptr, &size), velkori_Result_Success);
+    EXPECT_EQ(velkori_getJointName(config.Get(), Source, -7, nullptr, &size), Success);
     EXPECT_EQ(size, 1) << "a joint that isn't there has an empty name";
 
     int32_t count = 0;
-    ASSERT_EQ(
-        velkori_getJointNames(config.Get(), Target, nullptr, &size, nullptr, &count), velkori_Result_Success);
+    ASSERT_EQ(velkori_getJointNames(config.Get(), Target, nullptr, &size, nullptr, &count), Success);
     EXPECT_EQ(count, 20);
     std::string names(size, '#');
     std::vector<const char*> starts(count);
-    ASSERT_EQ(velkori_getJointNames(config.Get(), Target, names.data(), &size, starts.data(), &count),
-        velkori_Result_Success);
+    ASSERT_EQ(
+        velkori_getJointNames(config.Get(), Target, names.data(), &size, starts.data(), &count), Success);
     EXPECT_EQ(names.substr(0, 16), "root#hips#spine#");
     EXPECT_EQ(starts[2], names.data() + 10);
     EXPECT_EQ(names.back(), '#');
@@ -45,10 +44,8 @@ TEST(Queries, MappingsComeByTargetJointTheSourcesFirst) {
     std::vector<velkori_JointMappingEntry_> entries(5);
     int32_t count = 4;
     int32_t entryCount = 5;
-    ASSERT_EQ(
-        velkori_getSkeletonMappings(config.handle, Max, mappings.data(), &count), velkori_Result_Success);
-    ASSERT_EQ(velkori_getSkeletonMappingEntries(config.handle, Max, entries.data(), &entryCount),
-        velkori_Result_Success);
+    ASSERT_EQ(velkori_getSkeletonMappings(config.handle, Max, mappings.data(), &count), Success);
+    ASSERT_EQ(velkori_getSkeletonMappingEntries(config.handle, Max, entries.data(), &entryCount), Success);
     ASSERT_EQ(count, 4);
     ASSERT_EQ(entryCount, 5);
     using Head = std::tuple<int, velkori_SkeletonType, int>;
@@ -70,21 +67,20 @@ TEST(Queries, RootsAndUnknownsAreAnswers) {
     int32_t index = 5;
     EXPECT_EQ(velkori_getParentJointIndex(config.Get(), Source, 0, &index), velkori_Result_Failure);
     EXPECT_EQ(index, -1);
-    EXPECT_EQ(velkori_getParentJointIndex(config.Get(), Source, 2, &index), velkori_Result_Success);
+    EXPECT_EQ(velkori_getParentJointIndex(config.Get(), Source, 2, &index), Success);
     EXPECT_EQ(index, 1);
-    EXPECT_EQ(velkori_getJointIndex(config.Get(), Source, "tail", &index), velkori_Result_Success);
+    EXPECT_EQ(velkori_getJointIndex(config.Get(), Source, "tail", &index), Success);
     EXPECT_EQ(index, -1);
     index = 5;
     EXPECT_EQ(velkori_getJointIndexByKnownJointType(
                   config.Get(), Source, static_cast<velkori_KnownJointType>(99), &index),
-        velkori_Result_Success);
+        Success);
     EXPECT_EQ(index, -1);
     double version = -1.0;
-    EXPECT_EQ(velkori_getVersion(config.Get(), &version), velkori_Result_Success);
+    EXPECT_EQ(velkori_getVersion(config.Get(), &version), Success);
     EXPECT_EQ(version, 0.0);
     velkori_SkeletonInfo_ info = {};
-    EXPECT_EQ(velkori_getSkeletonInfo(config.Get(), static_cast<velkori_SkeletonType>(7), &info),
-        velkori_Result_Success);
+    EXPECT_EQ(velkori_getSkeletonInfo(config.Get(), static_cast<velkori_SkeletonType>(7), &info), Success);
     EXPECT_EQ(info.type, Target);
     EXPECT_EQ(info.jointCount, 20);
     EXPECT_TRUE(LogCapture::TakeLines().empty());

@@ -429,9 +429,9 @@ TEST_F(Refusals, SendingNamesItsFirstFault) {
     Expect(velkori_serializeStartHeader({}, nullptr), Null, IsNull("out_header"));
     Expect(velkori_serializeEndHeader({}, nullptr), Null, IsNull("out_header"));
 
-    ASSERT_EQ(velkori_createSnapshot(h, -1, 1.0), velkori_Result_Success);
+    ASSERT_EQ(velkori_createSnapshot(h, -1, 1.0), Success);
     int32_t size = 0;
-    ASSERT_EQ(velkori_serializeSnapshot(h, nullptr, &size), velkori_Result_Success);
+    ASSERT_EQ(velkori_serializeSnapshot(h, nullptr, &size), Success);
     Expect(velkori_serializeSnapshot(h, joints, &one), TooSmall,
         "out_buffer Buffer is too small, require " + std::to_string(size) + " bytes, provided 1 bytes");
 }

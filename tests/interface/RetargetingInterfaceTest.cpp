@@ -17,11 +17,9 @@ const BipedShape Shape = {1.8F, 2, 0.3F, 3, false, 0.5F};
 
 std::vector<int32_t> MembersOf(velkori_Handle handle, velkori_SkeletonType type, const char* manifestation) {
     int32_t count = 0;
-    EXPECT_EQ(velkori_getJointsInManifestation(handle, type, manifestation, nullptr, &count),
-        velkori_Result_Success);
+    EXPECT_EQ(velkori_getJointsInManifestation(handle, type, manifestation, nullptr, &count), Success);
     std::vector<int32_t> members(count);
-    EXPECT_EQ(velkori_getJointsInManifestation(handle, type, manifestation, members.data(), &count),
-        velkori_Result_Success);
+    EXPECT_EQ(velkori_getJointsInManifestation(handle, type, manifestation, members.data(), &count), Success);
     return members;
 }
 
@@ -171,7 +169,7 @@ TEST(Retargeting, WhatTheTargetsOwnJointsMoveTakesItsChildrenAlongAndIsReadBack)
         Transforms pose(count);
         EXPECT_EQ(
             velkori_getLastProcessedFramePose(config.handle, Target, RootSpace, pose.data(), &count, part),
-            velkori_Result_Success);
+            Success);
         return pose;
     };
     EXPECT_TRUE(SameBits(lastPose(5, nullptr), out));
@@ -186,13 +184,13 @@ TEST(Retargeting, WhatTheTargetsOwnJointsMoveTakesItsChildrenAlongAndIsReadBack)
         return velkori_getLastRetargetedMappingData(
             config.handle, joint, &type, &mappingTPose, &mappingPose, joints, &count);
     };
-    ASSERT_EQ(read(2), velkori_Result_Success);
+    ASSERT_EQ(read(2), Success);
     EXPECT_EQ(type, Target);
     EXPECT_EQ(count, 1);
     EXPECT_EQ(joints[0], 4);
     ExpectNear({mappingPose, mappingTPose}, {frame[4], records.pose[4]}, 1e-5F);
     // A single entry's pose is the mapping's result as it stands: the source joint's.
-    ASSERT_EQ(read(4), velkori_Result_Success);
+    ASSERT_EQ(read(4), Success);
     EXPECT_EQ(type, Source);
     EXPECT_EQ(joints[0], 4);
     ExpectNear({mappingPose}, {frame[4]}, 1e-5F);
@@ -204,6 +202,6 @@ TEST(Retargeting, JointPairsAreFoundByTheirNames) {
     std::vector<int32_t> found(4);
     ASSERT_EQ(velkori_generateTargetToSourceJointPairsFromNames(
                   config.handle, config.handle, 2, pairs, found.data()),
-        velkori_Result_Success);
+        Success);
     EXPECT_EQ(found, (std::vector<int32_t>{2, 4, 3, 0}));
 }

@@ -17,14 +17,14 @@ namespace {
 
 int32_t RecordSize(velkori_Handle handle) {
     int32_t size = -1;
-    EXPECT_EQ(velkori_serializeSnapshot(handle, nullptr, &size), velkori_Result_Success);
+    EXPECT_EQ(velkori_serializeSnapshot(handle, nullptr, &size), Success);
     return size;
 }
 
 std::vector<unsigned char> Record(velkori_Handle handle) {
     int32_t size = RecordSize(handle);
     std::vector<unsigned char> record(size, 0xAB);
-    EXPECT_EQ(velkori_serializeSnapshot(handle, record.data(), &size), velkori_Result_Success);
+    EXPECT_EQ(velkori_serializeSnapshot(handle, record.data(), &size), Success);
     return record;
 }
 
@@ -39,10 +39,10 @@ void TakeSnapshot(
         joints.resize(pose.size());
         std::iota(joints.begin(), joints.end(), 0);
     }
-    ASSERT_EQ(velkori_createSnapshot(handle, ack, 1.0), velkori_Result_Success);
+    ASSERT_EQ(velkori_createSnapshot(handle, ack, 1.0), Success);
     ASSERT_EQ(velkori_snapshotSkeleton(
                   handle, Target, pose.data(), joints.data(), static_cast<int32_t>(joints.size())),
-        velkori_Result_Success);
+        Success);
 }
 
 // A frame of tracking state, whose trackers stand at 1, 2 and 3 times x.
@@ -57,8 +57,8 @@ void TakeSnapshot(velkori_Handle handle, double time, float x) {
     data.tracker0 = At(x, 0, 0);
     data.tracker1 = At(2 * x, 0, 0);
     data.tracker2 = At(3 * x, 0, 0);
-    ASSERT_EQ(velkori_createSnapshot(handle, -1, time), velkori_Result_Success);
-    ASSERT_EQ(velkori_snapshotFrameData(handle, &data), velkori_Result_Success);
+    ASSERT_EQ(velkori_createSnapshot(handle, -1, time), Success);
+    ASSERT_EQ(velkori_snapshotFrameData(handle, &data), Success);
 }
 
 // What a record gives its reader.
@@ -77,7 +77,7 @@ struct Received {
 
 float InterpolatedTrackerX(velkori_Handle handle, int tracker, double time) {
     velkori_Transform_ pose = {};
-    EXPECT_EQ(velkori_getInterpolatedTrackerJointPose(handle, tracker, &pose, time), velkori_Result_Success);
+    EXPECT_EQ(velkori_getInterpolatedTrackerJointPose(handle, tracker, &pose, time), Success);
     EXPECT_EQ(pose.orientation.w, 1.0F);
     return pose.position.x;
 }
@@ -89,7 +89,7 @@ TEST(StreamSettings, AreClampedAndRestartTheStream) {
     velkori_SerializationSettings_ settings = {};
     const auto expect = [&](velkori_CompressionType type, float position, float rotation, float shape,
                             int32_t count) {
-        ASSERT_EQ(velkori_getSerializationSettings(config.Get(), &settings), velkori_Result_Success);
+        ASSERT_EQ(velkori_getSerializationSettings(config.Get(), &settings), Success);
         EXPECT_EQ(settings.compressionType, type);
         EXPECT_EQ(settings.positionThreshold, position);
         EXPECT_EQ(settings.rotationAngleThreshold, rotation);
@@ -104,11 +104,11 @@ TEST(StreamSettings, AreClampedAndRestartTheStream) {
         const auto noType = static_cast<velkori_CompressionType>(3);
         const velkori_SerializationSettings_ wild = {noType, -1.0F, std::numeric_limits<float>::infinity(),
             std::numeric_limits<float>::quiet_NaN(), given};
-        ASSERT_EQ(velkori_createSnapshot(config.Get(), 3, 0.0), velkori_Result_Success);
-        ASSERT_EQ(velkori_updateSerializationSettings(config.Get(), &wild), velkori_Result_Success);
+        ASSERT_EQ(velkori_createSnapshot(config.Get(), 3, 0.0), Success);
+        ASSERT_EQ(velkori_updateSerializationSettings(config.Get(), &wild), Success);
         expect(noType, 0.0F, FLT_MAX, 0.0F, kept);
         int32_t ack = 0;
-        EXPECT_EQ(velkori_getCurrentAck(config.Get(), &ack), velkori_Result_Success);
+        EXPECT_EQ(velkori_getCurrentAck(config.Get(), &ack), Success);
         EXPECT_EQ(ack, -1);
     }
 }
@@ -118,19 +118,19 @@ TEST(Stream, AFrameBeyondAShortenedRingIsNotSerialized) {
     const LoadedConfig config(ReadSample("simple.json"));
     const LoadedConfig other(ReadSample("simple.json"));
     velkori_SerializationSettings_ settings = {velkori_CompressionType_Max, 0.01F, 0.01F, 0.01F, 800};
-    ASSERT_EQ(velkori_updateSerializationSettings(config.Get(), &settings), velkori_Result_Success);
+    ASSERT_EQ(velkori_updateSerializationSettings(config.Get(), &settings), Success);
     for (int frame = 0; frame < 300; ++frame) {
-        ASSERT_EQ(velkori_createSnapshot(config.Get(), -1, 0.0), velkori_Result_Success);
+        ASSERT_EQ(velkori_createSnapshot(config.Get(), -1, 0.0), Success);
     }
     settings.snapshotCount = 254;
-    ASSERT_EQ(velkori_updateSerializationSettings(other.Get(), &settings), velkori_Result_Success);
+    ASSERT_EQ(velkori_updateSerializationSettings(other.Get(), &settings), Success);
     const LogCapture capture;
     int32_t size = 0;
     EXPECT_EQ(velkori_serializeSnapshot(config.Get(), nullptr, &size), velkori_Result_OperationFailed);
     EXPECT_EQ(LogCapture::TakeTexts(),
         std::vector<std::string>{"[ERROR]: Cannot serialize the current snapshot because the snapshot count "
                                  "has changed since."});
-    ASSERT_EQ(velkori_createSnapshot(config.Get(), -1, 0.0), velkori_Result_Success);
+    ASSERT_EQ(velkori_createSnapshot(config.Get(), -1, 0.0), Success);
     EXPECT_GT(RecordSize(config.Get()), 0);
 }
 
@@ -138,8 +138,7 @@ TEST(Stream, BeforeAnyFrameTheInterpolatorsGiveNothing) {
     const RecordedConfig config(SmallRecords().Config());
     Transforms pose(5);
     int32_t count = 5;
-    EXPECT_EQ(velkori_getInterpolatedSkeletonPose(config.handle, Target, pose.data(), &count, 1.0),
-        velkori_Result_Success);
+    EXPECT_EQ(velkori_getInterpolatedSkeletonPose(config.handle, Target, pose.data(), &count, 1.0), Success);
     EXPECT_EQ(count, 0);
     float weights[2] = {};
     count = 2;
@@ -155,7 +154,7 @@ TEST(Stream, AFrameOfTrackingStateAloneGoesAcross) {
     TakeSnapshot(sender.Get(), 2.0, 0.5F);
     const std::vector<unsigned char> record = Record(sender.Get());
     Received received;
-    ASSERT_EQ(received.Read(receiver.Get(), record), velkori_Result_Success);
+    ASSERT_EQ(received.Read(receiver.Get(), record), Success);
     EXPECT_NEAR(received.time, 2.0, 1800.0 / 4194303);
     EXPECT_EQ(received.type, velkori_CompressionType_Max);
     EXPECT_EQ(received.ack, 0);
@@ -174,11 +173,11 @@ TEST(Stream, AFrameOfTrackingStateAloneGoesAcross) {
     for (int i = 0; i < 3; ++i) {
         EXPECT_NEAR(InterpolatedTrackerX(receiver.Get(), i, 3.0), expected[i], 1e-5F) << i;
     }
-    ASSERT_EQ(velkori_resetInterpolators(receiver.Get()), velkori_Result_Success);
+    ASSERT_EQ(velkori_resetInterpolators(receiver.Get()), Success);
     EXPECT_EQ(InterpolatedTrackerX(receiver.Get(), 0, 4.0), 0.0F);
 
     double time = 0.0;
-    EXPECT_EQ(velkori_deserializeSnapshotTimestamp(record.data(), &time), velkori_Result_Success);
+    EXPECT_EQ(velkori_deserializeSnapshotTimestamp(record.data(), &time), Success);
     EXPECT_EQ(time, received.time);
     // A record with frame data isn't read where there is no room for it.
     EXPECT_EQ(velkori_deserializeSnapshot(receiver.Get(), record.data(), &received.time, &received.type,
@@ -194,7 +193,7 @@ TEST(Stream, AHandleMaySendAndReceive) {
     for (const LoadedConfig* sender : {&other, &both, &fresh}) {
         TakeSnapshot(sender->Get(), 1.0, 0.5F);
         if (sender == &other) {
-            ASSERT_EQ(Received().Read(both.Get(), Record(other.Get())), velkori_Result_Success);
+            ASSERT_EQ(Received().Read(both.Get(), Record(other.Get())), Success);
         }
     }
     EXPECT_EQ(Record(both.Get()), Record(fresh.Get()));
@@ -207,11 +206,11 @@ TEST(Stream, AnAckThatNamesNoSnapshotIsReportedButCodedAsNone) {
     for (const int ack : {57, 254, 100000, -2, std::numeric_limits<int>::min()}) {
         TakeSnapshot(sender.Get(), ack, pose);
         int32_t current = 0;
-        EXPECT_EQ(velkori_getCurrentAck(sender.Get(), &current), velkori_Result_Success);
+        EXPECT_EQ(velkori_getCurrentAck(sender.Get(), &current), Success);
         EXPECT_EQ(current, ack);
         Received received;
         received.target.resize(pose.size());
-        ASSERT_EQ(received.Read(receiver.Get(), Record(sender.Get())), velkori_Result_Success);
+        ASSERT_EQ(received.Read(receiver.Get(), Record(sender.Get())), Success);
         for (std::size_t i = 0; i < pose.size(); ++i) {
             EXPECT_NEAR(received.target[i].position.y, pose[i].position.y, 1e-5F);
         }
@@ -262,7 +261,7 @@ TEST(Stream, ASnapshotBeyondTheLimitLosesItsTail) {
     EXPECT_EQ(std::count(record.begin() + 4096, record.end(), 0xAB), std::ssize(record) - 4096);
     Received received;
     received.target.resize(pose.size());
-    ASSERT_EQ(received.Read(config.handle, record), velkori_Result_Success);
+    ASSERT_EQ(received.Read(config.handle, record), Success);
     // Whole joints fit into the first 4,096 bytes: 238 of them.
     EXPECT_NEAR(received.target[230].position.x, 0.125F, 1e-5F);
     EXPECT_NEAR(received.target[299].position.x, 0.0F, 1e-5F) << "the rest pose's";

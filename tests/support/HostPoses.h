@@ -6,6 +6,7 @@
 
 // What a host asks of the library about poses, where nothing may go wrong.
 
+inline constexpr auto Success = velkori_Result_Success;
 inline constexpr auto Source = velkori_SkeletonType_Source;
 inline constexpr auto Target = velkori_SkeletonType_Target;
 inline constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
@@ -18,17 +19,16 @@ inline constexpr auto Current = velkori_SkeletonTPoseType_Current;
 inline Transforms TPose(velkori_Handle handle, velkori_SkeletonType type, velkori_SkeletonTPoseType pose,
     velkori_JointRelativeSpaceType space = RootSpace) {
     int32_t count = 0;
-    EXPECT_EQ(velkori_getSkeletonTPose(handle, type, pose, space, nullptr, &count), velkori_Result_Success);
+    EXPECT_EQ(velkori_getSkeletonTPose(handle, type, pose, space, nullptr, &count), Success);
     Transforms joints(count);
-    EXPECT_EQ(
-        velkori_getSkeletonTPose(handle, type, pose, space, joints.data(), &count), velkori_Result_Success);
+    EXPECT_EQ(velkori_getSkeletonTPose(handle, type, pose, space, joints.data(), &count), Success);
     return joints;
 }
 
 inline void SetReference(velkori_Handle handle, const Transforms& pose) {
     EXPECT_EQ(
         velkori_updateSourceReferenceTPose(handle, pose.data(), static_cast<int32_t>(pose.size()), nullptr),
-        velkori_Result_Success);
+        Success);
 }
 
 inline velkori_RetargetingBehaviorInfo_ Info(int behavior, bool fixup = false, int rootMotion = 1) {
@@ -46,9 +46,9 @@ inline Transforms Retarget(velkori_Handle handle, const Transforms& frame,
         return velkori_retargetFromSourceFrameData(handle, info, frame.data(),
             static_cast<int32_t>(frame.size()), out, &count, sourceManifestation, targetManifestation);
     };
-    EXPECT_EQ(retarget(nullptr), velkori_Result_Success);
+    EXPECT_EQ(retarget(nullptr), Success);
     Transforms result(count);
-    EXPECT_EQ(retarget(result.data()), velkori_Result_Success);
+    EXPECT_EQ(retarget(result.data()), Success);
     EXPECT_EQ(count, std::ssize(result));
     return result;
 }
