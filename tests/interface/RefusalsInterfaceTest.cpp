@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <source_location>
 #include <string>
 #include <vector>
@@ -61,6 +62,13 @@ class Refusals : public testing::Test {
         EXPECT_EQ(LogCapture::TakeTexts(), lines) << "in line " << where.line();
     }
 
+    static velkori_Result Create(const velkori_UtilityConfigInitParams_& params) {
+        velkori_Handle made = 77;
+        const velkori_Result result = velkori_createOrUpdateUtilityConfig("n", &params, &made);
+        EXPECT_EQ(made, 77U);
+        return result;
+    }
+
     const SmallRecords records;
     const RecordedConfig config{records.Config()};
     const velkori_Handle h = config.handle;
@@ -78,6 +86,115 @@ class Refusals : public testing::Test {
 };
 
 } // namespace
+
+TEST_F(Refusals, CreationNamesItsFirstFault) {
+    const std::string noHandle = "Handle Pointer output variable in_out_handle is null.";
+    const std::string noName = "Config name not specified or invalid";
+    velkori_Handle made = 77;
+    const velkori_UtilityConfigInitParams_ good = records.Config();
+    Expect(velkori_createOrUpdateHandle(nullptr, nullptr), velkori_Result_ConfigNull, "Config is null.");
+    Expect(velkori_createOrUpdateHandle("", nullptr), Parameter, "Handle Pointer output variable is null.");
+    Expect(velkori_createOrUpdateHandle("{", &made), velkori_Result_ParseFailed,
+        "Failed to parse configuration due to possible JSON error.");
+    Expect(velkori_createOrUpdateUtilityConfig(nullptr, nullptr, nullptr), Parameter, noHandle);
+    Expect(velkori_createOrUpdateUtilityConfig(nullptr, nullptr, &made), Data, noName);
+    Expect(velkori_createOrUpdateUtilityConfig("", &good, &made), Data, noName);
+    Expect(velkori_createOrUpdateUtilityConfig("n", nullptr, &made), Value,
+        "Initialization Parameter structure is null");
+    Expect(velkori_createOrUpdateSimpleUtilityConfig("n", Source, nullptr, nullptr), Value,
+        "Skeleton Initialization Parameter structure is null");
+    EXPECT_EQ(made, 77U);
+}
+
+TEST_F(Refusals, EachSkeletonNamesItsFirstFault) {
+    struct Case {
+        std::function<void(velkori_SkeletonInitParams_&)> damage;
+        const char* text;
+    };
+
+    const Case cases[] = {
+        {[](auto& s) { s.blendShapeNames = nullptr, s.jointNames = nullptr; },
+            "Skeleton has a non-zero blendShapeCount with an invalid blendShapeName pointer"},
+        {[](auto& s) { s.jointCount = 0; },
+            "Skeleton has optional joints specified without specifying any joints"},
+        {[](auto& s) { s.jointNames = nullptr, s.parentJointNames = nullptr; },
+            "Skeleton has a non-zero joint count with an invalid jointNames pointer"},
+        {[](auto& s) { s.parentJointNames = nullptr, s.minTPose = s.unscaledTPose = nullptr; },
+            "Skeleton has a non-zero joint count with an invalid parentJointNames pointer"},
+        {[](auto& s) { s.minTPose = s.maxTPose = s.unscaledTPose = nullptr; },
+            "Skeleton is missing a minimum rest pose definition"},
+        {[](auto& s) {
+             s.maxTPose = s.unscaledTPose = nullptr, s.optional_autoMapExcludedJointNames = nullptr;
+         },
+            "Skeleton is missing a maximum rest pose definition"},
+        {[](auto& s) {
+             s.optional_autoMapExcludedJointNames = nullptr, s.optional_manifestationNames = nullptr;
+         },
+            "Skeleton has a non-zero optional_autoMapExcludedJointCount with an invalid "
+            "optional_autoMapExcludedJointNames pointer"},
+        {[](auto& s) { s.optional_manifestationJointCounts = nullptr; },
+            "Skeleton has a non-zero optional_manifestationCount with an invalid pointer(s) for the names, "
+            "joint "
+            "counts and/or joint names arrays"},
+    };
+    for (const Case& each : cases) {
+        for (const bool isTarget : {false, true}) {
+            velkori_UtilityConfigInitParams_ params = records.Config();
+            each.damage(isTarget ? params.targetSkeleton : params.sourceSkeleton);
+            Expect(Create(params), Value, each.text);
+        }
+    }
+    velkori_UtilityConfigInitParams_ params = records.Config();
+    params.targetSkeleton.unscaledTPose = nullptr;
+    Expect(Create(params), Value, "Target Skeleton is missing an unscaled rest pose definition");
+}
+
+TEST_F(Refusals, MappingsNameTheFirstPlaceWhereTheyLeaveTheirArrays) {
+    const std::string wrongCount = "Invalid number of mapping entries provided: 3 - ";
+    const std::string overrun = wrongCount + "Provided Mappings are overrunning the buffer";
+
+    struct Case {
+        std::function<void(SmallRecords&)> damage;
+        std::string text;
+    };
+
+    const Case cases[] = {
+        {[](auto& r) { r.mappings.clear(); }, wrongCount + "Expected less: 0"},
+        {[](auto& r) { r.mappings[1].jointIndex = 5; },
+            "Mapping data at index 1 has an invalid target joint index of 5. Target Joint Count is 5"},
+        {[](auto& r) { r.mappings[1].jointIndex = -1; },
+            "Mapping data at index 1 has an invalid target joint index of -1. Target Joint Count is 5"},
+        {[](auto& r) { r.mappings[2].entryCount = 2; }, overrun},
+        {[](auto& r) { r.mappings[2].entryCount = 0; }, wrongCount + "Expected less: 2"},
+        {[](auto& r) {
+             r.mappings.pop_back();
+             r.mappings[1].entryCount = 2;
+             r.entries[2].jointIndex = 5;
+         },
+            "Mapping entry 1 for Mapping at index 1 has an invalid source or target joint index of 5.  "
+            "source/target Joint count is 5"},
+        // A negative count steps back, and must not step out of the list.
+        {[](auto& r) {
+             r.mappings[0].entryCount = -5;
+             r.mappings[1].entryCount = 7;
+         },
+            overrun},
+        {[](auto& r) { r.mappings[0].behavior = static_cast<velkori_JointMappingBehaviorType>(4); },
+            "Mapping data at index 0 has an invalid behavior of 4"},
+    };
+    for (const Case& each : cases) {
+        SmallRecords damaged;
+        each.damage(damaged);
+        Expect(Create(damaged.Config()), Value, each.text);
+    }
+    velkori_UtilityConfigInitParams_ params = records.Config();
+    params.maxMappings.mappingCount = -1;
+    Expect(Create(params), Value, "Mapping data cannot have negative number of mappings specified.");
+    params.maxMappings = params.minMappings;
+    params.maxMappings.mappingEntries = nullptr;
+    Expect(Create(params), Value,
+        "Mapping data has a non-zero value, but no mappings or mapping entries specified");
+}
 
 TEST_F(Refusals, QueriesOfTextsNameTheirFirstFault) {
     char text[8] = {};
