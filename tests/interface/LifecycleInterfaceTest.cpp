@@ -55,7 +55,7 @@ TEST(CreateFromDocument, ALiveHandleIsReplacedAndAStaleOneIsGivenAnew) {
 }
 
 TEST(CreateFromRecords, OneSkeletonIsEnough) {
-    const SmallRecords records;
+    const SmallRecords records{};
     velkori_SkeletonInitParams_ skeleton = records.Skeleton();
     velkori_Handle handle = 0;
     // A target, which any type but 0 stands for, needs an unscaled pose.

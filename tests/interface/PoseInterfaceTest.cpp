@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 TEST(Poses, GoThroughManifestationsAndBack) {
-    const SmallRecords records;
+    const SmallRecords records{};
     const RecordedConfig config(records.Config());
     const auto convert = [&](const char* from, velkori_JointRelativeSpaceType fromSpace,
                              const Transforms& pose, const char* to, velkori_JointRelativeSpaceType toSpace) {

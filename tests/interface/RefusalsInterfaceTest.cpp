@@ -11,7 +11,6 @@
 
 #include <cmath>
 #include <functional>
-#include <source_location>
 #include <string>
 #include <vector>
 
@@ -53,13 +52,13 @@ class Refusals : public testing::Test {
 
     // A handle that isn't there gets a line more, ahead of the one that says why.
     static void Expect(velkori_Result given, velkori_Result expected, const std::string& line,
-        const std::source_location& where = std::source_location::current()) {
-        EXPECT_EQ(given, expected) << "in line " << where.line();
+        int where = __builtin_LINE()) {
+        EXPECT_EQ(given, expected) << "in line " << where;
         std::vector<std::string> lines = {"[ERROR]: " + line};
         if (expected == NoHandle) {
             lines.insert(lines.begin(), "[ERROR]: Could not find utilityIntance with handle.");
         }
-        EXPECT_EQ(LogCapture::TakeTexts(), lines) << "in line " << where.line();
+        EXPECT_EQ(LogCapture::TakeTexts(), lines) << "in line " << where;
     }
 
     static velkori_Result Create(const velkori_UtilityConfigInitParams_& params) {
@@ -69,7 +68,7 @@ class Refusals : public testing::Test {
         return result;
     }
 
-    const SmallRecords records;
+    const SmallRecords records{};
     const RecordedConfig config{records.Config()};
     const velkori_Handle h = config.handle;
     Transforms pose = records.pose;

@@ -154,7 +154,7 @@ TEST(Retargeting, AFrameFarBeyondAnyBodyLeavesNoTrace) {
 
 // A joint that another one of the target drives takes its children along, the ones that were finished before.
 TEST(Retargeting, WhatTheTargetsOwnJointsMoveTakesItsChildrenAlongAndIsReadBack) {
-    const SmallRecords records;
+    const SmallRecords records{};
     const RecordedConfig config(records.Config());
     SetReference(config.handle, records.pose);
     Transforms frame = records.pose;
