@@ -28,6 +28,9 @@ std::vector<int32_t> MembersOf(velkori_Handle handle, velkori_SkeletonType type,
 TEST(Retargeting, AnIdenticalTargetFollowsItsSource) {
     const BipedConfig rig(Shape, 1.0F);
     const MovingBody body(rig.handle, 0.5F);
+    // Without a reference the frame itself supplies one.
+    const Transforms first = body.Frame(0.4F);
+    ExpectNear(Retarget(rig.handle, first, Info(0)), first, 1e-4F);
     SetReference(rig.handle, body.Rest());
     for (int frame = 0; frame < 300; ++frame) {
         const Transforms source = body.Frame(static_cast<float>(frame) / 72.0F);
