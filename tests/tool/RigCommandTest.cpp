@@ -171,8 +171,8 @@ Point Turn(char axis, double degrees, const Point& p) {
 
 /** The last channel turns first. */
 Point TurnInOrder(const std::string& order, const Point& degrees, Point p) {
-    for (auto axis = order.rbegin(); axis != order.rend(); ++axis) {
-        p = Turn(*axis, *axis == 'X' ? degrees.x : (*axis == 'Y' ? degrees.y : degrees.z), p);
+    for (const char axis : std::string(order.rbegin(), order.rend())) {
+        p = Turn(axis, axis == 'X' ? degrees.x : (axis == 'Y' ? degrees.y : degrees.z), p);
     }
     return p;
 }

@@ -42,7 +42,7 @@ struct View {
 /** Where a figure stands on the page: a point of the ground, seen from a view. */
 struct Stage {
     const View& view;
-    Vector3 centre;
+    Vector3 centre = {0.0f, 0.0f, 0.0f};
     Point ground;
 
     Point Place(const Vector3& position) const {

@@ -131,7 +131,8 @@ class Inspection {
         }
     }
 
-    /** Poses that differ by rounding alone, as when one of two aligned rigs has a range of sizes and one hasn't. */
+    /** Poses that differ by rounding alone, as when one of two aligned rigs has a range of sizes and one
+     * hasn't. */
     void CheckSizeRange(velkori_SkeletonType type) {
         const std::vector<Transform> smallest = configuration.RestPose(type, velkori_SkeletonTPoseType_Min);
         const std::vector<Transform> largest = MaxPose(type);
@@ -144,9 +145,10 @@ class Inspection {
         constexpr float rounding = 1e-4f;
         if (difference > 0.0f && difference < rounding * extent) {
             AddProblem("restPose",
-                fmt::format("the {}'s minimum and maximum rest poses are equal but for rounding, which then decides "
-                            "where a body lies between them; make both rigs with a range, such as 'velkori rig "
-                            "--size-range 0.85:1.2'",
+                fmt::format(
+                    "the {}'s minimum and maximum rest poses are equal but for rounding, which then decides "
+                    "where a body lies between them; make both rigs with a range, such as 'velkori rig "
+                    "--size-range 0.85:1.2'",
                     skeletonNames.at(type)));
         }
     }

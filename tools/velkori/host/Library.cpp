@@ -91,7 +91,8 @@ std::string Configuration::Name() const {
     Check(velkori_getConfigName(handle, nullptr, &size), readFailed);
     std::string name(size, '\0');
     Check(velkori_getConfigName(handle, name.data(), &size), readFailed);
-    return name.c_str();
+    name.pop_back();
+    return name;
 }
 
 std::vector<std::string> Configuration::JointNames(velkori_SkeletonType type) const {
