@@ -64,14 +64,21 @@ class Inspection {
     }
 
     void CheckKnownJoints(velkori_SkeletonType type) {
+        const std::vector<std::string> names = configuration.JointNames(type);
+        std::vector<std::string> known;
         for (int role = 0; role < VELKORI_KNOWN_JOINT_COUNT; ++role) {
-            if (configuration.KnownJoint(type, static_cast<velkori_KnownJointType>(role)) < 0) {
+            const char* const key = VELKORI_KNOWN_JOINT_NAMES[role];
+            const int joint = configuration.KnownJoint(type, static_cast<velkori_KnownJointType>(role));
+            if (joint >= 0) {
+                known.push_back(fmt::format("{} {}", key, names[joint]));
+            } else {
                 AddProblem(
                     "knownJoint", fmt::format("the {} has no {}; name it with 'velkori rig --known {}=JOINT'",
-                                      skeletonNames.at(type), VELKORI_KNOWN_JOINT_NAMES[role],
-                                      VELKORI_KNOWN_JOINT_NAMES[role]));
+                                      skeletonNames.at(type), key, key));
             }
         }
+        AddNote("knownJoint",
+            fmt::format("known joints of the {}: {}", skeletonNames.at(type), fmt::join(known, ", ")));
     }
 
     /** From one known joint to another in a rest pose; (0, 0, 0) if either is missing. */
