@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
 #include <map>
 #include <nlohmann/json.hpp>
 
@@ -44,10 +45,13 @@ TEST_F(Failure, OfADamagedFileNamesIt) {
     std::string noNumber = biped;
     noNumber.replace(noNumber.find("OFFSET 0 "), 9, "OFFSET zero ");
     const std::string motion = biped.substr(0, biped.find("Frame Time: "));
+    BipedFile far;
+    far.unitsPerMetre = 1e20;
     const std::map<std::string, std::string> damaged = {{"empty.bvh", ""}, {"cut.bvh", biped.substr(0, 300)},
         {"word.bvh", noNumber},
         {"channels.bvh", "HIERARCHY\nROOT a\n{\nOFFSET 0 0 0\nCHANNELS 1e9 Xrotation\n}\n"},
-        {"time.bvh", motion + "Frame Time: -1\n"}, {"infinite.bvh", motion + "Frame Time: 0.01\ninf"},
+        {"time.bvh", motion + "Frame Time: -1\n"}, {"instant.bvh", motion + "Frame Time: 1e-300\n"},
+        {"far.bvh", far.Text()}, {"infinite.bvh", motion + "Frame Time: 0.01\ninf"},
         {"deep.bvh",
             [] {
                 std::string text = "HIERARCHY\nROOT a\n{\n";
@@ -98,6 +102,35 @@ TEST_F(Failure, ToWriteIsToldBeforeTheWork) {
     ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.fbx")}, {".bvh"});
 }
 
+TEST_F(Failure, ToFinishKeepsWhatStoodThere) {
+    // Links are followed and rights kept; a pipe gets the text and stays a pipe.
+    const std::string real = directory.Write("real.json", "{}");
+    std::filesystem::permissions(
+        real, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    std::filesystem::create_symlink(real, directory.Path("link.json"));
+    ASSERT_EQ(RunTool({"rig", clip, "-o", directory.Path("link.json")}).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(directory.Path("link.json")));
+    EXPECT_NE(ReadFile(real), "{}");
+    EXPECT_EQ(std::filesystem::status(real).permissions(),
+        std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    ASSERT_EQ(RunTool({"rig", clip, "-o", "/dev/null"}).exitCode, 0);
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    // What fails midway leaves the old file: a target nested too deep for the format.
+    nlohmann::json deep = nlohmann::json::parse(ReadFile(config));
+    std::string parent = "Head";
+    for (int i = 0; i < 1200; ++i) {
+        const std::string name = "chain" + std::to_string(i);
+        deep["target"]["joints"].push_back(name);
+        deep["target"]["hierarchy"][name] = parent;
+        parent = name;
+    }
+    const std::string deepConfig = directory.Write("deep.json", deep.dump());
+    const std::string out = directory.Write("out.bvh", "before");
+    files = directory.FileNames();
+    ExpectFailure({"retarget", deepConfig, clip, "-o", out}, {"out.bvh", "levels"});
+    EXPECT_EQ(ReadFile(out), "before");
+}
+
 TEST_F(Failure, OfAClipWithAnotherRigNamesTheJointsThatItLacks) {
     BipedFile other;
     for (std::string& name : other.names) {
@@ -137,7 +170,8 @@ TEST_F(Failure, ToUseTheProgramEndsWith2) {
         {"rig", clip, "-o", "x", "--metres-per-unit", "-1"}, {"rig", clip, "-o", "x", "--as", "both"},
         {"prepare", "--source", clip, "--target", clip, "-o", "x", "--align", "feet"},
         {"retarget", config, clip, "-o", "x.bvh", "--behavior", "wild"},
-        {"stream", config, clip, "--loss", "2"}, {"stream", config, clip, "-o", "x.bvh"},
+        {"stream", config, clip, "--loss", "2"}, {"stream", config, clip, "--jitter-ms", "nan"},
+        {"rig", clip, "-o", "x", "--metres-per-unit", "1e-300"}, {"stream", config, clip, "-o", "x.bvh"},
         {"draw", config, clip, "-o", "x.png", "--moments", "0"}};
     for (const std::vector<std::string>& arguments : wrong) {
         EXPECT_EQ(RunTool(arguments).exitCode, 2) << (arguments.empty() ? "" : arguments.back());

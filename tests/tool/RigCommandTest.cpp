@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -218,6 +219,18 @@ TEST(RigCommand, ReadsTheSameRigHoweverItsFileIsWritten) {
         for (const std::string& name : PlainNames()) {
             ExpectNear(PositionIn(document, "tpose", name), PositionIn(expected, "tpose", name), name);
         }
+    }
+}
+
+TEST(RigCommand, MakesNamesThatADocumentCanHold) {
+    BipedFile file;
+    file.names.at(Head) = "caf\xe9";
+    file.names.at(LeftToe) = "Zehe \xc3\xa4";
+    file.names.at(RightToe) = "Zehe \xc3\xa4";
+    const json document = MakeRig(file);
+    const auto names = document["source"]["joints"].get<std::vector<std::string>>();
+    for (const std::string name : {"caf\xEF\xBF\xBD", "Zehe \xc3\xa4", "Zehe \xc3\xa4_2"}) {
+        EXPECT_NE(std::find(names.begin(), names.end(), name), names.end()) << name;
     }
 }
 

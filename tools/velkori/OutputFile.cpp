@@ -1,11 +1,14 @@
 #include "OutputFile.h"
 
 #include "Failure.h"
+#include "Text.h"
 
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -17,10 +20,24 @@ namespace Velkori_Tool {
 
 namespace {
 
-/** Removes the unfinished file unless it became the wanted one. */
+// What a signal must remove before it ends the program; empty if nothing is unfinished.
+std::array<char, 4096> unfinishedPath = {};
+
+void RemoveUnfinished(int signal) {
+    unlink(unfinishedPath.data());
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+/** Is removed, also by an interruption, unless it became the wanted one. There is one at a time. */
 class UnfinishedFile {
   public:
-    explicit UnfinishedFile(std::string path) : path(std::move(path)) {}
+    explicit UnfinishedFile(std::string path) : path(std::move(path)) {
+        this->path.copy(unfinishedPath.data(), unfinishedPath.size() - 1);
+        for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+            std::signal(signal, RemoveUnfinished);
+        }
+    }
 
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
@@ -28,16 +45,17 @@ class UnfinishedFile {
     ~UnfinishedFile() {
         std::error_code ignored;
         std::filesystem::remove(path, ignored);
+        unfinishedPath.fill('\0');
     }
 
     const std::string path;
 };
 
-std::string PathBeside(const std::string& path) {
-    // The extension stays: writers choose their format by it.
-    const std::filesystem::path wanted(path);
-    const std::string name =
-        fmt::format(".{}.{}{}", wanted.stem().string(), getpid(), wanted.extension().string());
+std::string PathBeside(const std::filesystem::path& wanted) {
+    // The extension stays: writers choose their format by it. A name has an end somewhere.
+    constexpr size_t longestStem = 100;
+    const std::string name = fmt::format(
+        ".{}.{}{}", wanted.stem().string().substr(0, longestStem), getpid(), wanted.extension().string());
     return (wanted.parent_path() / name).string();
 }
 
@@ -46,15 +64,57 @@ Failure CantWrite(const std::string& path, const std::string& reason) {
         fmt::format("can't write '{}': {}; choose a place that you may write to with -o", path, reason));
 }
 
+/** Where a link points to. */
+std::filesystem::path ResolveLink(const std::string& path) {
+    std::error_code error;
+    const bool isLink = std::filesystem::is_symlink(path, error);
+    const std::filesystem::path resolved =
+        isLink ? std::filesystem::weakly_canonical(path, error) : std::filesystem::path(path);
+    return error ? std::filesystem::path(path) : resolved;
+}
+
+bool IsSpecialFile(const std::filesystem::path& path) {
+    std::error_code ignored;
+    const std::filesystem::file_status status = std::filesystem::status(path, ignored);
+    return std::filesystem::exists(status) && !std::filesystem::is_regular_file(status);
+}
+
+/** Gives the unfinished file the rights of the one that it replaces, and its name. */
+void TakePlace(const std::string& unfinished, const std::filesystem::path& wanted) {
+    std::error_code error;
+    const std::filesystem::file_status before = std::filesystem::status(wanted, error);
+    if (std::filesystem::exists(before)) {
+        std::filesystem::permissions(unfinished, before.permissions(), error);
+    }
+    std::filesystem::rename(unfinished, wanted, error);
+    if (error) {
+        throw Failure(error.message());
+    }
+}
+
 } // namespace
 
 void WriteFileWhole(const std::string& path, const std::function<void(const std::string&)>& write) {
-    const UnfinishedFile unfinished(PathBeside(path));
-    write(unfinished.path);
-    std::error_code error;
-    std::filesystem::rename(unfinished.path, path, error);
-    if (error) {
-        throw CantWrite(path, error.message());
+    try {
+        const std::filesystem::path wanted = ResolveLink(path);
+        if (IsSpecialFile(wanted)) {
+            write(wanted.string());
+            return;
+        }
+        const UnfinishedFile unfinished(PathBeside(wanted));
+        write(unfinished.path);
+        TakePlace(unfinished.path, wanted);
+    } catch (const Failure& failure) {
+        throw CantWrite(path, failure.what());
+    }
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+    std::ofstream file(path, std::ios::binary);
+    file << text;
+    file.close();
+    if (!file) {
+        throw Failure(std::strerror(errno));
     }
 }
 
@@ -65,24 +125,22 @@ void WriteTextFile(const std::string& path, const std::string& text) {
         }
         return;
     }
-    WriteFileWhole(path, [&](const std::string& place) {
-        std::ofstream file(place, std::ios::binary);
-        file << text;
-        file.close();
-        if (!file) {
-            throw CantWrite(path, std::strerror(errno));
-        }
-    });
+    WriteFileWhole(path, [&](const std::string& place) { WriteText(place, text); });
 }
 
 void CheckWritable(const std::string& path) {
     if (path == "-") {
         return;
     }
-    if (std::filesystem::is_directory(path)) {
-        throw CantWrite(path, "it is a directory");
+    std::error_code ignored;
+    if (path.empty() || std::filesystem::is_directory(path, ignored)) {
+        throw CantWrite(path, path.empty() ? "it has no name" : "it is a directory");
     }
-    const UnfinishedFile probe(PathBeside(path));
+    const std::filesystem::path wanted = ResolveLink(path);
+    if (IsSpecialFile(wanted)) {
+        return;
+    }
+    const UnfinishedFile probe(PathBeside(wanted));
     if (!std::ofstream(probe.path, std::ios::binary)) {
         throw CantWrite(path, std::strerror(errno));
     }
@@ -102,11 +160,7 @@ std::string ReadTextFile(const std::string& path) {
 }
 
 std::string LowerCaseExtension(const std::string& path) {
-    std::string extension = std::filesystem::path(path).extension().string();
-    for (char& c : extension) {
-        c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return extension;
+    return LowerCase(std::filesystem::path(path).extension().string());
 }
 
 } // namespace Velkori_Tool

@@ -7,12 +7,16 @@ namespace Velkori_Tool {
 
 /**
  * Makes a file whole or not at all: `write` gets the path of a file beside the wanted one, which takes the
- * wanted name once it is complete. Throws Failure if the file can't be written; what stood at the path before
- * then still stands there.
+ * wanted name once it is complete. A link is followed, and what isn't a plain file, such as a pipe, is
+ * written to as it stands. Throws Failure, with the path, if the file can't be written or `write` throws one;
+ * what stood at the path before then still stands there.
  */
 void WriteFileWhole(const std::string& path, const std::function<void(const std::string&)>& write);
 
-/** Writes a text in this way; the path "-" is standard output. */
+/** Writes a text to a file. Throws Failure, without the path, if that can't be done. */
+void WriteText(const std::string& path, const std::string& text);
+
+/** Writes a text whole or not at all; the path "-" is standard output. */
 void WriteTextFile(const std::string& path, const std::string& text);
 
 /** Throws Failure if a file at this path couldn't be written: to be told before the work and not after it. */

@@ -5,7 +5,11 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <exception>
+#include <new>
 
 int main(int argumentCount, char** arguments) {
     constexpr int failed = 1;
@@ -31,8 +35,15 @@ int main(int argumentCount, char** arguments) {
     } catch (const Velkori_Tool::Failure& failure) {
         fmt::print(stderr, "velkori: {}\n", failure.what());
         return failed;
+    } catch (const std::bad_alloc&) {
+        fmt::print(stderr, "velkori: there isn't enough memory for this; cut the clip or the skeleton\n");
+        return failed;
     } catch (const std::exception& error) {
         fmt::print(stderr, "velkori: {}\n", error.what());
+        return failed;
+    }
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        fmt::print(stderr, "velkori: can't write to standard output: {}\n", std::strerror(errno));
         return failed;
     }
     return 0;

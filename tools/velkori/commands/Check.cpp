@@ -30,6 +30,9 @@ std::vector<Finding> LibraryFindings() {
 
 std::vector<Finding> Inspect(const std::string& path) {
     const std::string document = ReadTextFile(path);
+    if (document.find('\0') != std::string::npos) {
+        return {{true, "library", "there is a zero byte in the document"}};
+    }
     velkori_Handle handle = 0;
     const velkori_Result result = velkori_createOrUpdateHandle(document.c_str(), &handle);
     const Configuration configuration(handle);

@@ -20,6 +20,13 @@ void AddCheckCommand(CLI::App& program);
 /** Adds the options that decide how a clip is read and retargeted. */
 void AddRetargetOptions(CLI::App& command, RetargetOptions& options);
 
+/** Takes finite numbers of a range; the arguments' own checks let nan through. */
+CLI::Validator NumberWithin(double lowest, double highest);
+
+/** What a unit of length can be, in metres. */
+inline constexpr double smallestUnit = 1e-6;
+inline constexpr double largestUnit = 1e6;
+
 /** Says something that isn't the command's result, on standard error. */
 void SayNotes(const std::vector<std::string>& notes);
 

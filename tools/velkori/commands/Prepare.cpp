@@ -1,5 +1,6 @@
 #include "Failure.h"
 #include "OutputFile.h"
+#include "Text.h"
 #include "commands/Commands.h"
 #include "rig/Rig.h"
 
@@ -67,28 +68,29 @@ velkori_SkeletonType SideThatIsThere(
 void PrintMappings(const Configuration& configuration) {
     const std::vector<std::string> sourceNames = configuration.JointNames(velkori_SkeletonType_Source);
     const std::vector<std::string> targetNames = configuration.JointNames(velkori_SkeletonType_Target);
-    const auto mappings = configuration.Mappings(velkori_SkeletonTPoseType_Max);
     const auto entries = configuration.MappingEntries(velkori_SkeletonTPoseType_Max);
     constexpr std::array<std::string_view, 4> behaviors = {
         "normal", "twist", "child-aligned twist", "IK-derived"};
+    std::vector<std::string> lines(targetNames.size());
+    size_t next = 0;
+    for (const velkori_JointMapping_& mapping : configuration.Mappings(velkori_SkeletonTPoseType_Max)) {
+        const bool readsSource = mapping.type == velkori_SkeletonType_Source;
+        std::vector<std::string> drivers;
+        for (int32_t i = 0; i < mapping.entryCount; ++i, ++next) {
+            const velkori_JointMappingEntry_& entry = entries[next];
+            drivers.push_back(
+                fmt::format("{} {:.2f}/{:.2f}", (readsSource ? sourceNames : targetNames)[entry.jointIndex],
+                    entry.rotationWeight, entry.positionWeight));
+        }
+        lines[mapping.jointIndex] += fmt::format("{:<24} {:<20} {}{}\n", targetNames[mapping.jointIndex],
+            behaviors.at(mapping.behavior), readsSource ? "" : "own: ", fmt::join(drivers, ", "));
+    }
+    fmt::print(
+        "{:<24} {:<20} {}\n", "target joint", "behavior", "driven by joint, weight in rotation/position");
     std::vector<std::string> unmapped;
     for (size_t joint = 0; joint < targetNames.size(); ++joint) {
-        bool isMapped = false;
-        size_t next = 0;
-        for (const velkori_JointMapping_& mapping : mappings) {
-            std::vector<std::string> drivers;
-            for (int32_t i = 0; i < mapping.entryCount; ++i, ++next) {
-                const auto& names = mapping.type == velkori_SkeletonType_Source ? sourceNames : targetNames;
-                drivers.push_back(fmt::format("{} {:.2f}", names[entries[next].jointIndex],
-                    std::max(entries[next].rotationWeight, entries[next].positionWeight)));
-            }
-            if (mapping.jointIndex == static_cast<int32_t>(joint)) {
-                isMapped = true;
-                fmt::print("{:<24} {:<20} {}{}\n", targetNames[joint], behaviors.at(mapping.behavior),
-                    mapping.type == velkori_SkeletonType_Source ? "" : "target: ", fmt::join(drivers, ", "));
-            }
-        }
-        if (!isMapped) {
+        fmt::print("{}", lines[joint]);
+        if (lines[joint].empty()) {
             unmapped.push_back(targetNames[joint]);
         }
     }
@@ -110,8 +112,8 @@ void Run(const PrepareCommand& command) {
             "'{}' has only a source skeleton; make it with 'velkori rig --as target'", command.target));
     }
     velkori_Handle handle = 0;
-    const std::string name =
-        command.name.empty() ? fmt::format("{} to {}", source.Name(), target.Name()) : command.name;
+    const std::string name = command.name.empty() ? fmt::format("{} to {}", source.Name(), target.Name())
+                                                  : ValidUTF8(command.name);
     Check(velkori_alignTargetToSource(name.c_str(), ParseAlignment(command.align), source.Handle(),
               sourceType, target.Handle(), &handle),
         "the library can't align the target to the source");

@@ -34,10 +34,13 @@ void ParseSizeRange(const std::string& text, RigOptions& options) {
     } catch (const std::exception&) {
         used = 0;
     }
-    if (used != text.size() || !(options.smallest > 0.0f && options.largest >= options.smallest) ||
-        !std::isfinite(options.largest)) {
+    constexpr float smallestFactor = 0.01f;
+    constexpr float largestFactor = 100.0f;
+    if (used != text.size() || !(options.smallest >= smallestFactor && options.largest >= options.smallest &&
+                                   options.largest <= largestFactor)) {
         throw Failure(fmt::format(
-            "--size-range {}: say it as smallest:largest with factors above 0, such as 0.85:1.2", text));
+            "--size-range {}: say it as smallest:largest with factors from 0.01 to 100, such as 0.85:1.2",
+            text));
     }
 }
 
@@ -81,7 +84,7 @@ void AddRigCommand(CLI::App& program) {
         "The rest pose: bind (default), zero (all joints unrotated) or frame:N of the file's motion, from 0");
     app.add_option("--metres-per-unit", command->options.metresPerUnit,
            "The file's unit; by default it is found from the body's height")
-        ->check(CLI::PositiveNumber);
+        ->check(NumberWithin(smallestUnit, largestUnit));
     app.add_option("--known", command->options.known,
            "A known joint by hand, role=JOINT, or role= for one that isn't there; may be repeated")
         ->expected(1)

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
 #include <map>
 #include <set>
 
@@ -35,9 +36,22 @@ void AddRetargetOptions(CLI::App& command, RetargetOptions& options) {
     command
         .add_option("--metres-per-unit", options.clip.metresPerUnit,
             "The clip's unit; by default it is found from the lengths of its bones")
-        ->check(CLI::PositiveNumber);
+        ->check(NumberWithin(smallestUnit, largestUnit));
     command.add_flag("--keep-height", options.clip.keepsHeight,
         "Leave the clip as high as it is, instead of putting its feet on the ground");
+}
+
+CLI::Validator NumberWithin(double lowest, double highest) {
+    const auto check = [lowest, highest](std::string& text) {
+        double value = 0.0;
+        const char* const end = text.data() + text.size();
+        const auto parsed = std::from_chars(text.data(), end, value);
+        const bool isWithin =
+            parsed.ec == std::errc() && parsed.ptr == end && value >= lowest && value <= highest;
+        return isWithin ? std::string()
+                        : fmt::format("'{}' isn't a number from {:g} to {:g}", text, lowest, highest);
+    };
+    return {check, fmt::format("FLOAT in [{:g}, {:g}]", lowest, highest)};
 }
 
 void SayNotes(const std::vector<std::string>& notes) {

@@ -106,18 +106,15 @@ void AddStreamCommand(CLI::App& program) {
     CLI::Option* type = app.add_option("--type", command->type,
         "How finely the stream quantises: standard, high or max; all three by default");
     type->check(CLI::IsMember({"standard", "high", "max"}));
-    constexpr double never = 0.0;
-    constexpr double always = 1.0;
     app.add_option("--loss", command->link.loss, "The share of packets that is lost; 0.05 by default")
-        ->check(CLI::Range(never, always));
+        ->check(NumberWithin(0.0, 1.0));
     constexpr int mostDelay = 1000;
     app.add_option(
            "--delay-frames", command->link.delayFrames, "How many frames a packet takes; 6 by default")
         ->check(CLI::Range(0, mostDelay));
-    constexpr double mostJitter = 10000.0;
     app.add_option("--jitter-ms", command->link.jitterMilliseconds,
            "How many milliseconds more a packet may take; 8 by default")
-        ->check(CLI::Range(never, mostJitter));
+        ->check(NumberWithin(0.0, 10000.0));
     app.add_option("--seed", command->link.seed, "Which packets are lost and late; 1 by default");
     app.add_option("-o,--output", command->output, "Write the motion that was received: .bvh or .glb")
         ->needs(type);

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
+#include "Text.h"
 
 #include <cairo-pdf.h>
 #include <cairo-svg.h>
@@ -67,9 +68,10 @@ void Canvas::Text(
         isBold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
     cairo_set_font_size(context.get(), size);
     cairo_text_extents_t extents;
-    cairo_text_extents(context.get(), text.c_str(), &extents);
+    const std::string valid = ValidUTF8(text);
+    cairo_text_extents(context.get(), valid.c_str(), &extents);
     cairo_move_to(context.get(), place.x - alignment * extents.x_advance, place.y);
-    cairo_show_text(context.get(), text.c_str());
+    cairo_show_text(context.get(), valid.c_str());
 }
 
 void Canvas::Finish() {
@@ -80,7 +82,7 @@ void Canvas::Finish() {
     cairo_surface_finish(surface.get());
     status = status == CAIRO_STATUS_SUCCESS ? cairo_surface_status(surface.get()) : status;
     if (status != CAIRO_STATUS_SUCCESS) {
-        throw Failure(fmt::format("can't draw '{}': {}", path, cairo_status_to_string(status)));
+        throw Failure(cairo_status_to_string(status));
     }
 }
 

@@ -31,7 +31,7 @@ class Canvas {
     void Text(const std::string& text, Point place, double size, const Color& color, double alignment = 0.0,
         bool isBold = false);
 
-    /** Ends the page. Throws Failure if it couldn't be written. */
+    /** Ends the page. Throws Failure, without the path, if it couldn't be written. */
     void Finish();
 
   private:

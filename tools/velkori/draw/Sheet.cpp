@@ -224,7 +224,9 @@ class SheetDrawer {
                 }
             }
         }
-        return highest;
+        // What is higher leaves its cell.
+        constexpr float highestCell = 6.0f;
+        return std::min(highest, highestCell);
     }
 
     struct Extent {

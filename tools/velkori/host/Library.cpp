@@ -159,6 +159,9 @@ std::string Configuration::Document(const velkori_CoordinateSpace_& space) const
 }
 
 Configuration LoadDocument(const std::string& text, const std::string& path) {
+    if (text.find('\0') != std::string::npos) {
+        throw Failure(fmt::format("'{}' is no document: it has a zero byte in it; make it anew", path));
+    }
     velkori_Handle handle = 0;
     Check(velkori_createOrUpdateHandle(text.c_str(), &handle),
         fmt::format(

@@ -44,7 +44,7 @@ RetargetedClip RetargetClip(const Configuration& configuration, const Motion& mo
     clip.source = MakeSourceClip(configuration, motion, options.clip, notes);
     Check(velkori_updateSourceReferenceTPose(
               configuration.Handle(), clip.source.reference.data(), clip.source.jointCount, nullptr),
-        "the library doesn't take the clip's rest pose");
+        fmt::format("the library doesn't take the rest pose of '{}'", motion.path));
 
     const velkori_RetargetingBehaviorInfo_ info = {velkori_JointRelativeSpaceType_RootOriginRelative,
         options.behavior, options.rootMotion,
@@ -63,7 +63,7 @@ RetargetedClip RetargetClip(const Configuration& configuration, const Motion& mo
                   static_cast<int32_t>(framePose.size()),
                   clip.poses.data() + static_cast<size_t>(frame) * clip.jointCount, &count, manifestation,
                   nullptr),
-            fmt::format("the library can't retarget frame {}", frame));
+            fmt::format("the library can't retarget frame {} of '{}'", frame, motion.path));
         progress.Advance(frame);
     }
     clip.restPose = configuration.RestPose(velkori_SkeletonType_Target, velkori_SkeletonTPoseType_Current);

@@ -269,7 +269,7 @@ class SourceClipMaker {
         Check(velkori_matchCurrentTPose(configuration.Handle(), source, velkori_MatchBehavior_JointLengths,
                   velkori_JointRelativeSpaceType_RootOriginRelative, static_cast<int32_t>(reference.size()),
                   reference.data()),
-            "the library can't measure the clip's body");
+            fmt::format("the library can't measure the body in '{}'", motion.path));
         return reference;
     }
 

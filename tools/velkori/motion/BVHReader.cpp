@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
+#include "Text.h"
 
 #include <fmt/format.h>
 
@@ -25,14 +26,6 @@ struct BVHJoint {
 };
 
 constexpr std::string_view whitespace = " \t\r\n\f\v";
-
-std::string LowerCase(std::string_view text) {
-    std::string result(text);
-    for (char& c : result) {
-        c = (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return result;
-}
 
 class BVHParser {
   public:
@@ -146,8 +139,10 @@ class BVHParser {
         Expect("frame");
         Expect("time:");
         motion.frameSeconds = ParseNumber();
-        if (!(motion.frameSeconds > 0.0)) {
-            Fail("the frame time isn't above 0");
+        constexpr double shortestFrame = 1e-5;
+        constexpr double longestFrame = 1e4;
+        if (!(motion.frameSeconds >= shortestFrame && motion.frameSeconds <= longestFrame)) {
+            Fail(fmt::format("a frame can't last {} s", motion.frameSeconds));
         }
         size_t channelCount = 0;
         for (const BVHJoint& joint : joints) {
@@ -284,7 +279,9 @@ class BVHParser {
 
 Motion ReadBVH(const std::string& path, std::vector<std::string>& notes) {
     const std::string text = ReadTextFile(path);
-    return BVHParser(path, text).Parse(notes);
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    const size_t begin = text.compare(0, byteOrderMark.size(), byteOrderMark) == 0 ? byteOrderMark.size() : 0;
+    return BVHParser(path, std::string_view(text).substr(begin)).Parse(notes);
 }
 
 } // namespace Velkori_Tool

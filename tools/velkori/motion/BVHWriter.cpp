@@ -1,5 +1,7 @@
 #include "motion/BVHWriter.h"
 
+#include "Failure.h"
+
 #include <fmt/format.h>
 
 #include <array>
@@ -73,13 +75,18 @@ class BVHMaker {
     }
 
     void AddJoint(int joint, size_t depth) {
+        constexpr size_t deepest = 1000;
+        if (depth > deepest) {
+            throw Failure(fmt::format("joints are nested more than {} levels deep", deepest));
+        }
         order.push_back(joint);
         const std::string indent(depth, '\t');
         const std::string inner(depth + 1, '\t');
         std::string name = motion.jointNames[joint];
         for (char& c : name) {
             // Most readers end a name at a space.
-            c = c == ' ' || c == '\t' || c == '{' || c == '}' ? '_' : c;
+            const auto code = static_cast<unsigned char>(c);
+            c = code <= ' ' || c == '{' || c == '}' ? '_' : c;
         }
         fmt::format_to(Out(), "{}{} {}\n{}{{\n", indent, depth == 0 ? "ROOT" : "JOINT", name, indent);
         AddOffset(RestOffset(joint), inner);

@@ -1,13 +1,14 @@
 #include "motion/GLBWriter.h"
 
 #include "Failure.h"
+#include "Text.h"
 
-#include <fmt/format.h>
 #include <tiny_gltf.h>
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <fstream>
 #include <span>
 
 namespace Velkori_Tool {
@@ -126,7 +127,7 @@ class GLBMaker {
         for (size_t joint = 0; joint < motion.jointNames.size(); ++joint) {
             const Transform local = Local(motion.restPose, joint);
             tinygltf::Node node;
-            node.name = motion.jointNames[joint];
+            node.name = ValidUTF8(motion.jointNames[joint]);
             node.translation = {local.position.x, local.position.y, local.position.z};
             node.rotation = {
                 local.orientation.x, local.orientation.y, local.orientation.z, local.orientation.w};
@@ -204,7 +205,7 @@ class GLBMaker {
         model.accessors.back().maxValues = {times.back()};
 
         tinygltf::Animation animation;
-        animation.name = motion.name;
+        animation.name = ValidUTF8(motion.name);
         for (size_t joint = 0; joint < motion.jointNames.size(); ++joint) {
             std::vector<Vector3> translations;
             std::vector<Quaternion> rotations;
@@ -245,12 +246,13 @@ class GLBMaker {
 
 void WriteGLB(const std::string& path, const OutgoingMotion& motion) {
     tinygltf::Model model = GLBMaker(motion).Make();
-    constexpr bool embedImages = false;
-    constexpr bool embedBuffers = true;
-    constexpr bool pretty = false;
-    constexpr bool binary = true;
-    if (!tinygltf::TinyGLTF().WriteGltfSceneToFile(&model, path, embedImages, embedBuffers, pretty, binary)) {
-        throw Failure(fmt::format("can't write '{}'; is the disk full?", path));
+    constexpr bool isPretty = false;
+    constexpr bool isBinary = true;
+    std::ofstream file(path, std::ios::binary);
+    const bool isMade = tinygltf::TinyGLTF().WriteGltfSceneToStream(&model, file, isPretty, isBinary);
+    file.close();
+    if (!isMade || !file) {
+        throw Failure("the disk may be full");
     }
 }
 

@@ -23,7 +23,7 @@ void WriteMotion(const std::string& path, OutgoingMotion motion) {
     ConvertSpace(motion.restPose, VELKORI_DEFAULT_COORDINATE_SPACE, fileSpace);
     ConvertSpace(motion.poses, VELKORI_DEFAULT_COORDINATE_SPACE, fileSpace);
     if (LowerCaseExtension(path) == ".bvh") {
-        WriteTextFile(path, MakeBVH(motion));
+        WriteFileWhole(path, [&](const std::string& place) { WriteText(place, MakeBVH(motion)); });
     } else {
         WriteFileWhole(path, [&](const std::string& place) { WriteGLB(place, motion); });
     }

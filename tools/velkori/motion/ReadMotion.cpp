@@ -3,20 +3,39 @@
 #include "Motion.h"
 #include "OutputFile.h"
 #include "SceneReader.h"
+#include "Text.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <map>
 #include <set>
 
 namespace Velkori_Tool {
 
+namespace {
+
+/** Beyond this, in whatever unit, there is no body; and further on single precision ends. */
+constexpr float farthestPosition = 1e9f;
+
+bool IsSound(const Transform& transform) {
+    const Vector3& p = transform.position;
+    const bool isNear = std::fabs(p.x) < farthestPosition && std::fabs(p.y) < farthestPosition &&
+                        std::fabs(p.z) < farthestPosition;
+    return isNear && std::isfinite(transform.orientation.w);
+}
+
+} // namespace
+
 void MakeNamesUnique(std::vector<std::string>& names) {
     std::set<std::string> taken;
+    std::map<std::string, int> numbers;
     for (std::string& name : names) {
-        std::string candidate = name.empty() ? "joint" : name;
-        const std::string stem = candidate;
-        for (int number = 2; !taken.insert(candidate).second; ++number) {
-            candidate = fmt::format("{}_{}", stem, number);
+        const std::string stem = name.empty() ? "joint" : ValidUTF8(name);
+        std::string candidate = stem;
+        while (!taken.insert(candidate).second) {
+            int& number = numbers.emplace(stem, 1).first->second;
+            candidate = fmt::format("{}_{}", stem, ++number);
         }
         name = candidate;
     }
@@ -31,11 +50,11 @@ Motion ReadMotion(const std::string& path, std::vector<std::string>& notes) {
     }
     Motion motion = extension == ".bvh" ? ReadBVH(path, notes) : ReadScene(path, notes);
     motion.path = path;
-    for (const Transform& transform : motion.poses) {
-        if (!std::isfinite(transform.position.x + transform.position.y + transform.position.z) ||
-            !std::isfinite(transform.orientation.w)) {
-            throw Failure(fmt::format("'{}' holds numbers that aren't finite; export it again", path));
-        }
+    if (!std::all_of(motion.skeleton.bindPose.begin(), motion.skeleton.bindPose.end(), IsSound) ||
+        !std::all_of(motion.poses.begin(), motion.poses.end(), IsSound)) {
+        throw Failure(fmt::format(
+            "'{}' holds positions or rotations that no body has, or that aren't numbers; export it again",
+            path));
     }
     return motion;
 }

@@ -258,10 +258,12 @@ void SampleAnimation(const aiAnimation& animation, const SceneSkeleton& skeleton
     const double ticksPerSecond =
         animation.mTicksPerSecond > 0.0 ? animation.mTicksPerSecond : ticksPerSecondIfUnsaid;
     const double frameTicks = FrameTicks(animation, ticksPerSecond);
-    constexpr double mostFrames = 1e6;
-    if (!(animation.mDuration >= 0.0 && animation.mDuration / frameTicks < mostFrames)) {
-        throw Failure(fmt::format("'{}' has an animation of {} ticks; cut it to less than a million frames",
-            motion.path, animation.mDuration));
+    constexpr double mostTransforms = 2e7;
+    const double transforms = animation.mDuration / frameTicks * motion.skeleton.JointCount();
+    if (!(transforms >= 0.0 && transforms < mostTransforms)) {
+        throw Failure(
+            fmt::format("'{}' has an animation of {:.0f} frames for {} joints; cut it into shorter ones",
+                motion.path, animation.mDuration / frameTicks, motion.skeleton.JointCount()));
     }
     const std::vector<const aiNodeAnim*> channels = skeleton.ChannelsOfNodes(animation);
     motion.frameSeconds = frameTicks / ticksPerSecond;

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
+#include "Text.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -276,7 +277,7 @@ Manifestations ParseManifestations(const FileSkeleton& skeleton, const std::vect
         for (const std::string& joint : joints) {
             FindJoint(skeleton, joint, option);
         }
-        manifestations.names.push_back(text.substr(0, equals));
+        manifestations.names.push_back(ValidUTF8(text.substr(0, equals)));
         manifestations.jointCounts.push_back(static_cast<int32_t>(joints.size()));
         manifestations.jointNames.insert(manifestations.jointNames.end(), joints.begin(), joints.end());
     }
@@ -300,7 +301,7 @@ velkori_CoordinateSpace_ FindSpace(const Motion& motion, const KnownJointOverrid
 Rig MakeRig(const Motion& motion, const RigOptions& options) {
     const KnownJointOverrides overrides = ParseOverrides(motion.skeleton, options.known);
     Rig rig;
-    rig.name = std::filesystem::path(motion.path).stem().string();
+    rig.name = ValidUTF8(std::filesystem::path(motion.path).stem().string());
     rig.space = FindSpace(motion, overrides);
     const Vector3& up = rig.space.up;
     rig.known = GuessKnownJoints(motion.skeleton, up, overrides);
