@@ -1,7 +1,7 @@
 #include "retargeting/MappingGeneration.h"
 
 #include "UtilityContextInstance.h"
-#include "support/PlacedBody.h"
+#include "support/PlacedBiped.h"
 
 #include <gtest/gtest.h>
 
@@ -62,6 +62,38 @@ const SerializedJointMapping* FindMapping(
 
 } // namespace
 
+TEST(MappingGeneration, EqualBodiesMapOneToOneAndCarryTheTwistUpTheirLimbs) {
+    const PlacedBody body(PlacedBiped());
+    const auto mappings = GenerateJointMappings(body.pose, body.pose, velkori_AutoMappingFlags_None);
+    const std::vector<int>& order = body.skeleton.GetHierarchicalUpdateOrder();
+    ASSERT_EQ(mappings.size(), order.size() + 6);
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        EXPECT_EQ(mappings[i].targetJointIndex, order[i]);
+        ExpectEntries(body, mappings[i], {{body.skeleton.GetJointName(order[i]), 1, 1}}, "one to one");
+    }
+
+    struct ChainMapping {
+        std::string joint;
+        std::string below;
+        float share = 0.0F;
+    };
+
+    // Both legs are alike, but the right one's chain is looked for under another limb.
+    const ChainMapping chains[] = {{"leftElbow", "leftWrist", 0.75F}, {"leftUpperArm", "leftElbow", 0.5F},
+        {"rightElbow", "rightWrist", 0.75F}, {"rightUpperArm", "rightElbow", 0.5F},
+        {"leftKnee", "leftAnkle", 0.75F}, {"leftUpperLeg", "leftKnee", 0.5F}};
+    for (std::size_t i = 0; i < std::size(chains); ++i) {
+        const auto& [joint, below, share] = chains[i];
+        const SerializedJointMapping& mapping = mappings[order.size() + i];
+        EXPECT_EQ(mapping.targetJointIndex, body.Find(joint));
+        EXPECT_EQ(mapping.type, velkori_SkeletonType_Target);
+        EXPECT_EQ(mapping.behavior, velkori_JointMappingBehaviorType_ChildAlignedTwist);
+        ExpectEntries(body, mapping, {{below, share, 0}, {joint, 1 - share, 0}}, "chain");
+    }
+    EXPECT_EQ(GenerateJointMappings(body.pose, body.pose, SkipTwist).size(), order.size());
+    EXPECT_TRUE(GenerateJointMappings(PoseData(body.skeleton), body.pose, SkipTwist).empty());
+}
+
 // Half a metre off weighs 1 / 0.5 = 2, 80 cm off 1.25: of their sum, 8 and 5 thirteenths.
 TEST(MappingGeneration, WeighsSourceJointsByNearnessAndLimb) {
     constexpr float Near = 8.0F / 13.0F;
@@ -96,6 +128,9 @@ TEST(MappingGeneration, WeighsSourceJointsByNearnessAndLimb) {
         {"hands don't look along their chain", "finger",
             {{"chest", {0.5F, 0, 0}}, {"leftCollar", {0.8F, 0, 0}}},
             {{"chest", 0, Near}, {"leftCollar", 0, Far}}},
+        {"with none near, the counterpart on the chain drives the rotation alone", "leftUpperArm", {},
+            {{"leftCollar", 1, 0}}},
+        {"a head is driven by its very counterpart or not at all", "head", {{"chest", {0, 0, 0.5F}}}, {}},
         {"to belong to no limb is nothing in common", "tail",
             {{"hips", {0.8F, 0, 0}}, {"tail", {0.5F, 0, 0}}}, {{"hips", 0, Far}, {"tail", 0, Near}}},
         {"but for an exact match it is", "tail", {{"hips", {0, 0.001F, 0}}, {"tail", {0, 0.0049F, 0}}},
