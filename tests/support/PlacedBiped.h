@@ -28,6 +28,14 @@ inline PlacedJoints PlacedBiped(const Velkori_Utility::Vector3f& elbow = {0.5F, 
     return joints;
 }
 
+inline PlacedJoints Renamed(PlacedJoints joints, const std::string& from, const std::string& to) {
+    for (PlacedJoint& joint : joints) {
+        joint.name = joint.name == from ? to : joint.name;
+        joint.parent = joint.parent == from ? to : joint.parent;
+    }
+    return joints;
+}
+
 // Puts a joint between another and its parent.
 inline PlacedJoints WithJointAbove(PlacedJoints joints, const std::string& below, const PlacedJoint& added) {
     for (PlacedJoint& joint : joints) {

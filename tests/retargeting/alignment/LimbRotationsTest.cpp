@@ -139,12 +139,9 @@ TEST(LimbRotations, LimbsWithoutLengthOrCounterpartStayAsTheyAre) {
     const PlacedBody armless(PlacedBiped(start, start));
     EXPECT_TRUE(MatchPoseLimbRotations(armless.pose, body.pose).IsApproxEqual(body.pose));
     EXPECT_TRUE(MatchPoseLimbRotations(body.pose, armless.pose).IsApproxEqual(armless.pose));
-    PlacedJoints joints = PlacedBiped({0.2F, 1.1F, 0}, {0.2F, 0.8F, 0});
-    for (PlacedJoint& joint : joints) {
-        joint.name = joint.name == "rightWrist" ? "rightStump" : joint.name;
-        joint.parent = joint.parent == "rightWrist" ? "rightStump" : joint.parent;
-    }
-    const PoseData matched = MatchPoseLimbRotations(PlacedBody(joints).pose, body.pose);
+    const PlacedBody oneHanded(
+        Renamed(PlacedBiped({0.2F, 1.1F, 0}, {0.2F, 0.8F, 0}), "rightWrist", "rightStump"));
+    const PoseData matched = MatchPoseLimbRotations(oneHanded.pose, body.pose);
     ExpectNear(
         PositionOf("rightWrist", body, matched), {0.8F, 1.4F, 0}, 1e-5F, "the source has no right wrist");
     ExpectNear(PositionOf("leftWrist", body, matched), {-0.2F, 0.8F, 0}, 1e-4F);
