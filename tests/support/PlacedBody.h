@@ -65,3 +65,28 @@ inline PlacedJoints operator+(PlacedJoints joints, const PlacedJoints& more) {
     joints.insert(joints.end(), more.begin(), more.end());
     return joints;
 }
+
+// A target that some step has matched to a source.
+class MatchedBody {
+  public:
+    template <typename Step, typename... Arguments>
+    MatchedBody(const Step& step, const PlacedJoints& sourceJoints, const PlacedJoints& targetJoints,
+        const Arguments&... arguments)
+        : source(sourceJoints), target(targetJoints), pose(step(source.pose, target.pose, arguments...)) {}
+
+    const Velkori_Utility::JointPose& PoseOf(const std::string& joint) const {
+        return target.PoseOf(joint, pose);
+    }
+
+    const Velkori_Utility::Vector3f& PositionOf(const std::string& joint) const {
+        return PoseOf(joint).position;
+    }
+
+    Velkori_Utility::Vector3f Between(const std::string& from, const std::string& to) const {
+        return PositionOf(to) - PositionOf(from);
+    }
+
+    PlacedBody source;
+    PlacedBody target;
+    Velkori_Utility::PoseData pose;
+};

@@ -126,13 +126,12 @@ TEST(Alignment, ARigOfAnotherSizeStanceAndFacingTakesTheSourcesPlace) {
 }
 
 TEST(Alignment, TheTargetTurnsToFaceAsTheSourceDoes) {
-    const PlacedBody source(PlacedBiped());
     for (const float angle : {Pi, Pi / 2}) {
-        const PlacedBody target(Turned(PlacedBiped(), angle));
-        const PoseData turned = Alignment::MatchPoseFacingRotation(source.pose, target.pose);
+        const MatchedBody turned(
+            Alignment::MatchPoseFacingRotation, PlacedBiped(), Turned(PlacedBiped(), angle));
         for (const char* joint : {"hips", "rightWrist", "leftToes"}) {
             ExpectNear(
-                PositionOf(joint, target, turned), PositionOf(joint, source, source.pose), 1e-5F, joint);
+                turned.PositionOf(joint), PositionOf(joint, turned.source, turned.source.pose), 1e-5F, joint);
         }
     }
     // Without a chest the source faces nowhere, and the steps to come run all the same.
@@ -149,9 +148,8 @@ TEST(Alignment, ARootThatLiesIsTurnedAboutItsOwnAxis) {
     PlacedJoints joints = Turned(PlacedBiped(), Pi);
     joints[0].orientation = lying;
     joints[0].position = {0, 0, 3};
-    const PlacedBody target(joints);
-    const PoseData turned = Alignment::MatchPoseFacingRotation(PlacedBody(PlacedBiped()).pose, target.pose);
-    const JointPose& root = target.PoseOf("root", turned);
+    const JointPose root =
+        MatchedBody(Alignment::MatchPoseFacingRotation, PlacedBiped(), joints).PoseOf("root");
     EXPECT_LT(AngleBetween(root.orientation, lying * Quaternionf::FromRotationVector({0, Pi, 0})), 1e-3F);
     ExpectNear(root.position, {0, 0, -3}, 1e-5F);
 }

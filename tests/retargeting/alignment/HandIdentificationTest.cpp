@@ -137,26 +137,24 @@ TEST(HandIdentification, AFingerThatBeginsInThePalmHasAShortFirstBone) {
         {{0.1F, 0.059F, 0.059F, 0.059F, 0.1F}, false, false},
         {{0.1F, 0.061F, 0.02F}, true, false},
         {{0.1F, 0.061F}, false, false},
-        {{0, 0.05F, 0.05F, 0.05F}, false, false},
     };
     for (const Case& c : cases) {
+        // The second finger, which lies behind the first along forward, has the same bones.
         std::vector<Vector3f> bones;
         for (const float length : c.lengths) {
             bones.push_back(Vector3f::Identity_right_LH * length);
         }
-        // The second finger lies farther along -z: it comes after the first.
         PlacedJoints other = RightFinger("other", bones);
         for (PlacedJoint& joint : other) {
-            joint.position.z -= 1e-4F;
+            joint.position.z -= 1e-5F;
         }
-        const PlacedBody body(TrunkAndArms() + RightFinger("first", bones) + other);
-        const HandData hand = Identify(body);
+        const HandData hand = Identify(PlacedBody(TrunkAndArms() + RightFinger("first", bones) + other));
         EXPECT_EQ(hand.fingers.at(0).hasPalmJoint, c.asFirstFinger) << ::testing::PrintToString(c.lengths);
-        if (c.lengths.front() > 0.0F) {
-            EXPECT_EQ(hand.fingers.at(1).hasPalmJoint, c.asOtherFinger)
-                << ::testing::PrintToString(c.lengths);
-        }
+        EXPECT_EQ(hand.fingers.at(1).hasPalmJoint, c.asOtherFinger) << ::testing::PrintToString(c.lengths);
     }
+    const HandData noPalm = Identify(PlacedBody(
+        TrunkAndArms() + RightFinger("f", {{}, Vector3f::Identity_right_LH, Vector3f::Identity_right_LH})));
+    EXPECT_FALSE(noPalm.fingers.at(0).hasPalmJoint) << "a first bone without length";
 }
 
 TEST(HandIdentification, ExcludedJointsAreNoFingersAndAHandWithoutAnyIsInvalid) {

@@ -35,14 +35,14 @@ PlacedJoints TurnedAboutWrist(PlacedJoints joints, const Vector3f& rotationVecto
     return joints;
 }
 
-Vector3f DirectionBetween(
-    const PlacedBody& body, const PoseData& pose, const std::string& from, const std::string& to) {
-    return (body.PoseOf(to, pose).position - body.PoseOf(from, pose).position).Normalize();
+// Trunks with these joints on their arms.
+MatchedBody Match(const PlacedJoints& source, const PlacedJoints& target, bool scaleFingers = false) {
+    return {MatchPoseHandsAndFingers, TrunkAndArms() + source, TrunkAndArms() + target, scaleFingers};
 }
 
-void ExpectPositions(const PlacedBody& body, const PoseData& pose, const PlacedJoints& expected) {
+void ExpectPositions(const MatchedBody& matched, const PlacedJoints& expected) {
     for (const PlacedJoint& joint : expected) {
-        ExpectNear(body.PoseOf(joint.name, pose).position, joint.position, 2e-5F, joint.name.c_str());
+        ExpectNear(matched.PositionOf(joint.name), joint.position, 2e-5F, joint.name.c_str());
     }
 }
 
@@ -56,59 +56,54 @@ PlacedJoints OtherFinger() {
 // Only turned, or not even that: every joint gets to where the source has it. The hand that the source lacks
 // stays.
 TEST(HandMatching, ATurnedHandTurnsBack) {
-    const PlacedBody source(TrunkAndArms() + ThreeFingers());
     const PlacedJoints leftHand =
         Finger("left", "leftWrist", {-0.7F, 1.4F, 0}, {{-0.1F, 0.05F, 0}, {-0.05F, 0, 0}});
     for (const Vector3f& turn : {Vector3f(), Vector3f(0.6F, 0, 0), Vector3f(0, 0.4F, 0),
              Vector3f(0, 0, -0.7F), Vector3f(0.4F, 0.2F, 0.3F)}) {
-        const PlacedBody target(TrunkAndArms() + TurnedAboutWrist(ThreeFingers(), turn) + leftHand);
-        const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
-        ExpectPositions(target, matched, ThreeFingers() + leftHand);
+        const MatchedBody matched = Match(ThreeFingers(), TurnedAboutWrist(ThreeFingers(), turn) + leftHand);
+        ExpectPositions(matched, ThreeFingers() + leftHand);
         if (turn == Vector3f::Zero) {
-            ExpectNear(matched.GetJointPoses(RootSpace), target.pose.GetJointPoses(RootSpace), 1e-4F);
+            ExpectNear(
+                matched.pose.GetJointPoses(RootSpace), matched.target.pose.GetJointPoses(RootSpace), 1e-4F);
         }
     }
-    EXPECT_TRUE(
-        MatchPoseHandsAndFingers(PoseData(source.skeleton), source.pose, true).IsApproxEqual(source.pose));
-    EXPECT_FALSE(MatchPoseHandsAndFingers(source.pose, PoseData(source.skeleton), true).IsInitialized());
+    const PlacedBody body(TrunkAndArms() + ThreeFingers());
+    const PoseData nothing(body.skeleton);
+    EXPECT_TRUE(MatchPoseHandsAndFingers(nothing, body.pose, true).IsApproxEqual(body.pose));
+    EXPECT_FALSE(MatchPoseHandsAndFingers(body.pose, nothing, true).IsInitialized());
 }
 
 TEST(HandMatching, TheWristTurnsUntilBothHandsLieAcrossTheSameWay) {
     const PlacedJoints fingers = RightFinger("a", {{0.1F, 0, 0.03F}, Right * 0.05F}) +
                                  RightFinger("b", {{0.1F, 0, -0.03F}, Right * 0.05F});
-    const PlacedBody source(TrunkAndArms() + fingers);
-    const PlacedBody target(TrunkAndArms() + TurnedAboutWrist(fingers, Right * 0.6F));
-    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    const MatchedBody matched = Match(fingers, TurnedAboutWrist(fingers, Right * 0.6F));
     for (const std::string joint : {"rightWrist", "a0", "b1"}) {
-        const Quaternionf before = target.PoseOf(joint, target.pose).orientation;
+        const Quaternionf before = matched.target.PoseOf(joint, matched.target.pose).orientation;
         const Quaternionf expected = Quaternionf::FromRotationVector(-Right * 0.6F) * before;
-        EXPECT_NEAR(AngleBetween(target.PoseOf(joint, matched).orientation, expected), 0.0F, 1e-3F) << joint;
+        EXPECT_NEAR(AngleBetween(matched.PoseOf(joint).orientation, expected), 0.0F, 1e-3F) << joint;
     }
 }
 
 // A tip that is bent against the joint before it is straightened.
 TEST(HandMatching, ATipTurnsAsIfTheLastBoneWentOnFromIt) {
-    PlacedJoints fingers = OtherFinger() + RightFinger("f", {Right * 0.1F, Right * 0.05F});
-    const PlacedBody source(TrunkAndArms() + fingers);
-    fingers.back().orientation = Quaternionf::FromRotationVector({0, 0.2F, 0.3F});
-    const PlacedBody target(TrunkAndArms() + fingers);
-    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
-    EXPECT_NEAR(AngleBetween(target.PoseOf("f1", matched).orientation, Quaternionf::Identity), 0.0F, 1e-3F);
+    const PlacedJoints fingers = OtherFinger() + RightFinger("f", {Right * 0.1F, Right * 0.05F});
+    PlacedJoints bent = fingers;
+    bent.back().orientation = Quaternionf::FromRotationVector({0, 0.2F, 0.3F});
+    const MatchedBody matched = Match(fingers, bent);
+    EXPECT_NEAR(AngleBetween(matched.PoseOf("f1").orientation, Quaternionf::Identity), 0.0F, 1e-3F);
 }
 
 TEST(HandMatching, ScaledFingersEndWhereTheSourcesDo) {
-    const PlacedBody source(TrunkAndArms() + ThreeFingers());
     for (const float scale : {0.5F, 1.0F, 1.7F}) {
-        const PlacedBody target(TrunkAndArms() + ThreeFingers(scale));
-        const PoseData scaled = MatchPoseHandsAndFingers(source.pose, target.pose, true);
-        const PoseData unscaled = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+        const MatchedBody scaled = Match(ThreeFingers(), ThreeFingers(scale), true);
         for (const std::string tip : {"b3", "c3"}) {
-            ExpectNear(target.PoseOf(tip, scaled).position, source.PoseOf(tip, source.pose).position, 1e-4F,
+            ExpectNear(scaled.PositionOf(tip), scaled.source.PoseOf(tip, scaled.source.pose).position, 1e-4F,
                 tip.c_str());
         }
-        const std::vector<float>& lengths = target.pose.GetJointLengths();
+        const MatchedBody unscaled = Match(ThreeFingers(), ThreeFingers(scale));
+        const std::vector<float>& lengths = unscaled.target.pose.GetJointLengths();
         for (std::size_t i = 0; i < lengths.size(); ++i) {
-            EXPECT_NEAR(unscaled.GetJointLengths()[i], lengths[i], 1e-6F) << i;
+            EXPECT_NEAR(unscaled.pose.GetJointLengths()[i], lengths[i], 1e-6F) << i;
         }
     }
 }
@@ -138,10 +133,9 @@ TEST(HandMatching, AKnuckleLandsOnTheLineOfTheSourcesFinger) {
     };
     for (const Case& c : cases) {
         const PlacedJoints thumb = RightFinger("thumb", {{0.05F, 0, 0.1F}});
-        const PlacedBody source(TrunkAndArms() + thumb + RightFinger("f", c.sourceBones));
-        const PlacedBody target(TrunkAndArms() + thumb + RightFinger("f", c.targetBones));
-        const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, c.scaleFingers);
-        ExpectNear(target.PoseOf("f0", matched).position, RightWristPosition + c.knuckle, 1e-5F);
+        const MatchedBody matched = Match(
+            thumb + RightFinger("f", c.sourceBones), thumb + RightFinger("f", c.targetBones), c.scaleFingers);
+        ExpectNear(matched.PositionOf("f0"), RightWristPosition + c.knuckle, 1e-5F);
     }
 }
 
@@ -175,12 +169,10 @@ TEST(HandMatching, BonesFollowTheSourcesCurveByTheirShareOfIt) {
         for (const float length : c.targetLengths) {
             targetBones.push_back(Right * 0.02F * length);
         }
-        const PlacedBody source(TrunkAndArms() + OtherFinger() + RightFinger("f", sourceBones));
-        const PlacedBody target(TrunkAndArms() + OtherFinger() + RightFinger("f", targetBones));
-        const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+        const MatchedBody matched = Match(
+            OtherFinger() + RightFinger("f", sourceBones), OtherFinger() + RightFinger("f", targetBones));
         for (std::size_t i = 0; i < c.expected.size(); ++i) {
-            ExpectNear(
-                DirectionBetween(target, matched, "f" + std::to_string(i), "f" + std::to_string(i + 1)),
+            ExpectNear(matched.Between("f" + std::to_string(i), "f" + std::to_string(i + 1)).Normalize(),
                 c.expected[i], 1e-4F);
         }
     }
@@ -191,13 +183,12 @@ TEST(HandMatching, FingersThatTheSourceHasNotFollowItsLast) {
     const auto finger = [](const std::string& name, float z, const Vector3f& direction) {
         return RightFinger(name, {{0.1F, 0, z}, direction * 0.03F});
     };
-    const PlacedBody source(TrunkAndArms() + finger("a", 0.02F, Right) + finger("b", 0, lastDirection));
-    const PlacedBody target(TrunkAndArms() + finger("a", 0.02F, Right) + finger("b", 0, Right) +
-                            finger("c", -0.02F, Right) + finger("d", -0.04F, Right));
-    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
-    ExpectNear(DirectionBetween(target, matched, "a0", "a1"), Right, 1e-4F);
+    const MatchedBody matched = Match(finger("a", 0.02F, Right) + finger("b", 0, lastDirection),
+        finger("a", 0.02F, Right) + finger("b", 0, Right) + finger("c", -0.02F, Right) +
+            finger("d", -0.04F, Right));
+    ExpectNear(matched.Between("a0", "a1"), Right * 0.03F, 3e-6F);
     for (const std::string name : {"b", "c", "d"}) {
-        ExpectNear(DirectionBetween(target, matched, name + "0", name + "1"), lastDirection, 1e-4F);
+        ExpectNear(matched.Between(name + "0", name + "1"), lastDirection * 0.03F, 3e-6F);
     }
 }
 
@@ -212,7 +203,9 @@ TEST(HandMatching, ThePalmTurnsWithTheFingersAndTakesAlongWhatElseHangsOnIt) {
     const PlacedBody target(
         TrunkAndArms() + thumb + TurnedAboutWrist(straight, {0, 0, -angle}) + watch, {"watch"});
     const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
-    ExpectPositions(target, matched, thumb + straight);
+    for (const PlacedJoint& joint : thumb + straight) {
+        ExpectNear(target.PoseOf(joint.name, matched).position, joint.position, 2e-5F);
+    }
     const JointPose& hand = target.PoseOf("rightWrist", matched);
     const Vector3f fingerBefore(std::cos(angle), -std::sin(angle), 0);
     ExpectNear(hand.orientation.Rotate(fingerBefore), Right, 1e-4F, "the finger as it hung on the hand");
@@ -237,10 +230,8 @@ TEST(HandMatching, FingersWithoutLengthStayFinite) {
     for (const PlacedJoints& sourceHand : hands) {
         for (const PlacedJoints& targetHand : hands) {
             for (const bool scaleFingers : {false, true}) {
-                const PlacedBody source(TrunkAndArms() + sourceHand);
-                const PlacedBody target(TrunkAndArms() + targetHand);
-                const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, scaleFingers);
-                for (const JointPose& joint : matched.GetJointPoses(RootSpace)) {
+                const MatchedBody matched = Match(sourceHand, targetHand, scaleFingers);
+                for (const JointPose& joint : matched.pose.GetJointPoses(RootSpace)) {
                     EXPECT_LT(joint.position.Length(), 10.0F);
                     EXPECT_NEAR(joint.orientation.LengthSquared(), 1.0F, 1e-4F);
                 }

@@ -27,27 +27,25 @@ PlacedJoints LeftLeg(const Vector3f& ankle = {-0.1F, 0.1F, 0}) {
         {"leftAnkle", "leftKnee", ankle}, {"leftToes", "leftAnkle", ankle + Vector3f(0, 0, 0.2F)}};
 }
 
-void ExpectPositions(const PlacedBody& body, const PoseData& pose,
-    const std::vector<std::pair<std::string, Vector3f>>& expected) {
+void ExpectPositions(
+    const MatchedBody& matched, const std::vector<std::pair<std::string, Vector3f>>& expected) {
     for (const auto& [name, position] : expected) {
-        ExpectNear(body.PoseOf(name, pose).position, position, 1e-5F, name.c_str());
+        ExpectNear(matched.PositionOf(name), position, 1e-5F, name.c_str());
     }
 }
 
 } // namespace
 
 TEST(LimbProportions, EqualBodiesStayAsTheyAre) {
-    const PlacedBody body(Trunk() + LeftArm() + LeftLeg());
-    const PoseData matched = DeformationLimbsToMatchSourceProportion(body.pose, body.pose);
-    ExpectNear(matched.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
-        body.pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative), 1e-6F);
+    const PlacedJoints body = Trunk() + LeftArm() + LeftLeg();
+    const MatchedBody matched(DeformationLimbsToMatchSourceProportion, body, body);
+    ExpectNear(matched.pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
+        matched.target.pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative), 1e-6F);
 }
 
 // The source has no root joint: of the trunk, hips and chest are what both have.
 TEST(LimbProportions, TheTrunkMovesForwardAndBackOnly) {
-    const PlacedBody source({{"hips", "", {1, 2, 3}}, {"chest", "hips", {3, 2, 9}}});
-    const PlacedBody target(Trunk());
-    const PlacedBody withoutTrunk({{"pelvis", "", {1, 1, 1}}});
+    const PlacedJoints source = {{"hips", "", {1, 2, 3}}, {"chest", "hips", {3, 2, 9}}};
     const velkori_CoordinateSpace_ defaultSpace = UtilityContext::GetCoordinateSpace();
 
     struct Case {
@@ -60,12 +58,11 @@ TEST(LimbProportions, TheTrunkMovesForwardAndBackOnly) {
         velkori_CoordinateSpace_ space = defaultSpace;
         space.forward = c.forward;
         UtilityContext::SetCoordinateSpace(space);
-        const PoseData matched = DeformationLimbsToMatchSourceProportion(source.pose, target.pose);
-        ExpectPositions(target, matched,
-            {{"root", c.offset}, {"hips", c.offset + Vector3f(0, 1, 0)},
-                {"chest", c.offset + Vector3f(0, 1.4F, 0)}});
-        const PoseData kept = DeformationLimbsToMatchSourceProportion(source.pose, withoutTrunk.pose);
-        EXPECT_TRUE(kept.IsApproxEqual(withoutTrunk.pose));
+        const MatchedBody matched(DeformationLimbsToMatchSourceProportion, source, Trunk());
+        ExpectPositions(matched, {{"root", c.offset}, {"hips", c.offset + Vector3f(0, 1, 0)},
+                                     {"chest", c.offset + Vector3f(0, 1.4F, 0)}});
+        const MatchedBody kept(DeformationLimbsToMatchSourceProportion, source, {{"pelvis", "", {1, 1, 1}}});
+        EXPECT_TRUE(kept.pose.IsApproxEqual(kept.target.pose)) << "nothing in common";
     }
     UtilityContext::SetCoordinateSpace(defaultSpace);
 }
@@ -74,27 +71,23 @@ TEST(LimbProportions, AnArmStretchesAlongItsDirectionAndTheHandComesAlongAsItIs)
     PlacedJoints arm = LeftArm();
     const int elbow = 2;
     arm[elbow].orientation = Quaternionf(Vector3f::Identity_forward_LH, {-1, 0, 1});
-    const PlacedBody source(Trunk() + LeftArm({-1.0F, 1.4F, 0}));
-    const PlacedBody target(Trunk() + arm);
-    const PoseData matched = DeformationLimbsToMatchSourceProportion(source.pose, target.pose);
-    ExpectPositions(target, matched,
-        {{"leftUpperArm", {-0.2F, 1.4F, 0}}, {"leftTwist", {-0.4F, 1.4F, 0}},
-            {"leftElbow", {-0.6F, 1.4F, 0.1F}}, {"leftWrist", {-1.0F, 1.4F, 0}},
-            {"leftFinger", {-1.1F, 1.4F, 0}}});
+    const MatchedBody matched(
+        DeformationLimbsToMatchSourceProportion, Trunk() + LeftArm({-1.0F, 1.4F, 0}), Trunk() + arm);
+    ExpectPositions(matched, {{"leftUpperArm", {-0.2F, 1.4F, 0}}, {"leftTwist", {-0.4F, 1.4F, 0}},
+                                 {"leftElbow", {-0.6F, 1.4F, 0.1F}}, {"leftWrist", {-1.0F, 1.4F, 0}},
+                                 {"leftFinger", {-1.1F, 1.4F, 0}}});
     // Orientations are stretched too: what went 1 along the arm and 1 across goes 2 along it.
-    ExpectNear(target.PoseOf("leftElbow", matched).orientation.Rotate(Vector3f::Identity_forward_LH),
+    ExpectNear(matched.PoseOf("leftElbow").orientation.Rotate(Vector3f::Identity_forward_LH),
         Vector3f(-2, 0, 1).Normalize(), 1e-4F);
 }
 
 // A quarter turn from the side straight down. The wrist keeps its orientation, and so the finger its way.
 TEST(LimbProportions, ALimbTurnsTowardsTheSourcesEnd) {
-    const PlacedBody source(Trunk() + LeftArm({-0.2F, 1.0F, 0}));
-    const PlacedBody target(Trunk() + LeftArm());
-    const PoseData matched = DeformationLimbsToMatchSourceProportion(source.pose, target.pose);
-    ExpectPositions(target, matched,
-        {{"leftTwist", {-0.2F, 1.3F, 0}}, {"leftElbow", {-0.2F, 1.2F, 0.1F}}, {"leftWrist", {-0.2F, 1.0F, 0}},
-            {"leftFinger", {-0.3F, 1.0F, 0}}});
-    EXPECT_NEAR(AngleBetween(target.PoseOf("leftElbow", matched).orientation,
+    const MatchedBody matched(
+        DeformationLimbsToMatchSourceProportion, Trunk() + LeftArm({-0.2F, 1.0F, 0}), Trunk() + LeftArm());
+    ExpectPositions(matched, {{"leftTwist", {-0.2F, 1.3F, 0}}, {"leftElbow", {-0.2F, 1.2F, 0.1F}},
+                                 {"leftWrist", {-0.2F, 1.0F, 0}}, {"leftFinger", {-0.3F, 1.0F, 0}}});
+    EXPECT_NEAR(AngleBetween(matched.PoseOf("leftElbow").orientation,
                     Quaternionf(-Vector3f::Identity_right_LH, -Vector3f::Identity_up_LH)),
         0.0F, 1e-3F);
 }
@@ -103,12 +96,11 @@ TEST(LimbProportions, ALimbTurnsTowardsTheSourcesEnd) {
 TEST(LimbProportions, ALegTurnsButKeepsItsLength) {
     const Vector3f hip(-0.1F, 0.9F, 0);
     const Vector3f direction(-0.6F, -0.8F, 0);
-    const PlacedBody source(Trunk() + LeftLeg(hip + direction * 1.6F));
-    const PlacedBody target(Trunk() + LeftLeg());
+    const MatchedBody matched(DeformationLimbsToMatchSourceProportion,
+        Trunk() + LeftLeg(hip + direction * 1.6F), Trunk() + LeftLeg());
     const Vector3f ankle = hip + direction * 0.8F;
-    ExpectPositions(target, DeformationLimbsToMatchSourceProportion(source.pose, target.pose),
-        {{"leftUpperLeg", hip}, {"leftKnee", hip + direction * 0.4F}, {"leftAnkle", ankle},
-            {"leftToes", ankle + Vector3f(0, 0, 0.2F)}});
+    ExpectPositions(matched, {{"leftUpperLeg", hip}, {"leftKnee", hip + direction * 0.4F},
+                                 {"leftAnkle", ankle}, {"leftToes", ankle + Vector3f(0, 0, 0.2F)}});
 }
 
 TEST(LimbProportions, LimbsWithoutLengthOrWithoutJointsStayFinite) {
