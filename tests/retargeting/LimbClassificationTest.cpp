@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <set>
 
 using namespace Velkori_Utility;
 
@@ -104,6 +103,20 @@ TEST(LimbClassification, WhatSiblingLimbsShareRisesToTheLimbAbove) {
     }
 }
 
+TEST(LimbClassification, WithoutItsKnownJointsALimbIsEmptyAndItsJointsAreOfNone) {
+    Params params = Body();
+    params.knownJointNames[velkori_KnownJointType_LeftWrist].clear();
+    std::map<int, Names> expected = LimbsOfBody();
+    expected.erase(HumanoidLimb_LeftArm);
+    expected.erase(HumanoidLimb_LeftHand);
+    expected[HumanoidLimb_Invalid] = {
+        "leftShoulder", "leftUpperArm", "leftLowerArm", "leftWrist", "leftFinger"};
+    EXPECT_EQ(JointsByLimb(SourceSkeletonData(params)), expected);
+    params.knownJointNames.clear();
+    EXPECT_EQ(JointsByLimb(SourceSkeletonData(params)),
+        (std::map<int, Names>{{HumanoidLimb_Invalid, params.jointNames}}));
+}
+
 // Down from the neck lies the right arm, too, when it hangs there: it is the head's before it is an arm.
 TEST(LimbClassification, LimbsThatAreNoSiblingsKeepWhatTheyHave) {
     Params params = Body();
@@ -118,46 +131,6 @@ TEST(LimbClassification, LimbsThatAreNoSiblingsKeepWhatTheyHave) {
     expected.erase(HumanoidLimb_RightArm);
     expected.erase(HumanoidLimb_RightHand);
     EXPECT_EQ(JointsByLimb(SourceSkeletonData(params)), expected);
-}
-
-TEST(LimbClassification, ALimbWithoutItsKnownJointsIsEmpty) {
-    struct Case {
-        velkori_KnownJointType missing;
-        std::vector<HumanoidLimb> emptyLimbs;
-    };
-
-    const Case cases[] = {
-        {velkori_KnownJointType_Hips,
-            {HumanoidLimb_Root, HumanoidLimb_Spine, HumanoidLimb_LeftLeg, HumanoidLimb_RightLeg}},
-        {velkori_KnownJointType_Chest,
-            {HumanoidLimb_Spine, HumanoidLimb_Neck, HumanoidLimb_LeftArm, HumanoidLimb_RightArm}},
-        {velkori_KnownJointType_LeftWrist, {HumanoidLimb_LeftArm, HumanoidLimb_LeftHand}},
-        {velkori_KnownJointType_Root, {HumanoidLimb_Root}},
-        {velkori_KnownJointType_LeftUpperArm, {}},
-    };
-    for (const Case& each : cases) {
-        Params params = Body();
-        params.knownJointNames[each.missing].clear();
-        std::map<int, Names> expected = LimbsOfBody();
-        std::set<std::string> limbless;
-        for (const HumanoidLimb limb : each.emptyLimbs) {
-            limbless.insert(expected[limb].begin(), expected[limb].end());
-            expected.erase(limb);
-        }
-        const SourceSkeletonData skeleton(params);
-        std::map<int, Names> actual = JointsByLimb(skeleton);
-        const Names& ofNone = actual[HumanoidLimb_Invalid];
-        EXPECT_EQ(std::set<std::string>(ofNone.begin(), ofNone.end()), limbless) << each.missing;
-        actual.erase(HumanoidLimb_Invalid);
-        EXPECT_EQ(actual, expected) << each.missing;
-        for (const HumanoidLimb limb : each.emptyLimbs) {
-            EXPECT_TRUE(skeleton.GetJointChainByHumanoidLimb(limb).empty());
-        }
-    }
-    Params params = Body();
-    params.knownJointNames.clear();
-    const SourceSkeletonData unknown(params);
-    EXPECT_EQ(JointsByLimb(unknown), (std::map<int, Names>{{HumanoidLimb_Invalid, params.jointNames}}));
 }
 
 TEST(LimbClassification, EveryJointIsInOneLimbWhereverTheKnownJointsSit) {
@@ -177,6 +150,14 @@ TEST(LimbClassification, EveryJointIsInOneLimbWhereverTheKnownJointsSit) {
             }
         }
         EXPECT_EQ(memberships, std::vector<int>(params.jointNames.size(), 1));
+        for (const auto& [limb, ends] : LimbToKnownJointChains) {
+            const bool endsInLeaves = ends.second == velkori_KnownJointType_Invalid;
+            if (limb != HumanoidLimb_Invalid &&
+                (skeleton.GetJointIndex(ends.first) == -1 ||
+                    (!endsInLeaves && skeleton.GetJointIndex(ends.second) == -1))) {
+                EXPECT_TRUE(skeleton.GetJointChainByHumanoidLimb(limb).empty()) << "without its known joints";
+            }
+        }
         const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
         const bool hasRootLimb = !skeleton.GetJointChainByHumanoidLimb(HumanoidLimb_Root).empty();
         EXPECT_EQ(skeleton.GetLimb(root) == HumanoidLimb_Root, hasRootLimb);
