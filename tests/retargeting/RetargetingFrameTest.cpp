@@ -15,17 +15,15 @@ using namespace Velkori_Utility;
 namespace {
 
 // A chain along x: a at 0, b at 1, c at 2, and a leaf d beside b.
-TargetSkeletonData MakeChain() {
-    return TargetSkeletonData(TestSkeletons::MakeParams(
-        {{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}, {"d", 0, {1, 1, 0}}}, {0, 1, 2, 3}));
+TestSkeletons::Params Chain() {
+    return TestSkeletons::MakeParams(
+        {{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}, {"d", 0, {1, 1, 0}}}, {0, 1, 2, 3});
 }
 
 // A configuration over two such chains with the given mappings at both ends of the size range.
 UtilityConfigInitializationParams ChainConfig(const std::vector<SerializedJointMapping>& mappings) {
-    const TestSkeletons::Params chain = TestSkeletons::MakeParams(
-        {{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}, {"d", 0, {1, 1, 0}}}, {0, 1, 2, 3});
     const CoordinateSpace space(VELKORI_DEFAULT_COORDINATE_SPACE);
-    return {"chain", Configuration(space, velkori_RetargetingBehaviorFlags_None), chain, chain, mappings,
+    return {"chain", Configuration(space, velkori_RetargetingBehaviorFlags_None), Chain(), Chain(), mappings,
         mappings};
 }
 
@@ -146,7 +144,7 @@ TEST(MappedHierarchy, NoJointIsUpdatedBeforeOneThatItReads) {
 }
 
 TEST(TwistBlending, TakesTheRollAndStaysOnTheBone) {
-    const TargetSkeletonData skeleton = MakeChain();
+    const TargetSkeletonData skeleton(Chain());
     const std::vector<JointPose> pose = {{Quaternionf(), {0, 0, 0}}, {Quaternionf(), {1, 0, 0}},
         {Quaternionf(), {2, 0, 0}}, {Quaternionf(), {1, 1, 0}}};
     const JointPose current = pose[1];
@@ -155,31 +153,27 @@ TEST(TwistBlending, TakesTheRollAndStaysOnTheBone) {
     const Quaternionf swing = Quaternionf::FromRotationVector({0, 0, 0.5F});
     const JointPose mapped(swing * roll, {0.6F, 0.3F, 0}, {2, 2, 2});
 
-    JointPose result = mapped;
-    ApplyTwistBlendToJoint(Twist, 1, skeleton, pose, current, result);
-    EXPECT_LT(AngleBetween(result.orientation, roll), 1e-5F);
-    ExpectNear(result.position, {0.6F, 0, 0}, 1e-6F);
-    EXPECT_EQ(result.scale, Vector3f::One) << "the scale is the seated one";
-
+    const auto blend = [&](JointMappingBehaviorType behavior, int joint, const JointPose& seated) {
+        JointPose result = mapped;
+        ApplyTwistBlendToJoint(behavior, joint, skeleton, pose, seated, result);
+        return result;
+    };
     // Aligned to the child, the bone starts at the joint itself.
-    result = mapped;
-    ApplyTwistBlendToJoint(
-        velkori_JointMappingBehaviorType_ChildAlignedTwist, 1, skeleton, pose, current, result);
-    EXPECT_LT(AngleBetween(result.orientation, roll), 1e-5F);
-    ExpectNear(result.position, {0.6F, 0, 0}, 1e-6F);
-
+    for (const auto behavior : {Twist, velkori_JointMappingBehaviorType_ChildAlignedTwist}) {
+        const JointPose result = blend(behavior, 1, current);
+        EXPECT_LT(AngleBetween(result.orientation, roll), 1e-5F);
+        ExpectNear(result.position, {0.6F, 0, 0}, 1e-6F);
+        EXPECT_EQ(result.scale, Vector3f::One) << "the scale is the seated one";
+    }
     // A joint without a parent has no bone; one at its parent's position keeps its orientation.
-    result = mapped;
-    ApplyTwistBlendToJoint(Twist, 0, skeleton, pose, current, result);
-    EXPECT_EQ(result, mapped);
-    result = mapped;
-    ApplyTwistBlendToJoint(Twist, 1, skeleton, pose, pose[0], result);
-    EXPECT_EQ(result.orientation, pose[0].orientation);
-    EXPECT_EQ(result.position, mapped.position);
+    EXPECT_EQ(blend(Twist, 0, current), mapped);
+    const JointPose boneless = blend(Twist, 1, pose[0]);
+    EXPECT_EQ(boneless.orientation, pose[0].orientation);
+    EXPECT_EQ(boneless.position, mapped.position);
 }
 
 TEST(OrientationFixup, TurnsBonesToTheirChildren) {
-    const TargetSkeletonData skeleton = MakeChain();
+    const TargetSkeletonData skeleton(Chain());
     const std::vector<JointPose> rest = {{Quaternionf(), {0, 0, 0}}, {Quaternionf(), {1, 0, 0}},
         {Quaternionf(), {1, 0, 0}}, {Quaternionf(), {1, 1, 0}}};
     // c has moved up beside b, without b having turned.
