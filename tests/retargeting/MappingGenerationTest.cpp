@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <span>
 
 using namespace Velkori_Utility;
 using AutoMapping::GenerateJointMappings;
@@ -60,6 +61,34 @@ const SerializedJointMapping* FindMapping(
     return found == mappings.end() ? nullptr : &*found;
 }
 
+// Half a metre off weighs 1 / 0.5 = 2, 80 cm off 1.25: of their sum, 8 and 5 thirteenths.
+constexpr float Near = 8.0F / 13.0F;
+constexpr float Far = 5.0F / 13.0F;
+
+struct Case {
+    const char* rule;
+    std::string targetJoint;
+    std::map<std::string, Vector3f> offsets;
+    // None: the joint has no mapping.
+    std::vector<Entry> expected;
+    std::vector<std::string> excluded{};
+    bool armsShareTheirFirstJoint = false;
+};
+
+void ExpectWeighed(std::span<const Case> cases) {
+    const PlacedBody target = Target();
+    for (const Case& each : cases) {
+        const PlacedBody source = SourceAround(target.PoseOf(each.targetJoint, target.pose).position,
+            each.offsets, each.excluded, each.armsShareTheirFirstJoint);
+        const auto mappings = GenerateJointMappings(source.pose, target.pose, SkipTwist);
+        const SerializedJointMapping* mapping = FindMapping(mappings, target.Find(each.targetJoint));
+        ASSERT_EQ(mapping != nullptr, !each.expected.empty()) << each.rule;
+        if (mapping != nullptr) {
+            ExpectEntries(source, *mapping, each.expected, each.rule);
+        }
+    }
+}
+
 } // namespace
 
 TEST(MappingGeneration, EqualBodiesMapOneToOneAndCarryTheTwistUpTheirLimbs) {
@@ -94,21 +123,7 @@ TEST(MappingGeneration, EqualBodiesMapOneToOneAndCarryTheTwistUpTheirLimbs) {
     EXPECT_TRUE(GenerateJointMappings(PoseData(body.skeleton), body.pose, SkipTwist).empty());
 }
 
-// Half a metre off weighs 1 / 0.5 = 2, 80 cm off 1.25: of their sum, 8 and 5 thirteenths.
 TEST(MappingGeneration, WeighsSourceJointsByNearnessAndLimb) {
-    constexpr float Near = 8.0F / 13.0F;
-    constexpr float Far = 5.0F / 13.0F;
-
-    struct Case {
-        const char* rule;
-        std::string targetJoint;
-        std::map<std::string, Vector3f> offsets;
-        // None: the joint has no mapping.
-        std::vector<Entry> expected;
-        std::vector<std::string> excluded{};
-        bool armsShareTheirFirstJoint = false;
-    };
-
     const Case cases[] = {
         // 1.7 m along the skeleton are within 1 + 0.8 m from the arm's joint, not within 1 + 0.5 m from the
         // chest.
@@ -131,6 +146,12 @@ TEST(MappingGeneration, WeighsSourceJointsByNearnessAndLimb) {
         {"with none near, the counterpart on the chain drives the rotation alone", "leftUpperArm", {},
             {{"leftCollar", 1, 0}}},
         {"a head is driven by its very counterpart or not at all", "head", {{"chest", {0, 0, 0.5F}}}, {}},
+    };
+    ExpectWeighed(cases);
+}
+
+TEST(MappingGeneration, TakesExactMatchesAndDropsSmallShares) {
+    const Case cases[] = {
         {"to belong to no limb is nothing in common", "tail",
             {{"hips", {0.8F, 0, 0}}, {"tail", {0.5F, 0, 0}}}, {{"hips", 0, Far}, {"tail", 0, Near}}},
         {"but for an exact match it is", "tail", {{"hips", {0, 0.001F, 0}}, {"tail", {0, 0.0049F, 0}}},
@@ -142,21 +163,15 @@ TEST(MappingGeneration, WeighsSourceJointsByNearnessAndLimb) {
         {"no weight is infinite, and beside a huge one others are dropped", "leftUpperArm",
             {{"chest", {0, 0, 0}}, {"leftElbow", {0.5F, 0, 0}}, {"leftCollar", {0.25F, 0, 0}}},
             {{"chest", 0, 1}, {"leftElbow", 1, 0}}, {"leftCollar"}},
+        // 20 against 1.25.
+        {"a share below 7.5 percent is dropped, and the others make up for it", "leftUpperArm",
+            {{"leftCollar", {0.05F, 0, 0}}, {"leftElbow", {0.8F, 0, 0}}},
+            {{"leftCollar", 1, 1}, {"leftElbow", 0, 0}}},
         {"the only one drives alone, wherever within the radius", "finger", {{"chest", {0, 0, 0.99F}}},
             {{"chest", 1, 1}}},
         {"beyond the radius is nothing", "finger", {{"chest", {0, 0, 1.01F}}}, {}},
     };
-    const PlacedBody target = Target();
-    for (const Case& each : cases) {
-        const PlacedBody source = SourceAround(target.PoseOf(each.targetJoint, target.pose).position,
-            each.offsets, each.excluded, each.armsShareTheirFirstJoint);
-        const auto mappings = GenerateJointMappings(source.pose, target.pose, SkipTwist);
-        const SerializedJointMapping* mapping = FindMapping(mappings, target.Find(each.targetJoint));
-        ASSERT_EQ(mapping != nullptr, !each.expected.empty()) << each.rule;
-        if (mapping != nullptr) {
-            ExpectEntries(source, *mapping, each.expected, each.rule);
-        }
-    }
+    ExpectWeighed(cases);
 }
 
 // Lying on its side the body is 3 m high: the radius is 45 cm.

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <span>
 
 using namespace Velkori_Utility;
 using AutoMapping::IdentifyTwistJoints;
@@ -29,27 +30,26 @@ PlacedJoints Beside(const Vector3f& place) {
     return {{"a", "", {0, 0, 0}}, {"leaf", "a", place}, {"b", "a", {1, 0, 0}}, {"c", "b", {1, 1, 0}}};
 }
 
+struct Case {
+    const char* rule;
+    PlacedJoints joints;
+    Texts expected;
+    Texts excluded{};
+};
+
+void ExpectFound(std::span<const Case> cases) {
+    for (const Case& each : cases) {
+        EXPECT_EQ(FoundTwists(PlacedBody(each.joints, each.excluded)), each.expected) << each.rule;
+    }
+}
+
 } // namespace
 
-TEST(TwistJointIdentification, WalksTheHierarchyByItsRules) {
+TEST(TwistJointIdentification, TakesInnerJointsByTheirName) {
     const PlacedJoints nested = {{"a", "", {0, 0, 0}}, {"stop", "a", {1, 0, 0}}, {"twist", "stop", {2, 0, 0}},
         {"b", "twist", {3, 0, 0}}};
-    // A leaf on the line of two bones that go on downwards; the longer one comes first.
-    const PlacedJoints twoBones = {{"a", "", {0, 0, 0}}, {"leaf", "a", {0.5F, 0, 0}},
-        {"long", "a", {2, 0, 0}}, {"longEnd", "long", {2, -1, 0}}, {"short", "a", {1, 0, 0}},
-        {"shortEnd", "short", {1, -1, 0}}};
-    const PlacedJoints chain = {{"a", "", {0, 0, 0}}, {"twist1", "a", {0.25F, 0, 0}},
-        {"twist2", "twist1", {0.5F, 0, 0}}, {"b", "a", {1, 0, 0}}, {"c", "b", {1, 1, 0}}};
-
-    struct Case {
-        const char* rule;
-        PlacedJoints joints;
-        Texts expected;
-        Texts excluded{};
-    };
-
     const Case cases[] = {
-        {"by name, wherever it lies: behind the start the ratio is negative",
+        {"wherever it lies: behind the start the ratio is negative",
             {{"a", "", {0, 0, 0}}, {"ArmTWIST1", "a", {-0.5F, 0, 0}}, {"b", "ArmTWIST1", {1, 0, 0}}},
             {"ArmTWIST1: a -> b, -50"}},
         {"beyond the end it is 1",
@@ -65,6 +65,18 @@ TEST(TwistJointIdentification, WalksTheHierarchyByItsRules) {
             {"leaf: twist -> b, 50"}},
         {"deeper down", nested, {"twist: stop -> b, 50"}},
         {"but not beneath what is excluded", nested, {}, {"stop"}},
+    };
+    ExpectFound(cases);
+}
+
+TEST(TwistJointIdentification, TakesStraightChainsBesideABone) {
+    // A leaf on the line of two bones that go on downwards; the longer one comes first.
+    const PlacedJoints twoBones = {{"a", "", {0, 0, 0}}, {"leaf", "a", {0.5F, 0, 0}},
+        {"long", "a", {2, 0, 0}}, {"longEnd", "long", {2, -1, 0}}, {"short", "a", {1, 0, 0}},
+        {"shortEnd", "short", {1, -1, 0}}};
+    const PlacedJoints chain = {{"a", "", {0, 0, 0}}, {"twist1", "a", {0.25F, 0, 0}},
+        {"twist2", "twist1", {0.5F, 0, 0}}, {"b", "a", {1, 0, 0}}, {"c", "b", {1, 1, 0}}};
+    const Case cases[] = {
         {"2.4 degrees off the bone's line", Beside({0.5F, 0.020956F, 0}), {"leaf: a -> b, 50"}},
         {"2.6 degrees are too many", Beside({0.5F, 0.022705F, 0}), {}},
         {"as far as the bone's end is too far", Beside({1, 0, 0}), {}},
@@ -87,9 +99,7 @@ TEST(TwistJointIdentification, WalksTheHierarchyByItsRules) {
                 {"qEnd", "q", {1, -1, 0}}, {"qTip", "qEnd", {1, -2, 0}}},
             {"leaf: q -> qEnd, 50", "pTwist: p -> pEnd, 50"}},
     };
-    for (const Case& each : cases) {
-        EXPECT_EQ(FoundTwists(PlacedBody(each.joints, each.excluded)), each.expected) << each.rule;
-    }
+    ExpectFound(cases);
     const PlacedBody body(chain);
     EXPECT_TRUE(IdentifyTwistJoints(PoseData(body.skeleton)).empty());
 }

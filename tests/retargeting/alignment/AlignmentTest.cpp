@@ -5,6 +5,7 @@
 #include "retargeting/alignment/LimbRotations.h"
 #include "retargeting/alignment/RestPoseSpace.h"
 #include "support/PlacedBiped.h"
+#include "support/PlacedHands.h"
 #include "support/PoseMatchers.h"
 
 #include <gtest/gtest.h>
@@ -85,12 +86,10 @@ TEST(Alignment, NothingOrEqualPosesLeaveTheTargetToTheBit) {
 
 TEST(Alignment, EachFlagRunsItsStep) {
     const auto withFingers = [](const Vector3f& wrist, float length) {
-        PlacedJoints joints = PlacedBiped({0.5F, 1.4F, 0.1F}, wrist);
-        for (const auto& [name, z] : {std::pair<std::string, float>("finger", 0.03F), {"other", -0.03F}}) {
-            joints.push_back({name, "rightWrist", wrist + Vector3f(0.1F, 0, z)});
-            joints.push_back({name + "Tip", name, wrist + Vector3f(0.1F + length, length * 0.2F, z)});
-        }
-        return joints;
+        const Vector3f bone(length, length * 0.2F, 0);
+        return PlacedBiped({0.5F, 1.4F, 0.1F}, wrist) +
+               Finger("finger", "rightWrist", wrist, {{0.1F, 0, 0.03F}, bone}) +
+               Finger("other", "rightWrist", wrist, {{0.1F, 0, -0.03F}, bone});
     };
     const PlacedBody source(withFingers({0.8F, 1.3F, 0}, 0.1F));
     const PlacedBody target(Turned(withFingers({0.7F, 1.0F, 0}, 0.04F), Pi / 2));
