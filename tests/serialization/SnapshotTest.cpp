@@ -20,7 +20,6 @@ constexpr auto Standard = velkori_CompressionType_Standard;
 constexpr auto High = velkori_CompressionType_High;
 constexpr auto Max = velkori_CompressionType_Max;
 constexpr auto FullJoint = JointSerializationOption_RotationFull | JointSerializationOption_PositionFull;
-constexpr auto LengthJoint = JointSerializationOption_RotationFull | JointSerializationOption_LengthFull;
 
 const std::string IdentityRotation = "11 0111111111 0111111111 0111111111";
 const std::string ZeroPosition = "1000000000000 1000000000000 1000000000000";

@@ -124,15 +124,13 @@ TEST(StreamRecords, HeadersAreTheseBytes) {
 // A first frame, and one coded against it, at every type. Fields of a value v, with 2^n - 1 as largest field:
 //
 // - a rotation's components are (v + sqrt(1/2)) * sqrt(1/2) * largest, rounded; 0 falls just below one half
-// and
-//   gives 511, 16383 and 524287, and 0.6 gives 946, 30285 and 969160;
+//   and gives 511, 16383 and 524287, and 0.6 gives 946, 30285 and 969160;
 // - a position's are (v + range) / (2 range) * largest, rounded, over a range of 4, 4 and 40: (1, 2, -3)
-// gives
-//   5119.38, 6143.25, 1023.88 and so on. With 23 bits the quotient has room for halves only, so that 1 +
-//   2^-11, which should give 4299212.4, gives 4299212.5 and is rounded up;
+//   gives 5119.38, 6143.25, 1023.88 and so on. With 23 bits the quotient has room for halves only, so that
+//   1 + 2^-11, which should give 4299212.4, gives 4299212.5 and is rounded up;
 // - a length's is v / 0.6 * 511, rounded: 0.25 gives 212.9;
-// - a weight's is v * largest, rounded down: 0.5 gives 255.5 and so on, and 0.52 gives 265.7, 8519.2,
-// 136314.4;
+// - a weight's is v * largest, rounded down: 0.5 gives 255.5 and so on, and 0.52 gives 265.7, 8519.2 and
+//   136314.4;
 // - a time's is v / 1800 * largest, rounded: 1.5 and 900.25 give 54.6 and 32776.6 and so on.
 TEST(StreamRecords, SnapshotsAreTheseBits) {
     struct Case {
