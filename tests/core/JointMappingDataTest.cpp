@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <optional>
 #include <tuple>
 
 using namespace Velkori_Utility;
@@ -29,8 +28,6 @@ constexpr auto Twist = velkori_JointMappingBehaviorType_Twist;
 constexpr auto AlignedTwist = velkori_JointMappingBehaviorType_ChildAlignedTwist;
 constexpr auto IKDerived = velkori_JointMappingBehaviorType_IKDerived;
 
-const std::string Prefix = "[JointMappingData::CreateFromJSON] ";
-
 TestSkeletons::Params MakeChain(const Texts& names) {
     std::vector<TestSkeletons::Joint> joints;
     for (const std::string& name : names) {
@@ -39,24 +36,16 @@ TestSkeletons::Params MakeChain(const Texts& names) {
     return TestSkeletons::MakeParams(joints, TestSkeletons::InOrder(joints.size()));
 }
 
-const TestSkeletons::Params& SourceParams() {
-    static const TestSkeletons::Params params = MakeChain({"hips", "spine", "head"});
-    return params;
-}
+struct Chains {
+    TestSkeletons::Params sourceParams = MakeChain({"hips", "spine", "head"});
+    TestSkeletons::Params targetParams = MakeChain({"Pelvis", "Torso", "Skull", "Jaw"});
+    SourceSkeletonData source{sourceParams};
+    TargetSkeletonData target{targetParams};
+};
 
-const TestSkeletons::Params& TargetParams() {
-    static const TestSkeletons::Params params = MakeChain({"Pelvis", "Torso", "Skull", "Jaw"});
-    return params;
-}
-
-const SourceSkeletonData& SourceSkeleton() {
-    static const SourceSkeletonData skeleton(SourceParams());
-    return skeleton;
-}
-
-const TargetSkeletonData& TargetSkeleton() {
-    static const TargetSkeletonData skeleton(TargetParams());
-    return skeleton;
+const Chains& TwoChains() {
+    static const Chains chains;
+    return chains;
 }
 
 SerializedJointMapping Map(
@@ -64,14 +53,29 @@ SerializedJointMapping Map(
     return {joint, type, behavior, {{0, weight, weight}}};
 }
 
-// Mappings between the two chains.
 struct Data : JointMappingData {
     explicit Data(const Mappings& mappings)
-        : JointMappingData(SourceSkeleton(), TargetSkeleton(), mappings) {}
+        : JointMappingData(TwoChains().source, TwoChains().target, mappings) {}
 };
 
-Mappings Read(const std::string& document, LogMsgMap& messages) {
-    return JointMappingData::CreateFromJSON(messages, "min", Parse(document), SourceParams(), TargetParams());
+Mappings Read(LogMsgMap& messages, const std::string& document,
+    const TestSkeletons::Params& source = TwoChains().sourceParams,
+    const TestSkeletons::Params& target = TwoChains().targetParams) {
+    return JointMappingData::CreateFromJSON(messages, "min", Parse(document), source, target);
+}
+
+// All that was logged, then all that waits to be, by its category instead of the prefix.
+Texts TakeReports(LogMsgMap& messages) {
+    Texts reports = LogCapture::TakeTexts();
+    const std::string prefix = "[JointMappingData::CreateFromJSON] ";
+    for (const auto& [category, name] :
+        {std::pair(LogMsgCategory::Error, "error: "), std::pair(LogMsgCategory::Warning, "warning: ")}) {
+        for (const std::string& text : messages[category]) {
+            EXPECT_TRUE(text.starts_with(prefix)) << text;
+            reports.push_back(name + text.substr(std::min(prefix.size(), text.size())));
+        }
+    }
+    return reports;
 }
 
 std::string Write(const JointMappingData& data) {
@@ -111,7 +115,7 @@ TEST(SerializedJointMapping, TakesTheFlatListOfEntriesInTurn) {
 TEST(JointMappingDataJSON, ReadsTheSimpleAndTheDoubleForm) {
     const LogCapture capture;
     LogMsgMap messages;
-    const Mappings mappings = Read(R"({"min":{
+    const Mappings mappings = Read(messages, R"({"min":{
         "Skull":{"target":{"behavior":"ikDerived",
                            "mappings":{"Jaw":{"weightPosition":0.5,"weightRotation":0}}},
                  "source":{"behavior":"twist",
@@ -119,10 +123,8 @@ TEST(JointMappingDataJSON, ReadsTheSimpleAndTheDoubleForm) {
                                        "hips":{"weightRotation":1e300,"weightPosition":0}}}},
         "Pelvis":{"mappings":{"hips":{"weightRotation":1,"weightPosition":1}}},
         "Torso":{"type":"target","behavior":"childAlignedTwist",
-                 "mappings":{"Pelvis":{"weightRotation":1,"weightPosition":-3}}}}})",
-        messages);
-    EXPECT_TRUE(messages.empty());
-    EXPECT_TRUE(LogCapture::TakeLines().empty());
+                 "mappings":{"Pelvis":{"weightRotation":1,"weightPosition":-3}}}}})");
+    EXPECT_TRUE(TakeReports(messages).empty());
     constexpr float Infinity = std::numeric_limits<float>::infinity();
     EXPECT_EQ(RowsOf(mappings),
         (Rows{{2, Source, Twist, {{2, 0.25F, 2.0F}, {0, Infinity, 0.0F}}},
@@ -132,119 +134,98 @@ TEST(JointMappingDataJSON, ReadsTheSimpleAndTheDoubleForm) {
 
 TEST(JointMappingDataJSON, ReportsWhatItCannotUseAndGoesOn) {
     const std::string good = R"("mappings":{"hips":{"weightRotation":1,"weightPosition":1}})";
+    const Entries one = {{0, 1.0F, 1.0F}};
     const std::string noneLeft =
-        Prefix + "No Valid Mapping Entries defined for min joint mapping. Skipping joint mapping.";
+        "warning: No Valid Mapping Entries defined for min joint mapping. Skipping joint mapping.";
+    const std::string noTarget = "error: Mapping Entry - Cannot find Target Joint named ";
+    const std::string notBool = "[ERROR]: Cannot retrieve JSON double Value, rapidJson Value is of type bool";
 
     struct Case {
         std::string mapping;
-        Texts errors;
-        Texts warnings;
-        // Of the mappings, besides the one that always follows.
-        std::size_t usable;
+        // Of the first usable mapping; another one always follows.
+        Entries entries;
+        Texts reports;
     };
 
     const Case cases[] = {
-        {R"("Jaw":[])",
-            {Prefix + "Mapping Entries must be JSON object / map type. Found type arrayfor key \"Jaw\""}, {},
-            0},
-        {R"("Nose":{)" + good + "}", {Prefix + "Mapping Entry - Cannot find Target Joint named \"Nose\""}, {},
-            0},
+        {R"("Jaw":[])", {},
+            {"error: Mapping Entries must be JSON object / map type. Found type arrayfor key \"Jaw\""}},
+        {R"("Nose":{)" + good + "}", {}, {noTarget + "\"Nose\""}},
         // A name doesn't end at its first NUL.
-        {R"("Jaw\u0000":{)" + good + "}",
-            {Prefix + "Mapping Entry - Cannot find Target Joint named \"Jaw" + std::string(1, '\0') + "\""},
-            {}, 0},
-        {R"("Jaw":{"type":"middle",)" + good + "}",
-            {Prefix + "Unknown Input Skeleton Type \"middle\" for min joint mapping."}, {}, 0},
-        {R"("Jaw":{"behavior":"wild",)" + good + "}", {},
-            {Prefix +
-                "Unknown Blend Behavior \"wild\" for min joint mapping.  Falling back to use Normal Blend "
-                "Behavior."},
-            1},
-        {R"("Jaw":{"source":{)" + good + R"(},"type":"target"})", {},
-            {Prefix + "Unexpected key \"type\" in Mapping Entry for Target Joint named \"Jaw\".  Skipping "
-                      "Entry."},
-            1},
-        {R"("Jaw":{)" + good + R"(},"Jaw":{"source":{)" + good + "}}", {},
-            {Prefix + "Duplicate min Mapping Entry for Target Joint named \"Jaw\".  Skipping Duplicate."}, 1},
-        {R"("Jaw":{"source":{)" + good + R"(},"target":7})", {}, {noneLeft}, 1},
-        {R"("Jaw":{"source":7,)" + good + "}", {}, {}, 1},
-        {R"("Jaw":{"mappings":{}})", {}, {noneLeft}, 0},
-        {R"("Jaw":{"mappings":{"Skull":{},"spine":{"weightRotation":0,"weightPosition":1e-60}}})",
-            {Prefix + "Could not find source joint named \"Skull\" in min joint mapping."},
-            {Prefix + "Mapping entry for source joint named \"spine\" in min joint mapping has zero position "
-                      "weight and zero rotation weight.  Skipping entry.",
-                noneLeft},
-            0},
+        {R"("Jaw\u0000":{)" + good + "}", {}, {noTarget + "\"Jaw" + std::string(1, '\0') + "\""}},
+        {R"("Jaw":{"type":"middle",)" + good + "}", {},
+            {"error: Unknown Input Skeleton Type \"middle\" for min joint mapping."}},
+        {R"("Jaw":{"behavior":"wild",)" + good + "}", one,
+            {"warning: Unknown Blend Behavior \"wild\" for min joint mapping.  Falling back to use Normal "
+             "Blend Behavior."}},
+        {R"("Jaw":{"source":{)" + good + R"(},"type":"target"})", one,
+            {"warning: Unexpected key \"type\" in Mapping Entry for Target Joint named \"Jaw\".  Skipping "
+             "Entry."}},
+        {R"("Jaw":{)" + good + R"(},"Jaw":{"source":{)" + good + "}}", one,
+            {"warning: Duplicate min Mapping Entry for Target Joint named \"Jaw\".  Skipping Duplicate."}},
+        {R"("Jaw":{"source":{)" + good + R"(},"target":7})", one, {noneLeft}},
+        {R"("Jaw":{"source":7,)" + good + "}", one, {}},
+        {R"("Jaw":{"mappings":{}})", {}, {noneLeft}},
+        {R"("Jaw":{"mappings":{"Skull":{},"spine":{"weightRotation":0,"weightPosition":1e-60}}})", {},
+            {"error: Could not find source joint named \"Skull\" in min joint mapping.",
+                "warning: Mapping entry for source joint named \"spine\" in min joint mapping has zero "
+                "position weight and zero rotation weight.  Skipping entry.",
+                noneLeft}},
+        // A weight that is missing is one.
+        {R"("Jaw":{"mappings":{"head":{"weightPosition":0.5},"hips":true}})",
+            {{2, 1.0F, 0.5F}, {0, 1.0F, 1.0F}},
+            {"[ERROR]: Cannot find key named \"weightRotation\" in JSON Object/Map", notBool, notBool}},
     };
     const LogCapture capture;
     for (const Case& each : cases) {
         LogMsgMap messages;
         const Mappings mappings =
-            Read(R"({"min":{)" + each.mapping + R"(,"Torso":{)" + good + "}}}", messages);
-        EXPECT_EQ(messages[LogMsgCategory::Error], each.errors) << each.mapping;
-        EXPECT_EQ(messages[LogMsgCategory::Warning], each.warnings) << each.mapping;
-        EXPECT_EQ(mappings.size(), each.usable + 1) << each.mapping;
+            Read(messages, R"({"min":{)" + each.mapping + R"(,"Torso":{)" + good + "}}}");
+        EXPECT_EQ(TakeReports(messages), each.reports) << each.mapping;
+        ASSERT_EQ(mappings.size(), each.entries.empty() ? 1U : 2U) << each.mapping;
+        EXPECT_EQ(EntriesOf(mappings[0]), each.entries.empty() ? one : each.entries) << each.mapping;
     }
-}
-
-TEST(JointMappingDataJSON, WeightsThatAreMissingAreOneAndSaidSo) {
-    const LogCapture capture;
-    LogMsgMap messages;
-    const Mappings mappings =
-        Read(R"({"min":{"Jaw":{"mappings":{"head":{"weightPosition":0.5},"hips":true}}}})", messages);
-    ASSERT_EQ(mappings.size(), 1U);
-    EXPECT_EQ(EntriesOf(mappings[0]), (Entries{{2, 1.0F, 0.5F}, {0, 1.0F, 1.0F}}));
-    const std::string mistyped =
-        "[ERROR]: Cannot retrieve JSON double Value, rapidJson Value is of type bool";
-    EXPECT_EQ(LogCapture::TakeTexts(),
-        (Texts{"[ERROR]: Cannot find key named \"weightRotation\" in JSON Object/Map", mistyped, mistyped}));
-    EXPECT_TRUE(messages.empty());
 }
 
 TEST(JointMappingDataJSON, AnAbsentPartIsSilentAndAMistypedOneIsAnError) {
     const std::string mistyped =
-        Prefix + "Cannot parse Joint Mapping data.Must be an Object / Map JSON type.Type is ";
+        "error: Cannot parse Joint Mapping data.Must be an Object / Map JSON type.Type is ";
+    const std::string mapping = R"({"mappings":{"hips":{"weightRotation":1,"weightPosition":1}}})";
+    const std::string usable = R"({"min":{"Jaw":)" + mapping + R"(,"Torso":)" + mapping + "}}";
+    const auto noSource = [](const std::string& joint) {
+        return "error: Mapping Entry for Target Joint named \"" + joint +
+               "\" has references to empty \"source\" skeleton.";
+    };
+    const TestSkeletons::Params& source = TwoChains().sourceParams;
+    const TestSkeletons::Params& target = TwoChains().targetParams;
+    const TestSkeletons::Params empty;
 
     struct Case {
-        const char* document;
-        Texts lines;
-        Texts errors;
+        std::string document;
+        Texts reports;
+        const TestSkeletons::Params& source;
+        const TestSkeletons::Params& target;
     };
 
     const Case cases[] = {
-        {"{}", {}, {}},
-        {R"({"max":{}})", {"[ERROR]: Cannot find key named \"min\" in JSON Object/Map"}, {}},
-        {"[]", {}, {Prefix + "Invalid mapping data.  Structure is not a JSON object/map."}},
-        {R"({"min":5})", {}, {mistyped + "number"}},
-        {R"({"min":null})", {}, {mistyped + "nullType"}},
+        {"{}", {}, source, target},
+        {R"({"max":{}})", {"[ERROR]: Cannot find key named \"min\" in JSON Object/Map"}, source, target},
+        {"[]", {"error: Invalid mapping data.  Structure is not a JSON object/map."}, source, target},
+        {R"({"min":5})", {mistyped + "number"}, source, target},
+        {R"({"min":null})", {mistyped + "nullType"}, source, target},
         {R"({"min":true})",
-            {"[ERROR]: JSON value for key \"min\" type mismatch.  Expected object, found bool."}, {}},
+            {"[ERROR]: JSON value for key \"min\" type mismatch.  Expected object, found bool."}, source,
+            target},
+        // Said once, not per mapping.
+        {usable, {"error: Invalid mapping data. Target Skeleton is empty."}, source, empty},
+        {usable, {noSource("Jaw"), noSource("Torso")}, empty, target},
     };
     const LogCapture capture;
     for (const Case& each : cases) {
         LogMsgMap messages;
-        EXPECT_TRUE(Read(each.document, messages).empty()) << each.document;
-        EXPECT_EQ(LogCapture::TakeTexts(), each.lines) << each.document;
-        EXPECT_EQ(messages[LogMsgCategory::Error], each.errors) << each.document;
+        EXPECT_TRUE(Read(messages, each.document, each.source, each.target).empty()) << each.document;
+        EXPECT_EQ(TakeReports(messages), each.reports) << each.document;
     }
-}
-
-TEST(JointMappingDataJSON, ReferencesToAnEmptySkeletonAreErrors) {
-    const std::string mapping = R"({"mappings":{"hips":{"weightRotation":1,"weightPosition":1}}})";
-    const JSONDocument document = Parse(R"({"max":{"Jaw":)" + mapping + R"(,"Torso":)" + mapping + "}}");
-    LogMsgMap messages;
-    const TestSkeletons::Params empty;
-    EXPECT_TRUE(JointMappingData::CreateFromJSON(messages, "max", document, SourceParams(), empty).empty());
-    EXPECT_EQ(
-        messages[LogMsgCategory::Error], Texts{Prefix + "Invalid mapping data. Target Skeleton is empty."})
-        << "said once, not per mapping";
-    messages.clear();
-    EXPECT_TRUE(JointMappingData::CreateFromJSON(messages, "max", document, empty, TargetParams()).empty());
-    EXPECT_EQ(messages[LogMsgCategory::Error],
-        (Texts{Prefix + "Mapping Entry for Target Joint named \"Jaw\" has references to empty \"source\" "
-                        "skeleton.",
-            Prefix + "Mapping Entry for Target Joint named \"Torso\" has references to empty \"source\" "
-                     "skeleton."}));
 }
 
 TEST(JointMappingDataJSON, WhatIsWrittenIsReadAndWrittenAgain) {
@@ -262,7 +243,7 @@ TEST(JointMappingDataJSON, WhatIsWrittenIsReadAndWrittenAgain) {
                         R"(,"Torso":{"type":"target","behavior":"normal",)" + mappings("Pelvis", "1.0") +
                         "}");
     LogMsgMap messages;
-    EXPECT_EQ(Write(Data(Read(R"({"min":)" + text + "}", messages))), text);
+    EXPECT_EQ(Write(Data(Read(messages, R"({"min":)" + text + "}"))), text);
     EXPECT_TRUE(messages.empty());
     EXPECT_EQ(Write(Data(data.ToSerializedJointMappings())), text);
 }
@@ -271,7 +252,7 @@ TEST(JointMappingData, ValidationReportsEveryIndexThatIsNoJoint) {
     LogMsgMap messages;
     const auto isValid = [&](const Mappings& mappings) {
         return JointMappingData::ValidateSerializedMappingData(
-            SourceParams(), TargetParams(), mappings, messages);
+            TwoChains().sourceParams, TwoChains().targetParams, mappings, messages);
     };
     EXPECT_TRUE(isValid({}));
     EXPECT_TRUE(isValid({{3, Source, Normal, {{2, 1, 1}}}, {0, Target, Normal, {{3, 1, 1}}}}));
@@ -309,37 +290,26 @@ TEST(JointMappingData, TheFirstOfSeveralMappingsOfOneJointCounts) {
 
 TEST(JointMappingData, TheTargetsOwnJointsDriveWhereTheirBehaviorIsNormal) {
     struct Case {
-        std::optional<JointMappingBehaviorType> source;
-        std::optional<JointMappingBehaviorType> target;
-        JointMappingType driver = Source;
-        bool isTwist = false;
+        Mappings mappings;
+        JointMappingType driver;
+        bool isTwist;
     };
 
+    const auto fromSource = [](auto behavior) { return Map(1, Source, behavior); };
+    const auto fromTarget = [](auto behavior) { return Map(1, Target, behavior); };
     const Case cases[] = {
-        {Normal, {}, Source, false},
-        {Twist, {}, Source, true},
-        {AlignedTwist, {}, Source, true},
-        {IKDerived, {}, Source, false},
-        {{}, Normal, Target, false},
-        {{}, AlignedTwist, Target, true},
-        {{}, IKDerived, Target, false},
-        {Normal, Normal, Target, false},
-        {Twist, Normal, Target, false},
-        {Twist, Twist, Source, true},
-        {AlignedTwist, Twist, Source, true},
-        {Normal, Twist, Source, false},
-        {Normal, IKDerived, Source, false},
-        {Twist, IKDerived, Source, false},
+        {{fromSource(Normal)}, Source, false},
+        {{fromSource(AlignedTwist)}, Source, true},
+        {{fromTarget(Normal)}, Target, false},
+        {{fromTarget(AlignedTwist)}, Target, true},
+        {{fromTarget(IKDerived)}, Target, false},
+        {{fromTarget(Normal), fromSource(Twist)}, Target, false},
+        {{fromTarget(Twist), fromSource(Twist)}, Source, true},
+        {{fromTarget(Twist), fromSource(Normal)}, Source, false},
+        {{fromTarget(IKDerived), fromSource(Twist)}, Source, false},
     };
     for (const Case& each : cases) {
-        Mappings mappings;
-        if (each.target) {
-            mappings.push_back(Map(1, Target, *each.target));
-        }
-        if (each.source) {
-            mappings.push_back(Map(1, Source, *each.source));
-        }
-        const Data data(mappings);
+        const Data data(each.mappings);
         ASSERT_NE(data.FindCombinedMapping(1), nullptr);
         EXPECT_EQ(data.FindCombinedMapping(1)->GetType(), each.driver);
         EXPECT_EQ(data.GetTwistTargetJoints().ToKeyVector(),
@@ -352,7 +322,7 @@ TEST(JointMappingData, WhatOneSetMapsTheOtherMapsToo) {
     Data min({Map(2, Source, Twist), Map(0, Target, Normal), Map(0, Source, IKDerived),
         Map(1, Source, Normal, 3)});
     Data max({Map(3, Target, Twist), Map(2, Source, Normal), Map(1, Source, Normal, 5)});
-    const Texts& names = TargetParams().jointNames;
+    const Texts& names = TwoChains().targetParams.jointNames;
     JointMappingData::PopulateUnmappedJoints(names, min, max);
     EXPECT_EQ(LogCapture::TakeTexts(),
         (Texts{"[WARNING]: Unmapped joint \"Pelvis\" identified.  Copying Mapping Record.",
