@@ -229,19 +229,21 @@ TEST(JointMappingDataJSON, AnAbsentPartIsSilentAndAMistypedOneIsAnError) {
 }
 
 TEST(JointMappingDataJSON, WhatIsWrittenIsReadAndWrittenAgain) {
-    // A joint with both sets stands where its source-type set came.
-    const Data data({Map(3, Source, Twist, 0.1F), Map(0, Source, Normal), Map(1, Target, Normal),
-        Map(3, Target, IKDerived, 0.5F)});
+    // A joint with both sets stands where its source-type set came. Joints have their own skeleton's names.
+    const Data data({Map(3, Source, Twist, 0.1F), Map(0, Source, Normal),
+        {1, Target, AlignedTwist, {{3, 0.25F, 2}, {0, 0, 1}}}, Map(3, Target, IKDerived, 0.5F)});
     const std::string text = Write(data);
-    const auto mappings = [](const std::string& joint, const std::string& weight) {
-        return R"("mappings":{")" + joint + R"(":{"weightPosition":)" + weight + R"(,"weightRotation":)" +
-               weight + "}}}";
+    const auto entry = [](const std::string& joint, const char* position, const char* rotation) {
+        return '"' + joint + R"(":{"weightPosition":)" + position + R"(,"weightRotation":)" + rotation + "}";
     };
-    EXPECT_EQ(text, R"({"Jaw":{"source":{"behavior":"twist",)" + mappings("hips", "0.10000000149011612") +
-                        R"(,"target":{"behavior":"ikDerived",)" + mappings("Pelvis", "0.5") +
-                        R"(},"Pelvis":{"type":"source","behavior":"normal",)" + mappings("hips", "1.0") +
-                        R"(,"Torso":{"type":"target","behavior":"normal",)" + mappings("Pelvis", "1.0") +
-                        "}");
+    EXPECT_EQ(text, R"({"Jaw":{"source":{"behavior":"twist","mappings":{)" +
+                        entry("hips", "0.10000000149011612", "0.10000000149011612") +
+                        R"(}},"target":{"behavior":"ikDerived","mappings":{)" +
+                        entry("Pelvis", "0.5", "0.5") +
+                        R"(}}},"Pelvis":{"type":"source","behavior":"normal","mappings":{)" +
+                        entry("hips", "1.0", "1.0") +
+                        R"(}},"Torso":{"type":"target","behavior":"childAlignedTwist","mappings":{)" +
+                        entry("Jaw", "2.0", "0.25") + "," + entry("Pelvis", "1.0", "0.0") + "}}}");
     LogMsgMap messages;
     EXPECT_EQ(Write(Data(Read(messages, R"({"min":)" + text + "}"))), text);
     EXPECT_TRUE(messages.empty());
