@@ -5,7 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
+#include <tuple>
+#include <utility>
 
 using namespace Velkori_Utility;
 
@@ -29,11 +32,18 @@ Params ValidParams() {
     return params;
 }
 
+// Without the prefix that all of them have.
 Texts FaultsOf(const Params& params) {
     LogMsgMap messages;
     const bool valid = params.CheckIsValid(messages);
     EXPECT_EQ(valid, messages.empty());
-    return messages[LogMsgCategory::Error];
+    const std::string prefix = "SKELETON: ";
+    Texts faults;
+    for (const std::string& text : messages[LogMsgCategory::Error]) {
+        EXPECT_TRUE(text.starts_with(prefix)) << text;
+        faults.push_back(text.substr(std::min(prefix.size(), text.size())));
+    }
+    return faults;
 }
 
 } // namespace
@@ -74,13 +84,7 @@ TEST(SkeletonParamsJSON, KeysAreRequiredAsTheSkeletonNeedsThem) {
     };
     const std::string minOnly = R"({"joints":["a"],"hierarchy":{"a":""},"tposeMin":{"a":)" + Pose + "}}";
 
-    struct Case {
-        std::string text;
-        int skeletonType;
-        Texts lines;
-    };
-
-    const Case cases[] = {
+    const std::tuple<std::string, int, Texts> cases[] = {
         {"{}", 0, {}},
         {"{}", 1, {}},
         {R"({"blendShapes":["b"]})", 0, {missing("joints")}},
@@ -89,15 +93,15 @@ TEST(SkeletonParamsJSON, KeysAreRequiredAsTheSkeletonNeedsThem) {
         {minOnly, 0, {missing("tposeMax")}},
     };
     const LogCapture capture;
-    for (const Case& each : cases) {
+    for (const auto& [text, skeletonType, lines] : cases) {
         LogMsgMap messages;
-        Read(each.text, messages, each.skeletonType);
-        EXPECT_EQ(LogCapture::TakeTexts(), each.lines) << each.text;
-        EXPECT_TRUE(messages.empty()) << each.text;
+        Read(text, messages, skeletonType);
+        EXPECT_EQ(LogCapture::TakeTexts(), lines) << text;
+        EXPECT_TRUE(messages.empty()) << text;
     }
     LogMsgMap messages;
     EXPECT_EQ(FaultsOf(Read(minOnly, messages)),
-        Texts{"SKELETON: Min and Max T-Pose must both be defined if either is defined."});
+        Texts{"Min and Max T-Pose must both be defined if either is defined."});
 }
 
 TEST(SkeletonParamsJSON, ReportsWhatItCannotUse) {
@@ -149,99 +153,77 @@ TEST(SkeletonParamsJSON, ConvertsPosesToTheSpaceOfTheProcess) {
 
 TEST(SkeletonParamsJSON, MistypedPartsEndInDefaultsAndLines) {
     const LogCapture capture;
-    const char* const mistyped[] = {"5", "\"text\"", "[1,2]", "true", "null"};
-    for (const char* value : mistyped) {
-        for (const char* key : {"joints", "blendShapes", "hierarchy", "knownJoints",
+    for (const std::string value : {"5", "\"text\"", "[1,2]", "true", "null"}) {
+        LogMsgMap messages;
+        for (const std::string key : {"joints", "blendShapes", "hierarchy", "knownJoints",
                  "autoMappingExcludedJoints", "manifestations", "tpose", "tposeMin"}) {
-            LogMsgMap messages;
-            const Params params =
-                Read(std::string(R"({"joints":["a"],")") + key + "\":" + value + "}", messages);
+            const Params params = Read(R"({"joints":["a"],")" + key + "\":" + value + "}", messages);
             LogMsgMap faults;
             params.CheckIsValid(faults);
-            EXPECT_FALSE(LogCapture::TakeLines().empty() && std::string(key) != "joints")
-                << key << " " << value;
+            EXPECT_FALSE(LogCapture::TakeLines().empty() && key != "joints") << key << " " << value;
         }
-        LogMsgMap messages;
         EXPECT_TRUE(FaultsOf(Read(value, messages)).empty()) << "no skeleton at all is an empty one";
-        Read(
-            std::string(R"({"joints":["a"],"hierarchy":{"a":)") + value + R"(},"tpose":{"a":)" + value + "}}",
-            messages);
+        LogCapture::TakeLines();
+        Read(R"({"joints":["a"],"hierarchy":{"a":)" + value + R"(},"tpose":{"a":)" + value + "}}", messages);
         EXPECT_FALSE(LogCapture::TakeLines().empty());
     }
 }
 
 TEST(SkeletonParamsValidation, ReportsEveryFaultInItsOwnWords) {
-    struct Case {
-        std::function<void(Params&)> damage;
-        Texts faults;
-    };
-
-    const Case cases[] = {
+    const std::pair<std::function<void(Params&)>, Texts> cases[] = {
         {[](Params&) {}, {}},
         {[](Params& p) { p = {}; }, {}},
-        {[](Params& p) { p.jointNames[2] = ""; },
-            {"SKELETON: Skeleton cannot have empty strings for joint names"}},
+        {[](Params& p) { p.jointNames[2] = ""; }, {"Skeleton cannot have empty strings for joint names"}},
         {[](Params& p) { p.jointNames[2] = "hips", p.parentJointNames.resize(2); },
-            {"SKELETON: Duplicate joint names defined."}},
+            {"Duplicate joint names defined."}},
         {[](Params& p) { p.parentJointNames.resize(2); },
-            {"SKELETON: ParentJoint index mismatch detected - ParentJoint Array must match Joint Names size.",
-                "SKELETON: Parent Joint not specified for: head"}},
-        {[](Params& p) { p.parentJointNames.clear(); },
-            {"SKELETON: Parent Joint not specified for: hips",
-                "SKELETON: Parent Joint not specified for: spine",
-                "SKELETON: Parent Joint not specified for: head"}},
+            {"ParentJoint index mismatch detected - ParentJoint Array must match Joint Names size.",
+                "Parent Joint not specified for: head"}},
+        {[](Params& p) { p.parentJointNames.clear(), p.maxTPose.clear(); },
+            {"Parent Joint not specified for: hips", "Parent Joint not specified for: spine",
+                "Parent Joint not specified for: head",
+                "Min and Max T-Pose must both be defined if either is defined."}},
         {[](Params& p) { p.parentJointNames[1] = "pelvis"; },
-            {"SKELETON: Could not find parent joint named: pelvis",
-                "SKELETON: Parent Joint not specified for: spine"}},
+            {"Could not find parent joint named: pelvis", "Parent Joint not specified for: spine"}},
         {[](Params& p) {
              p.parentJointNames = {"head", "hips", "hips"};
          },
-            {"SKELETON: Circular joint dependency detected for \"hips\" at \"hips\"",
-                "SKELETON: Circular joint dependency detected for \"spine\" at \"hips\"",
-                "SKELETON: Circular joint dependency detected for \"head\" at \"head\""}},
-        {[](Params& p) { p.knownJointNames = {"hips"}; },
-            {"SKELETON: Invalid Known Joint IDs specified.  Vector must either be empty or size: 12"}},
-        {[](Params& p) {
-             p.knownJointNames = {"", "tail", "tail", "hips", "", "", "", "", "", "", "", "hips"};
-         },
-            {"SKELETON: Could not find known joint hips named: tail",
-                "SKELETON: Could not find known joint rightUpperArm named: tail",
-                "SKELETON: Duplicate joint \"tail\" specified for multiple known joint IDs.",
-                "SKELETON: Duplicate joint \"hips\" specified for multiple known joint IDs."}},
-        {[](Params& p) {
-             p.autoMappingExcludedJoints = {"hips", "", "tail"};
-         },
-            {"SKELETON: AutoMapping Excluded Joints cannot contain empty joint names",
-                "SKELETON: Could not find AutoMapping Excluded joint named: tail"}},
-        {[](Params& p) { p.minTPose.resize(2), p.maxTPose.resize(4), p.unscaledTPose.resize(1); },
-            {"SKELETON: MinTPose does not match the number of joints defined.  Found: 2 Expected: 3",
-                "SKELETON: MaxTPose does not match the number of joints defined.  Found: 4 Expected: 3",
-                "SKELETON: UnscaledTPose does not match the number of joints defined.  Found: 1 Expected: "
-                "3"}},
-        {[](Params& p) { p.maxTPose.clear(); },
-            {"SKELETON: Min and Max T-Pose must both be defined if either is defined."}},
-        {[](Params& p) {
-             p.manifestations.Insert("", {"tail"});
-             p.manifestations.Insert("upper", {"head", "tail", "head"});
-         },
-            {"SKELETON: Manifestations must have a valid string as a name.",
-                "SKELETON: Invalid joint name \"tail\" specified in manifestation \"\"",
-                "SKELETON: Invalid joint name \"tail\" specified in manifestation \"upper\"",
-                "SKELETON: Duplicate joint name \"head\" specified in manifestation \"upper\""}},
+            {"Circular joint dependency detected for \"hips\" at \"hips\"",
+                "Circular joint dependency detected for \"spine\" at \"hips\"",
+                "Circular joint dependency detected for \"head\" at \"head\""}},
+        {[](Params& p) { p.knownJointNames = {"hips"}, p.minTPose.clear(), p.maxTPose.resize(4); },
+            {"Invalid Known Joint IDs specified.  Vector must either be empty or size: 12",
+                "MaxTPose does not match the number of joints defined.  Found: 4 Expected: 3",
+                "Min and Max T-Pose must both be defined if either is defined."}},
         // All rules run, whatever the earlier ones found.
         {[](Params& p) {
              p.parentJointNames = {"spine", "hips", "head"};
-             p.minTPose.clear();
+             p.knownJointNames = {"", "tail", "tail", "hips", "", "", "", "", "", "", "", "hips"};
+             p.autoMappingExcludedJoints = {"hips", "", "tail"};
+             p.minTPose.resize(2), p.unscaledTPose.resize(1);
+             p.manifestations.Insert("", {"tail"});
+             p.manifestations.Insert("upper", {"head", "tail", "head"});
          },
-            {"SKELETON: Circular joint dependency detected for \"hips\" at \"hips\"",
-                "SKELETON: Circular joint dependency detected for \"spine\" at \"spine\"",
-                "SKELETON: Circular joint dependency detected for \"head\" at \"head\"",
-                "SKELETON: Min and Max T-Pose must both be defined if either is defined."}},
+            {"Circular joint dependency detected for \"hips\" at \"hips\"",
+                "Circular joint dependency detected for \"spine\" at \"spine\"",
+                "Circular joint dependency detected for \"head\" at \"head\"",
+                "Could not find known joint hips named: tail",
+                "Could not find known joint rightUpperArm named: tail",
+                "Duplicate joint \"tail\" specified for multiple known joint IDs.",
+                "Duplicate joint \"hips\" specified for multiple known joint IDs.",
+                "AutoMapping Excluded Joints cannot contain empty joint names",
+                "Could not find AutoMapping Excluded joint named: tail",
+                "MinTPose does not match the number of joints defined.  Found: 2 Expected: 3",
+                "UnscaledTPose does not match the number of joints defined.  Found: 1 Expected: 3",
+                "Manifestations must have a valid string as a name.",
+                "Invalid joint name \"tail\" specified in manifestation \"\"",
+                "Invalid joint name \"tail\" specified in manifestation \"upper\"",
+                "Duplicate joint name \"head\" specified in manifestation \"upper\""}},
     };
-    for (const Case& each : cases) {
+    for (const auto& [damage, faults] : cases) {
         Params params = ValidParams();
-        each.damage(params);
-        EXPECT_EQ(FaultsOf(params), each.faults);
+        damage(params);
+        EXPECT_EQ(FaultsOf(params), faults);
     }
 }
 
