@@ -18,16 +18,27 @@ UtilityConfigInitializationParams Params(const char* name) {
 
 } // namespace
 
-TEST(UtilityContext, HandlesCountUpAndAreNotReused) {
+TEST(UtilityContext, HandlesCountUpAndAreNeitherReusedNorTakenByARefusal) {
     const velkori_Handle first = UtilityContext::CreateUtilityInstance(Params("a"));
-    const velkori_Handle second = UtilityContext::CreateUtilityInstance(Params("b"));
     EXPECT_NE(first, 0U);
-    EXPECT_EQ(second, first + 1);
-    EXPECT_TRUE(UtilityContext::DestroyUtilityInstance(second));
+    EXPECT_EQ(UtilityContext::CreateUtilityInstance(Params("b")), first + 1);
+    EXPECT_TRUE(UtilityContext::DestroyUtilityInstance(first + 1));
+    const LogCapture capture;
+    const auto invalid = std::make_shared<UtilityInstance>(Params("invalid"));
+    invalid->isValid = false;
+    EXPECT_EQ(UtilityContext::InitializeUtilityInstance(invalid, 0), 0U);
+    EXPECT_EQ(UtilityContext::InitializeUtilityInstance(invalid, first), 0U);
+    EXPECT_FALSE(UtilityContext::ReinitializeUtilityInstanceHandle(first + 1, Params("stray")));
+    EXPECT_EQ(UtilityContext::GetUtilityInstance(first)->config.GetName(), "a");
     EXPECT_EQ(UtilityContext::CreateUtilityInstance(Params("c")), first + 2);
     EXPECT_EQ(velkori_destroy(first), velkori_Result_Success);
     EXPECT_EQ(velkori_destroy(first + 2), velkori_Result_Success);
     EXPECT_FALSE(UtilityContext::HasValidUtilityInstance());
+    const Texts refused = {"[ERROR]: Could not initialize new instance - invalid config data.",
+        "[ERROR]: Could not initialize new instance - invalid config, existing data will remain untouched.",
+        "[ERROR]: Could not find utilityIntance with handle.",
+        "[ERROR]: Could not find utilityInstance with handle."};
+    EXPECT_EQ(LogCapture::TakeTexts(), refused);
 }
 
 TEST(UtilityContext, ReplacingKeepsTheHandleAndAHeldInstanceOutlivesIt) {
@@ -38,28 +49,6 @@ TEST(UtilityContext, ReplacingKeepsTheHandleAndAHeldInstanceOutlivesIt) {
     EXPECT_EQ(held->config.GetName(), "old");
     EXPECT_EQ(held.use_count(), 1);
     EXPECT_EQ(velkori_destroy(handle), velkori_Result_Success);
-}
-
-TEST(UtilityContext, RefusedInstancesLeaveEverythingAsItWas) {
-    const LogCapture capture;
-    const velkori_Handle handle = UtilityContext::CreateUtilityInstance(Params("kept"));
-    EXPECT_FALSE(UtilityContext::ReinitializeUtilityInstanceHandle(handle + 1, Params("stray")));
-    const Texts unknown = {"[ERROR]: Could not find utilityIntance with handle.",
-        "[ERROR]: Could not find utilityInstance with handle."};
-    EXPECT_EQ(LogCapture::TakeTexts(), unknown);
-
-    const auto invalid = std::make_shared<UtilityInstance>(Params("invalid"));
-    invalid->isValid = false;
-    EXPECT_EQ(UtilityContext::InitializeUtilityInstance(invalid, handle), 0U);
-    EXPECT_EQ(UtilityContext::InitializeUtilityInstance(invalid, 0), 0U);
-    const Texts refused = {
-        "[ERROR]: Could not initialize new instance - invalid config, existing data will remain untouched.",
-        "[ERROR]: Could not initialize new instance - invalid config data."};
-    EXPECT_EQ(LogCapture::TakeTexts(), refused);
-    EXPECT_EQ(UtilityContext::GetUtilityInstance(handle)->config.GetName(), "kept");
-    EXPECT_EQ(UtilityContext::CreateUtilityInstance(Params("next")), handle + 1)
-        << "a refusal takes no number";
-    EXPECT_EQ(velkori_destroy(handle) + velkori_destroy(handle + 1), 2);
 }
 
 TEST(UtilityContext, TheCoordinateSpaceIsFixedWhileAnInstanceLives) {
@@ -77,8 +66,7 @@ TEST(UtilityContext, ALongLineArrivesWholeAndDebugNever) {
     const LogCapture capture;
     UtilityContext::Log(velkori_LogLevel_Debug, "unheard");
     // 1014 characters behind "[ERROR]: " just fit the first buffer with their NUL; the others make it grow.
-    for (const std::size_t length :
-        {std::size_t{1013}, std::size_t{1014}, std::size_t{1015}, std::size_t{100000}}) {
+    for (const std::size_t length : {1013U, 1014U, 1015U, 100000U}) {
         const std::string text(length, 'x');
         UtilityContext::Log(velkori_LogLevel_Error, "%s%d", text.c_str(), 7);
         EXPECT_EQ(LogCapture::TakeTexts(), Texts{"[ERROR]: " + text + "7"});
