@@ -13,7 +13,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <functional>
 #include <new>
 
 using namespace Velkori_Utility;
@@ -22,21 +21,6 @@ using namespace Velkori_Utility::RapidJSONHelpers;
 namespace {
 
 using Texts = std::vector<std::string>;
-
-// Runs `work` on a thread with the small stack that a host's loading thread may have.
-void RunOnSmallStack(const std::function<void()>& work) {
-    pthread_attr_t attributes;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 512 * 1024), 0);
-    pthread_t thread = {};
-    const auto run = [](void* argument) -> void* {
-        (*static_cast<const std::function<void()>*>(argument))();
-        return nullptr;
-    };
-    ASSERT_EQ(pthread_create(&thread, &attributes, run, const_cast<std::function<void()>*>(&work)), 0);
-    ASSERT_EQ(pthread_join(thread, nullptr), 0);
-    pthread_attr_destroy(&attributes);
-}
 
 std::string Repeat(const std::string& text, int count) {
     std::string repeated;
@@ -48,16 +32,24 @@ std::string Repeat(const std::string& text, int count) {
 
 } // namespace
 
+// A host's loading thread may have a small stack.
 TEST(ParseDocument, AMillionLevelsFitASmallStack) {
-    constexpr int Depth = 1000000;
-    RunOnSmallStack([] {
-        const JSONDocument arrays = Parse(Repeat("[", Depth) + Repeat("]", Depth));
-        EXPECT_TRUE(arrays.IsArray());
+    const auto parse = [](void*) -> void* {
+        constexpr int Depth = 1000000;
+        EXPECT_TRUE(Parse(Repeat("[", Depth) + Repeat("]", Depth)).IsArray());
         const JSONDocument objects = Parse(Repeat("{\"a\":", Depth) + "1" + Repeat("}", Depth));
         EXPECT_EQ(GetString(objects, "a", "default", true), "default");
         JSONDocument open;
         EXPECT_FALSE(ParseDocument(open, Repeat("[", Depth).c_str()));
-    });
+        return nullptr;
+    };
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 512 * 1024), 0);
+    pthread_t thread = {};
+    ASSERT_EQ(pthread_create(&thread, &attributes, parse, nullptr), 0);
+    ASSERT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
 }
 
 TEST(ParseDocument, EveryTruncationIsRefused) {
@@ -136,12 +128,13 @@ TEST(RapidJSONHelpers, EveryGetterReadsOnlyItsOwnKind) {
     EXPECT_EQ(GetDouble(document, "f", 7, true), 7.0);
     EXPECT_TRUE(GetBool(document, "d", true, true));
     EXPECT_EQ(GetObject(document, "b", false).MemberCount(), 0U);
+    const auto mismatch = [](const std::string& key, const std::string& kinds) {
+        return "[ERROR]: JSON value for key \"" + key + "\" type mismatch.  Expected " + kinds + ".";
+    };
     const Texts expected = {"[ERROR]: Cannot retrieve JSON Array, passed rapidJson Value is of type string",
         "[ERROR]: Cannot retrieve JSON Object, rapidJson Value is of type nullType",
-        "[ERROR]: JSON value for key \"b\" type mismatch.  Expected string, found bool.",
-        "[ERROR]: JSON value for key \"f\" type mismatch.  Expected number, found bool.",
-        "[ERROR]: JSON value for key \"d\" type mismatch.  Expected bool, found number.",
-        "[ERROR]: JSON value for key \"b\" type mismatch.  Expected object, found bool."};
+        mismatch("b", "string, found bool"), mismatch("f", "number, found bool"),
+        mismatch("d", "bool, found number"), mismatch("b", "object, found bool")};
     EXPECT_EQ(LogCapture::TakeTexts(), expected);
 }
 
@@ -164,20 +157,21 @@ TEST(RapidJSONHelpers, AValueThatIsNoObjectGivesDefaults) {
     const LogCapture capture;
     for (const char* text : {"5", "\"s\"", "[]", "null", "false"}) {
         const JSONDocument document = Parse(text);
-        const std::string type = GetDataTypeString(document.GetType());
         EXPECT_EQ(GetString(document, "k", "default", false), "default");
         EXPECT_EQ(GetDouble(document, "k", 3, false), 3.0);
         EXPECT_TRUE(GetBool(document, "k", true, false));
         EXPECT_TRUE(GetStringArray(document, "k", false).empty());
         EXPECT_EQ(GetObject(document, "k", false).MemberCount(), 0U);
-        EXPECT_EQ(FindMemberByKey(document, "k", rapidjson::kNumberType, false), nullptr);
-        const Texts expected = {"[ERROR]: Cannot retrieve JSON String, rapidJson Value is of type " + type,
-            "[ERROR]: Cannot retrieve JSON double Value, rapidJson Value is of type " + type,
-            "[ERROR]: Cannot retrieve JSON Bool, rapidJson Value is of type " + type,
-            "[ERROR]: Cannot retrieve JSON Array, passed rapidJson Value is of type " + type,
-            "[ERROR]: Cannot retrieve JSON Object, rapidJson Value is of type " + type,
-            "[ERROR]: Cannot retrieve JSON key \"k\" - JSON Value is not an Object/Map"};
+        Texts expected;
+        for (const std::string wanted :
+            {"String, ", "double Value, ", "Bool, ", "Array, passed ", "Object, "}) {
+            expected.push_back("[ERROR]: Cannot retrieve JSON " + wanted + "rapidJson Value is of type " +
+                               GetDataTypeString(document.GetType()));
+        }
         EXPECT_EQ(LogCapture::TakeTexts(), expected);
+        EXPECT_EQ(FindMemberByKey(document, "k", rapidjson::kNumberType, false), nullptr);
+        EXPECT_EQ(LogCapture::TakeTexts(),
+            Texts{"[ERROR]: Cannot retrieve JSON key \"k\" - JSON Value is not an Object/Map"});
     }
 }
 
