@@ -114,15 +114,15 @@ TEST(JointMappingDataJSON, ReadsTheSimpleAndTheDoubleFormAndWritesThemAgain) {
                            "mappings":{"Jaw":{"weightPosition":0.5,"weightRotation":0}}},
                  "source":{"behavior":"twist",
                            "mappings":{"head":{"weightRotation":0.25,"weightPosition":2},
-                                       "hips":{"weightRotation":1e300,"weightPosition":0}}}},
+                                       "hips":{"weightRotation":4,"weightPosition":0}}}},
         "Torso":{"type":"target","behavior":"childAlignedTwist",
                  "mappings":{"Pelvis":{"weightRotation":1,"weightPosition":-3}}},
         "Pelvis":{"mappings":{"hips":{"weightRotation":0.1,"weightPosition":1}}}}})"));
-    // The sets of the source's type come first. An infinite weight is the largest number.
+    // The sets of the source's type come first.
     const std::string text =
         R"({"Skull":{"source":{"behavior":"twist",)"
         R"("mappings":{"head":{"weightPosition":2.0,"weightRotation":0.25},)"
-        R"("hips":{"weightPosition":0.0,"weightRotation":3.4028234663852886e38}}},)"
+        R"("hips":{"weightPosition":0.0,"weightRotation":4.0}}},)"
         R"("target":{"behavior":"ikDerived",)"
         R"("mappings":{"Jaw":{"weightPosition":0.5,"weightRotation":0.0}}}},)"
         R"("Pelvis":{"type":"source","behavior":"normal",)"
@@ -166,7 +166,10 @@ TEST(JointMappingDataJSON, ReportsWhatItCannotUseAndGoesOn) {
              "Entry."}},
         {R"("Jaw":{)" + good + R"(},"Jaw":{"source":{)" + good + "}}", one,
             {"warning: Duplicate min Mapping Entry for Target Joint named \"Jaw\".  Skipping Duplicate."}},
-        {R"("Jaw":{"source":{)" + good + R"(},"target":7})", one, {noneLeft}},
+        // What isn't an object has neither a behavior nor entries.
+        {R"("Jaw":{"source":{)" + good + R"(},"target":7})", one,
+            {"[ERROR]: Cannot retrieve JSON String, rapidJson Value is of type number",
+                "[ERROR]: Cannot retrieve JSON Object, rapidJson Value is of type number", noneLeft}},
         {R"("Jaw":{"source":7,)" + good + "}", one, {}},
         {R"("Jaw":{"mappings":{}})", {}, {noneLeft}},
         {R"("Jaw":{"mappings":{"Skull":{},"spine":{"weightRotation":0,"weightPosition":1e-60}}})", {},
