@@ -41,8 +41,8 @@ class BipedText {
     Point Offset(int joint) const {
         const Point position = BipedPosition(joint);
         const Point parent = bipedParents.at(joint) < 0 ? Point() : BipedPosition(bipedParents.at(joint));
-        return {(position.x - parent.x) * file.unitsPerMetre, (position.y - parent.y) * file.unitsPerMetre,
-            (position.z - parent.z) * file.unitsPerMetre};
+        return file.axes({(position.x - parent.x) * file.unitsPerMetre,
+            (position.y - parent.y) * file.unitsPerMetre, (position.z - parent.z) * file.unitsPerMetre});
     }
 
     std::string Numbers(const Point& point) const {
@@ -73,7 +73,7 @@ class BipedText {
         if (!hasChild) {
             Line("End Site");
             Line("{");
-            Line("OFFSET " + Numbers({0.0, 0.0, 0.05 * file.unitsPerMetre}));
+            Line("OFFSET " + Numbers(file.axes({0.0, 0.0, 0.05 * file.unitsPerMetre})));
             Line("}");
         }
         Line("}");

@@ -71,6 +71,8 @@ struct BipedFile {
     bool writesExponents = false;
     std::string lineEnd = "\n";
     double unitsPerMetre = 100.0;
+    /** The file's axes of a place in the plain ones. */
+    std::function<Point(const Point&)> axes = [](const Point& p) { return p; };
     /** Joints that the file leaves out, with all below them. */
     std::vector<int> leftOut;
     int frameCount = 1;

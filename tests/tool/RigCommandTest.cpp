@@ -222,6 +222,54 @@ TEST(RigCommand, ReadsTheSameRigHoweverItsFileIsWritten) {
     }
 }
 
+TEST(RigCommand, FindsTheAxesOfTheBody) {
+    struct Case {
+        Point (*axes)(const Point&);
+        Point up;
+        Point forward;
+        Point right;
+    };
+
+    // All of them turn the plain biped; a file that mirrors doesn't exist.
+    const std::array<Case, 3> cases = {Case{[](const Point& p) {
+                                                return Point{-p.x, p.y, -p.z};
+                                            },
+                                           {0, 1, 0}, {0, 0, -1}, {1, 0, 0}},
+        {[](const Point& p) {
+             return Point{p.z, p.y, -p.x};
+         },
+            {0, 1, 0}, {1, 0, 0}, {0, 0, 1}},
+        {[](const Point& p) {
+             return Point{p.x, -p.z, p.y};
+         },
+            {0, 0, 1}, {0, -1, 0}, {-1, 0, 0}}};
+    BipedNames numbers;
+    for (int joint = 0; joint < BipedJointCount; ++joint) {
+        numbers.at(joint) = "joint" + std::to_string(joint + 1);
+    }
+    for (const Case& each : cases) {
+        for (const BipedNames& names : {PlainNames(), numbers}) {
+            BipedFile file;
+            file.names = names;
+            file.axes = each.axes;
+            const bool isTold = names == PlainNames() || each.up.y == 1.0;
+            if (!isTold) {
+                continue; // without names, up is what the format says
+            }
+            const json document = MakeRig(file);
+            const json& space = document["config"]["coordinateSpace"];
+            for (const auto& [axis, expected] : {std::pair{"up", each.up}, std::pair{"forward", each.forward},
+                     std::pair{"right", each.right}}) {
+                ExpectNear({space[axis]["x"], space[axis]["y"], space[axis]["z"]}, expected, axis);
+            }
+            EXPECT_EQ(document["source"]["knownJoints"]["leftWrist"], names.at(LeftHand));
+            EXPECT_EQ(document["source"]["knownJoints"]["rightAnkle"], names.at(RightFoot));
+            ExpectNear(PositionIn(document, "tpose", names.at(LeftHand)), each.axes(BipedPosition(LeftHand)),
+                "hand");
+        }
+    }
+}
+
 TEST(RigCommand, MakesNamesThatADocumentCanHold) {
     BipedFile file;
     file.names.at(Head) = "caf\xe9";

@@ -274,9 +274,14 @@ class KnownJointFinder {
         return best;
     }
 
-    /** Where left is without anybody saying so: from the feet, which point forward, or as most files have it.
-     */
+    /** Where left is without anybody saying so: from the legs, if they are known; from the feet, which point
+        forward; or as most files have it. */
     Vector3 LeftAxis(const Limb& left, const Limb& right) const {
+        const int leftLeg = Joint(velkori_KnownJointType_LeftUpperLeg);
+        const int rightLeg = Joint(velkori_KnownJointType_RightUpperLeg);
+        if (leftLeg >= 0 && rightLeg >= 0) {
+            return Position(leftLeg) - Position(rightLeg);
+        }
         Vector3 forward = {0.0f, 0.0f, 0.0f};
         for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
             for (const int ankle : {left.end, right.end}) {
