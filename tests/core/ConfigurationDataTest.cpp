@@ -14,22 +14,20 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::vector<velkori_CoordinateSpace_> AllAxisAlignedSpaces() {
+std::vector<CoordinateSpace> AllAxisAlignedSpaces() {
     std::vector<velkori_Vector3f_> axes;
     for (const float sign : {1.0F, -1.0F}) {
         axes.insert(axes.end(), {{sign, 0, 0}, {0, sign, 0}, {0, 0, sign}});
     }
-    std::vector<velkori_CoordinateSpace_> spaces;
+    std::vector<CoordinateSpace> spaces;
     for (const auto& up : axes) {
         for (const auto& forward : axes) {
             for (const auto& right : axes) {
-                const velkori_CoordinateSpace_ space = {up, forward, right};
-                if (CoordinateSpace(space).IsAxisAligned()) {
-                    spaces.push_back(space);
-                }
+                spaces.emplace_back(velkori_CoordinateSpace_{up, forward, right});
             }
         }
     }
+    std::erase_if(spaces, [](const CoordinateSpace& space) { return !space.IsAxisAligned(); });
     return spaces;
 }
 
@@ -41,31 +39,24 @@ float Handedness(const CoordinateSpace& space) {
 } // namespace
 
 TEST(CoordinateSpace, ConversionCarriesTheAxesWithinAHandedness) {
-    const std::vector<velkori_CoordinateSpace_> spaces = AllAxisAlignedSpaces();
+    const std::vector<CoordinateSpace> spaces = AllAxisAlignedSpaces();
     EXPECT_EQ(spaces.size(), 48U);
-    for (const auto& from : spaces) {
-        for (const auto& to : spaces) {
-            const CoordinateSpace a(from);
-            const CoordinateSpace b(to);
+    for (const CoordinateSpace& a : spaces) {
+        EXPECT_EQ(a.CalculateCoordinateSpaceConversion(a), JointPose::Identity);
+        for (const CoordinateSpace& b : spaces) {
             const JointPose conversion = a.CalculateCoordinateSpaceConversion(b);
-            const auto carried = [&](const Vector3f& axis) {
-                return conversion.ApplyWithScale(JointPose(Quaternionf::Identity, axis, Vector3f::One))
-                    .position;
-            };
-            if (Handedness(a) * Handedness(b) > 0) {
-                EXPECT_EQ(conversion.scale, Vector3f::One);
-                EXPECT_LT((carried(a.up) - b.up).Length(), 1e-5F);
-                EXPECT_LT((carried(a.forward) - b.forward).Length(), 1e-5F);
-                EXPECT_LT((carried(a.right) - b.right).Length(), 1e-5F);
-            } else {
+            if (Handedness(a) * Handedness(b) < 0) {
                 // The mirroring sign lies on the axis that the other space calls right.
-                EXPECT_EQ(
-                    conversion.scale, Vector3f(b.right.x != 0 ? -1.0F : 1.0F, b.right.y != 0 ? -1.0F : 1.0F,
-                                          b.right.z != 0 ? -1.0F : 1.0F));
+                EXPECT_EQ(conversion.scale, Vector3f::One - b.right.Abs() * 2.0F);
+                continue;
+            }
+            EXPECT_EQ(conversion.scale, Vector3f::One);
+            for (const auto& [axis, expected] :
+                {std::pair(a.up, b.up), std::pair(a.forward, b.forward), std::pair(a.right, b.right)}) {
+                const JointPose joint(Quaternionf::Identity, axis);
+                EXPECT_LT((conversion.ApplyWithScale(joint).position - expected).Length(), 1e-5F);
             }
         }
-        EXPECT_EQ(CoordinateSpace(from).CalculateCoordinateSpaceConversion(CoordinateSpace(from)),
-            JointPose::Identity);
     }
 }
 

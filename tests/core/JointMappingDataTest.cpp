@@ -257,8 +257,9 @@ TEST(JointMappingData, TheFirstOfSeveralMappingsOfOneJointCounts) {
     EXPECT_EQ(
         LogCapture::TakeTexts(), Texts{"[WARNING]: Duplicate target Mapping Entry for Target Joint named "
                                        "\"Skull\".  Skipping Duplicate."});
-    EXPECT_EQ(data.GetTargetMappings().Find(2)->GetBehavior(), Twist);
-    EXPECT_EQ(data.GetMappingCount(), 2) << "what is no target joint isn't mapped";
+    EXPECT_EQ(RowsOf(data.ToSerializedJointMappings()),
+        (Rows{{2, Source, Normal, {{0, 1.0F, 1.0F}}}, {2, Target, Twist, {{0, 1.0F, 1.0F}}}}))
+        << "what is no target joint isn't mapped";
     EXPECT_EQ(data.GetMappedTargetJoints().ToKeyVector(), std::vector<int>{2});
     EXPECT_EQ(data.GetUnmappedTargetJoints().ToKeyVector(), (std::vector<int>{0, 1, 3}));
 }

@@ -45,7 +45,7 @@ TEST(SkeletonParamsJSON, KeysAreRequiredAsTheSkeletonNeedsThem) {
         {"{}", 0, {}},
         {"{}", 1, {}},
         {R"({"blendShapes":["b"]})", 0, {"joints"}},
-        {R"({"joints":["a"]})", 0, {}},
+        {R"({"joints":["a"],"knownJoints":{"hips":"a"}})", 0, {}},
         {R"({"joints":["a"]})", 1, {"tpose"}},
         {minOnly, 0, {"tposeMax"}},
     };

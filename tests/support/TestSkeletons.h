@@ -171,13 +171,4 @@ inline Params MakeRandomTreeParams(std::mt19937& random, int jointCount, int roo
     return MakeParams(joints, Shuffled(joints.size(), random));
 }
 
-// Takes `count` random joints, with all that hangs on them, out of the hierarchy by naming a parent that
-// isn't there. Such parameters don't pass validation any more.
-inline void MakeUnreachable(Params& params, std::mt19937& random, int count) {
-    const std::vector<int> order = Shuffled(params.jointNames.size(), random);
-    for (int i = 0; i < count; ++i) {
-        params.parentJointNames[order[i]] = "nobody";
-    }
-}
-
 } // namespace TestSkeletons
