@@ -143,8 +143,10 @@ TEST(JointMappingSet, ASingleEntryGivesItsPoseAsItStandsAndSeveralTheirWeightedM
 
 TEST(JointMappingSet, OrientationsBlendByTheirRawWeights) {
     // Joint i is turned by 40 i degrees.
+    constexpr int jointCount = 30;
     std::vector<JointPose> pose;
-    for (int i = 0; i < 30; ++i) {
+    pose.reserve(jointCount);
+    for (int i = 0; i < jointCount; ++i) {
         pose.emplace_back(TurnAboutZ(40.0F * static_cast<float>(i)), Vector3f::Zero);
     }
     const std::pair<Entries, float> cases[] = {

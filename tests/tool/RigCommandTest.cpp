@@ -224,7 +224,7 @@ TEST(RigCommand, ReadsTheSameRigHoweverItsFileIsWritten) {
 
 TEST(RigCommand, FindsTheAxesOfTheBody) {
     struct Case {
-        Point (*axes)(const Point&);
+        Point (*axes)(const Point&) = nullptr;
         Point up;
         Point forward;
         Point right;
