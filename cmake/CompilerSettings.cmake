@@ -12,6 +12,7 @@ target_compile_options(velkori_compiler_settings INTERFACE
     $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>
     # GCC 12 reports overlaps inside std::string's own operator+.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    $<$<CXX_COMPILER_ID:Clang>:-Wreserved-identifier>
     $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Wold-style-cast>
     $<$<BOOL:${VELKORI_WARNINGS_AS_ERRORS}>:-Werror>)
 

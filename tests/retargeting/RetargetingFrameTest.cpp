@@ -113,6 +113,14 @@ TEST(MappedHierarchy, EveryJointKnowsItsMappedNeighbours) {
     EXPECT_EQ(records[3].mappedAncestor, 0);
     EXPECT_EQ(records[3].ancestorRatio, 0.0F);
     EXPECT_EQ(GenerateMappedAncestorDescendantData(config, Target)[3].mappedAncestor, -1);
+
+    // Of several on one bone only the nearest counts.
+    const UtilityConfigData everyJoint(ChainConfig(
+        {Mapping(0, Source, Normal, {0}), Mapping(1, Source, Normal, {1}), Mapping(2, Source, Normal, {2})}));
+    const auto neighbours = GenerateMappedAncestorDescendantData(everyJoint, Source);
+    EXPECT_EQ(neighbours[0].mappedDescendants, std::vector<int>{1});
+    EXPECT_EQ(neighbours[1].mappedDescendants, std::vector<int>{2});
+    EXPECT_EQ(neighbours[2].mappedAncestor, 1);
 }
 
 TEST(MappedHierarchy, NoJointIsUpdatedBeforeOneThatItReads) {
@@ -187,4 +195,47 @@ TEST(OrientationFixup, TurnsBonesToTheirChildren) {
     EXPECT_EQ(pose[2], (JointPose{Quaternionf(), {1, 1, 0}})) << "the child stays";
     // Of a's children only b leads on, and it lies where it lay.
     EXPECT_LT(AngleBetween(pose[0].orientation, Quaternionf()), 1e-6F);
+}
+
+TEST(OrientationFixup, ExcludedJointsFollowACorrectedParent) {
+    const TargetSkeletonData skeleton(TestSkeletons::MakeParams(
+        {{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}}}, {0, 1, 2}));
+    const std::vector<JointPose> rest = {
+        {Quaternionf(), {0, 0, 0}}, {Quaternionf(), {1, 0, 0}}, {Quaternionf(), {1, 0, 0}}};
+    const std::vector<JointPose> upright = {
+        {Quaternionf(), {0, 0, 0}}, {Quaternionf(), {0, 1, 0}}, {Quaternionf(), {0, 2, 0}}};
+    // The root makes a quarter turn, from x to where its child is; b and c go with it.
+    OrientationFixup fixup(skeleton);
+    std::vector<JointPose> pose = upright;
+    fixup.Apply(rest, FastRangedIntegralSet<int>(0, 2, {1, 2}), pose);
+    const Quaternionf quarter = Quaternionf::FromRotationVector({0, 0, 1.5707964F});
+    for (int joint = 0; joint < 3; ++joint) {
+        EXPECT_LT(AngleBetween(pose[joint].orientation, quarter), 1e-5F);
+        ExpectNear(pose[joint].position, {static_cast<float>(-joint), 0, 0}, 1e-5F);
+    }
+    // Nothing of that is left in the next frame, in which the root stays and b turns.
+    pose = upright;
+    fixup.Apply(rest, FastRangedIntegralSet<int>(0, 2, {0, 2}), pose);
+    EXPECT_EQ(pose[0], upright[0]);
+    EXPECT_LT(AngleBetween(pose[1].orientation, quarter), 1e-5F);
+    EXPECT_EQ(pose[1].position, upright[1].position);
+}
+
+TEST(OrientationFixup, AJointThatForksStays) {
+    const TargetSkeletonData skeleton(
+        TestSkeletons::MakeParams({{"a", -1, {0, 0, 0}}, {"b", 0, {1, 0, 0}}, {"c", 1, {1, 0, 0}},
+                                      {"d", 0, {0, 1, 0}}, {"e", 3, {0, 1, 0}}},
+            TestSkeletons::InOrder(5)));
+    const std::vector<JointPose> rest = {{Quaternionf(), {0, 0, 0}}, {Quaternionf(), {1, 0, 0}},
+        {Quaternionf(), {1, 0, 0}}, {Quaternionf(), {0, 1, 0}}, {Quaternionf(), {0, 1, 0}}};
+    const std::vector<JointPose> moved = {{Quaternionf(), {0, 0, 0}}, {Quaternionf(), {0, 0, 1}},
+        {Quaternionf(), {1, 0, 1}}, {Quaternionf(), {0, 1, 0}}, {Quaternionf(), {0, 2, 0}}};
+    OrientationFixup fixup(skeleton);
+    std::vector<JointPose> pose = moved;
+    fixup.Apply(rest, FastRangedIntegralSet<int>(0, 4, FastRangedIntegralSet<int>::EmptyInitialValues), pose);
+    EXPECT_EQ(pose[0], moved[0]) << "b and d both lead on";
+    pose = moved;
+    fixup.Apply(rest, FastRangedIntegralSet<int>(0, 4, {3}), pose);
+    // Without d there is one way, to b: from x to z, a quarter turn against the sense of y.
+    EXPECT_LT(AngleBetween(pose[0].orientation, Quaternionf::FromRotationVector({0, -1.5707964F, 0})), 1e-5F);
 }

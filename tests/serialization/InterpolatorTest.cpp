@@ -50,6 +50,7 @@ TEST(Interpolator, WaitsForFramesAndShowsASingleOneAsItIs) {
     EXPECT_EQ(weights.At(1.9), -1.0F) << "not due yet";
     EXPECT_FLOAT_EQ(weights.At(2.1), 0.25F);
     EXPECT_FLOAT_EQ(weights.At(2.2), 0.25F);
+    weights.Add(2.5, 0.5F);
     weights.Reset();
     EXPECT_EQ(weights.At(3.0), -1.0F);
 }
@@ -73,8 +74,10 @@ TEST(Interpolator, SamplesBetweenTheNewestDueFrameAndTheOneBefore) {
     EXPECT_FLOAT_EQ(weights.At(3.0), 0.0F);
     // Back in time: the pair stays, and so does what is shown, since time that runs backwards catches up
     // nothing.
-    EXPECT_FLOAT_EQ(weights.At(2.25), 0.0F);
-    // A quarter of the way from 2 to 3, and 4 isn't due.
+    EXPECT_FLOAT_EQ(weights.At(1.0), 0.0F);
+    // Before both frames the older one is shown.
+    EXPECT_FLOAT_EQ(weights.At(1.5), 0.8F);
+    // Three quarters of the way from 2 to 3, and 4 isn't due.
     EXPECT_FLOAT_EQ(weights.At(2.75), 0.2F);
 }
 
@@ -134,6 +137,10 @@ TEST(Interpolator, TrackersBeginWithTheirFirstPair) {
     interpolator.addJointPose({Quaternionf::Identity, {3, 0, 0}}, 1.02);
     // The sample is the newer frame, and 20 of 50 ms have passed.
     ExpectNear(interpolator.UpdateAndGetInterpolatePose(1.02).position, {1.8F, 0, 0}, 1e-5F);
+    // Back before both frames, and on from there to the older one.
+    interpolator.UpdateAndGetInterpolatePose(0.0);
+    ExpectNear(interpolator.UpdateAndGetInterpolatePose(0.5).position, {1, 0, 0}, 1e-5F);
+    interpolator.addJointPose({Quaternionf::Identity, {5, 0, 0}}, 1.9);
     interpolator.Reset();
     EXPECT_EQ(interpolator.UpdateAndGetInterpolatePose(2.0), JointPose::Identity);
     interpolator.addJointPose({Quaternionf::Identity, {7, 0, 0}}, 1.0);

@@ -140,8 +140,7 @@ void AddPrepareCommand(CLI::App& program) {
         ->required();
     app.add_option("--align", command->align,
            "Which steps bring the target's rest pose to the source's: facing, limbs, height, proportions, "
-           "hands, "
-           "hands-scaled, all (default: all but hands-scaled) or none; separated by commas")
+           "hands, hands-scaled, all (default: all but hands-scaled) or none; separated by commas")
         ->delimiter(',')
         ->check(CLI::IsMember(
             {"facing", "limbs", "height", "proportions", "hands", "hands-scaled", "all", "none"}));

@@ -93,8 +93,8 @@ class SourceClipMaker {
         if (!missingKnown.empty() || missing.size() * 2 > names.size()) {
             throw Failure(fmt::format(
                 "'{}' is a clip of another rig than the configuration's source: it has no joint {}; its "
-                "joints "
-                "are {}; make a configuration from this clip's rig with 'velkori rig' and 'velkori prepare'",
+                "joints are {}; make a configuration from this clip's rig with 'velkori rig' and 'velkori "
+                "prepare'",
                 motion.path, fmt::join(missingKnown.empty() ? missing : missingKnown, ", "),
                 fmt::join(motion.skeleton.jointNames, ", ")));
         }
