@@ -22,11 +22,11 @@ class Failure : public testing::Test {
         files = directory.FileNames();
     }
 
-    /** The command fails with 1, says each of `parts`, and leaves no file behind. */
-    void ExpectFailure(
-        const std::vector<std::string>& arguments, const std::vector<std::string>& parts) const {
+    /** The command fails with 1 or as told, says each of `parts`, and leaves no file behind. */
+    void ExpectFailure(const std::vector<std::string>& arguments, const std::vector<std::string>& parts,
+        int exitCode = 1) const {
         const ToolRun run = RunTool(arguments);
-        EXPECT_EQ(run.exitCode, 1) << arguments.at(0) << " " << arguments.at(1) << "\n" << run.output;
+        EXPECT_EQ(run.exitCode, exitCode) << arguments.at(0) << " " << arguments.at(1) << "\n" << run.output;
         for (const std::string& part : parts) {
             EXPECT_NE(run.errors.find(part), std::string::npos)
                 << "'" << part << "' isn't in: " << run.errors;
@@ -98,8 +98,8 @@ TEST_F(Failure, ToWriteIsToldBeforeTheWork) {
             {"retarget", config, clip, "-o", directory.Path("nowhere/out" + ending)}, {"can't write"});
     }
     ExpectFailure({"draw", config, clip, "-o", directory.Path("nowhere/out.svg")}, {"can't write"});
-    ExpectFailure({"draw", config, clip, "-o", directory.Path("out.jpg")}, {".png"});
-    ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.fbx")}, {".bvh"});
+    ExpectFailure({"draw", config, clip, "-o", directory.Path("out.jpg")}, {".png"}, 2);
+    ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.fbx")}, {".bvh"}, 2);
 }
 
 TEST_F(Failure, ToFinishKeepsWhatStoodThere) {
@@ -149,18 +149,29 @@ TEST_F(Failure, OfAClipWithAnotherRigNamesTheJointsThatItLacks) {
 
 TEST_F(Failure, OfAnOptionSaysHowToSayIt) {
     const std::vector<std::string> rig = {"rig", clip, "-o", directory.Path("rig.json")};
-    const std::vector<std::pair<std::vector<std::string>, std::string>> options = {
-        {{"--known", "leftWrist"}, "role=joint"}, {{"--known", "tail=Hips"}, "leftWrist"},
-        {{"--known", "hips=Nothing"}, "no joint 'Nothing'"}, {{"--rest", "frame:9"}, "1 frames"},
-        {{"--rest", "sitting"}, "bind"}, {{"--size-range", "2:1"}, "0.85:1.2"},
-        {{"--size-range", "a"}, "0.85:1.2"}, {{"--exclude", "Nothing"}, "no joint 'Nothing'"},
-        {{"--manifestation", "upper"}, "name=joint"},
-        {{"--manifestation", "upper=Nothing"}, "no joint 'Nothing'"}};
-    for (const auto& [option, message] : options) {
+
+    struct Case {
+        std::string option;
+        std::string value;
+        std::string message;
+        /** 2 for what no file could make right. */
+        int exitCode = 1;
+    };
+
+    const std::vector<Case> cases = {{"--known", "leftWrist", "role=joint", 2},
+        {"--known", "tail=Hips", "leftWrist", 2}, {"--known", "hips=Nothing", "no joint 'Nothing'"},
+        {"--rest", "frame:9", "1 frames"}, {"--rest", "sitting", "bind"},
+        {"--size-range", "2:1", "0.85:1.2", 2}, {"--size-range", "a", "0.85:1.2", 2},
+        {"--exclude", "Nothing", "no joint 'Nothing'"}, {"--manifestation", "upper", "name=joint", 2},
+        {"--manifestation", "upper=", "at least one", 2},
+        {"--manifestation", "upper=Nothing", "no joint 'Nothing'"},
+        {"--manifestation", "upper=Hips,Spine,Neck", "leaves out Spine1"}};
+    for (const Case& each : cases) {
         std::vector<std::string> arguments = rig;
-        arguments.insert(arguments.end(), option.begin(), option.end());
-        ExpectFailure(arguments, {option.front(), message});
+        arguments.insert(arguments.end(), {each.option, each.value});
+        ExpectFailure(arguments, {each.option, each.message}, each.exitCode);
     }
+    ExpectFailure({"stream", config, clip, "--loss", "1"}, {"lower --loss"});
     ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.bvh"), "--manifestation", "none"},
         {"no such manifestation"});
 }
@@ -170,7 +181,8 @@ TEST_F(Failure, ToUseTheProgramEndsWith2) {
         {"rig", clip, "-o", "x", "--metres-per-unit", "-1"}, {"rig", clip, "-o", "x", "--as", "both"},
         {"prepare", "--source", clip, "--target", clip, "-o", "x", "--align", "feet"},
         {"retarget", config, clip, "-o", "x.bvh", "--behavior", "wild"},
-        {"stream", config, clip, "--loss", "2"}, {"stream", config, clip, "--jitter-ms", "nan"},
+        {"retarget", config, clip, "-o", "x.bvh", "--behavior", "3"}, {"stream", config, clip, "--loss", "2"},
+        {"stream", config, clip, "--jitter-ms", "nan"},
         {"rig", clip, "-o", "x", "--metres-per-unit", "1e-300"}, {"stream", config, clip, "-o", "x.bvh"},
         {"draw", config, clip, "-o", "x.png", "--moments", "0"}};
     for (const std::vector<std::string>& arguments : wrong) {

@@ -276,14 +276,68 @@ TEST(RetargetCommand, ReportsFootSliding) {
     const TestDirectory directory;
     const std::string clip = directory.Write("walk.bvh", WalkFile().Text());
     Succeed({"prepare", "--source", clip, "--target", clip, "-o", directory.Path("config.json")});
-    const ToolRun run = RunTool(
-        {"retarget", directory.Path("config.json"), clip, "-o", directory.Path("out.bvh"), "--report"});
+    // The same walk 40 cm above the ground, which is left there.
+    BipedFile raised = WalkFile();
+    raised.motion = [walk = raised.motion](int joint, int frame) {
+        JointMotion motion = walk(joint, frame);
+        motion.moved.y += 0.4;
+        return motion;
+    };
+    const std::string raisedClip = directory.Write("raised.bvh", raised.Text());
     const double expected = std::hypot(0.02, 0.05) * (walkFrames - 1) * 2;
-    for (const std::string who : {"source", "target"}) {
-        const size_t row = run.output.find("\n" + who);
-        ASSERT_NE(row, std::string::npos) << run.output;
-        EXPECT_NEAR(std::stod(run.output.substr(row + 1 + who.size())), expected, 0.002) << who;
+    for (const std::string& walk : {clip, raisedClip}) {
+        const ToolRun run = RunTool({"retarget", directory.Path("config.json"), walk, "-o",
+            directory.Path("out.bvh"), "--report", "--keep-height"});
+        for (const std::string who : {"source", "target"}) {
+            const size_t row = run.output.find("\n" + who);
+            ASSERT_NE(row, std::string::npos) << run.output;
+            EXPECT_NEAR(std::stod(run.output.substr(row + 1 + who.size())), expected, 0.002) << who << walk;
+        }
     }
+}
+
+TEST(RetargetCommand, KeepsTheFrameRateOfASceneFile) {
+    const TestDirectory directory;
+    for (const double rate : {10.0, 24.0, 120.0}) {
+        BipedFile file = WalkFile();
+        file.frameSeconds = 1.0 / rate;
+        const std::string clip = directory.Write("walk.bvh", file.Text());
+        const std::string scene = directory.Path("walk.glb");
+        const std::string config = directory.Path("config.json");
+        Succeed({"prepare", "--source", clip, "--target", clip, "-o", config});
+        Succeed({"retarget", config, clip, "-o", scene});
+        Succeed({"prepare", "--source", scene, "--target", clip, "-o", config});
+        Succeed({"retarget", config, scene, "-o", directory.Path("out.glb")});
+        const ReadMotion motion(directory.Path("out.glb"), 1.0);
+        EXPECT_EQ(motion.FrameCount(), walkFrames);
+        EXPECT_NEAR(motion.SecondsBetweenFrames(), 1.0 / rate, 1e-5);
+    }
+}
+
+TEST(RetargetCommand, TellsJointsApartByTheirNamespaceAndTakesPartOfThem) {
+    const TestDirectory directory;
+    BipedFile file = WalkFile();
+    file.names.at(LeftHand) = "A:Hand";
+    file.names.at(RightHand) = "B:Hand";
+    const std::string clip = directory.Write("walk.bvh", file.Text());
+    const std::string config = directory.Path("config.json");
+    Succeed({"rig", clip, "-o", directory.Path("rig.json"), "--known", "leftWrist=A:Hand", "--known",
+        "rightWrist=B:Hand", "--manifestation", "right=RightShoulder,RightArm,RightForeArm,B:Hand"});
+    Succeed({"prepare", "--source", directory.Path("rig.json"), "--target", fullSample, "-o", config});
+    Succeed({"retarget", config, clip, "-o", directory.Path("out.glb")});
+    const ReadMotion whole(directory.Path("out.glb"), 1.0);
+    EXPECT_GT(Distance(whole.Frame(0).at("Hand_L"), whole.Frame(0).at("Hand_R")), 0.3);
+    // Tracked by its right arm alone, the body goes along and doesn't do what the left arm does in the clip.
+    Succeed({"retarget", config, clip, "-o", directory.Path("part.glb"), "--manifestation", "right"});
+    const ReadMotion part(directory.Path("part.glb"), 1.0);
+    const auto swing = [](const ReadMotion& motion) {
+        const Positions first = motion.Frame(0);
+        const Positions last = motion.Frame(walkFrames - 1);
+        return std::fabs(
+            Distance(first.at("Hand_L"), first.at("Hips")) - Distance(last.at("Hand_L"), last.at("Hips")));
+    };
+    EXPECT_GT(swing(whole), 0.1);
+    EXPECT_LT(swing(part), 1e-3);
 }
 
 TEST(RetargetCommand, TakesTheFramesThatAFileHasAndNotThoseThatItStates) {

@@ -153,6 +153,10 @@ TEST(RigCommand, PutsARootOnTheGroundUnderTheHipsAndMeasuresInMetres) {
         // The document's space is the file's: left at +x.
         ExpectNear(PositionIn(document, "tpose", "LeftHand"), BipedPosition(LeftHand), "left hand");
         EXPECT_EQ(document["config"]["coordinateSpace"]["right"]["x"], -1.0);
+        // Without a root the body stands on the ground, too.
+        const json rootless = MakeRig(file, {"--known", "root="});
+        EXPECT_FALSE(rootless["source"]["knownJoints"].contains("root"));
+        ExpectNear(PositionIn(rootless, "tpose", "Hips"), BipedPosition(Hips), "hips of the rootless");
     }
 }
 

@@ -10,4 +10,10 @@ class Failure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/** An option is said in a way that no input could make right. Ends the program with 2. */
+class UsageFailure : public Failure {
+  public:
+    using Failure::Failure;
+};
+
 } // namespace Velkori_Tool

@@ -35,7 +35,10 @@ class UnfinishedFile {
     explicit UnfinishedFile(std::string path) : path(std::move(path)) {
         this->path.copy(unfinishedPath.data(), unfinishedPath.size() - 1);
         for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
-            std::signal(signal, RemoveUnfinished);
+            // Whoever ignores a signal, as nohup does, goes on ignoring it.
+            if (std::signal(signal, RemoveUnfinished) == SIG_IGN) {
+                std::signal(signal, SIG_IGN);
+            }
         }
     }
 
@@ -62,6 +65,11 @@ std::string PathBeside(const std::filesystem::path& wanted) {
 Failure CantWrite(const std::string& path, const std::string& reason) {
     return Failure(
         fmt::format("can't write '{}': {}; choose a place that you may write to with -o", path, reason));
+}
+
+/** With the reason that the system gave last. */
+Failure CantRead(const std::string& path) {
+    return Failure(fmt::format("can't read '{}': {}; check the path", path, std::strerror(errno)));
 }
 
 /** Where a link points to. */
@@ -140,21 +148,31 @@ void CheckWritable(const std::string& path) {
     if (IsSpecialFile(wanted)) {
         return;
     }
+    if (std::filesystem::exists(wanted, ignored) && access(wanted.c_str(), W_OK) != 0) {
+        throw CantWrite(path, std::strerror(errno));
+    }
     const UnfinishedFile probe(PathBeside(wanted));
     if (!std::ofstream(probe.path, std::ios::binary)) {
         throw CantWrite(path, std::strerror(errno));
     }
 }
 
-std::string ReadTextFile(const std::string& path) {
+void CheckReadable(const std::string& path) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
         throw Failure(fmt::format("can't read '{}': it is a directory; name a file in it", path));
     }
+    if (!std::ifstream(path, std::ios::binary)) {
+        throw CantRead(path);
+    }
+}
+
+std::string ReadTextFile(const std::string& path) {
+    CheckReadable(path);
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     if (!file || (file.peek() != std::ifstream::traits_type::eof() && !(text << file.rdbuf()))) {
-        throw Failure(fmt::format("can't read '{}': {}; check the path", path, std::strerror(errno)));
+        throw CantRead(path);
     }
     return text.str();
 }

@@ -22,6 +22,9 @@ void WriteTextFile(const std::string& path, const std::string& text);
 /** Throws Failure if a file at this path couldn't be written: to be told before the work and not after it. */
 void CheckWritable(const std::string& path);
 
+/** Throws Failure if there is no file at this path that could be read. */
+void CheckReadable(const std::string& path);
+
 /** The whole content of a file. Throws Failure if it can't be read. */
 std::string ReadTextFile(const std::string& path);
 

@@ -32,6 +32,9 @@ int main(int argumentCount, char** arguments) {
         } catch (const CLI::ParseError& error) {
             return program.exit(error) == 0 ? 0 : usedWrongly;
         }
+    } catch (const Velkori_Tool::UsageFailure& failure) {
+        fmt::print(stderr, "velkori: {}\n", failure.what());
+        return usedWrongly;
     } catch (const Velkori_Tool::Failure& failure) {
         fmt::print(stderr, "velkori: {}\n", failure.what());
         return failed;

@@ -18,7 +18,7 @@ struct CheckCommand {
     bool printsJSON = false;
 };
 
-/** What the library says of a document: its warnings and errors are problems. */
+/** What the library says of a document: its errors are problems, its warnings aren't. */
 std::vector<Finding> LibraryFindings() {
     std::vector<Finding> findings;
     for (const LogLine& line : TakeLog()) {

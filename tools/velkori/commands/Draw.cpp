@@ -23,7 +23,12 @@ struct DrawCommand {
     RetargetOptions options;
 };
 
+constexpr int mostMoments = 24;
+
 std::vector<int> ChooseMoments(const DrawCommand& command, const SourceClip& clip) {
+    if (command.times.size() > mostMoments) {
+        throw UsageFailure(fmt::format("--at: a sheet has at most {} moments", mostMoments));
+    }
     std::vector<int> moments;
     for (const double time : command.times) {
         const double frame = std::round(time / clip.frameSeconds);
@@ -65,12 +70,11 @@ void AddDrawCommand(CLI::App& program) {
         ->required();
     app.add_option("CLIP", command->clip, "The captured clip of the source's rig")->required();
     app.add_option("-o,--output", command->output, "The picture: .png, .svg or .pdf")->required();
-    constexpr int mostMoments = 24;
     app.add_option("--moments", command->momentCount, "How many moments, evenly spread; 5 by default")
         ->check(CLI::Range(1, mostMoments));
     app.add_option("--at", command->times, "The moments themselves, in seconds: 0.5,1.25,...")
         ->delimiter(',')
-        ->expected(1, mostMoments);
+        ->allow_extra_args(false);
     AddRetargetOptions(app, command->options);
     app.footer("Example:\n  velkori draw walk_to_hero.json walk.bvh -o sheet.png --at 0.5,1,1.5,2");
     app.callback([command] { Run(*command); });

@@ -8,7 +8,6 @@
 #include <fmt/ranges.h>
 
 #include <array>
-#include <filesystem>
 #include <memory>
 
 namespace Velkori_Tool {
@@ -142,6 +141,7 @@ void AddPrepareCommand(CLI::App& program) {
            "Which steps bring the target's rest pose to the source's: facing, limbs, height, proportions, "
            "hands, hands-scaled, all (default: all but hands-scaled) or none; separated by commas")
         ->delimiter(',')
+        ->allow_extra_args(false)
         ->check(CLI::IsMember(
             {"facing", "limbs", "height", "proportions", "hands", "hands-scaled", "all", "none"}));
     app.add_flag("--no-twist", command->skipsTwist, "Generate no mappings for twist joints");

@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
 #include <memory>
 
 namespace Velkori_Tool {
@@ -26,12 +25,14 @@ void PrintSliding(std::string_view who, const FootSliding& sliding) {
 
 void PrintReport(const Configuration& configuration, const RetargetedClip& clip) {
     const SourceClip& source = clip.source;
+    const float sourceGround =
+        GroundHeight(configuration, velkori_SkeletonType_Source, source.poses, source.jointCount);
     fmt::print("frames: {} at {:.2f} Hz, {:.2f} s\n", source.frameCount, 1.0 / source.frameSeconds,
         source.frameCount * source.frameSeconds);
     fmt::print("foot sliding: travel over the ground while a foot is within 3 cm of it\n");
     fmt::print("{:<8} {:>10} {:>14} {:>12}\n", "", "metres", "contact s", "m/s");
     PrintSliding("source", MeasureFootSliding(configuration, velkori_SkeletonType_Source, source.poses,
-                               source.jointCount, source.frameSeconds, 0.0f));
+                               source.jointCount, source.frameSeconds, sourceGround));
     const float ground =
         GroundHeight(configuration, velkori_SkeletonType_Target, clip.poses, clip.jointCount);
     PrintSliding("target", MeasureFootSliding(configuration, velkori_SkeletonType_Target, clip.poses,

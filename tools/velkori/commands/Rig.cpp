@@ -38,7 +38,7 @@ void ParseSizeRange(const std::string& text, RigOptions& options) {
     constexpr float largestFactor = 100.0f;
     if (used != text.size() || !(options.smallest >= smallestFactor && options.largest >= options.smallest &&
                                    options.largest <= largestFactor)) {
-        throw Failure(fmt::format(
+        throw UsageFailure(fmt::format(
             "--size-range {}: say it as smallest:largest with factors from 0.01 to 100, such as 0.85:1.2",
             text));
     }
@@ -89,7 +89,6 @@ void AddRigCommand(CLI::App& program) {
            "A known joint by hand, role=JOINT, or role= for one that isn't there; may be repeated")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    std::string as;
     app.add_option_function<std::string>(
            "--as", [command](const std::string& side) { command->isTarget = side == "target"; },
            "Which side of a configuration it is for: source (default) or target")
@@ -97,7 +96,8 @@ void AddRigCommand(CLI::App& program) {
     app.add_option("--size-range", command->sizeRange,
         "Minimum and maximum rest poses as factors of the size, smallest:largest; 0.85:1.15 by default");
     app.add_option("--exclude", command->options.excluded, "Joints that get no generated mapping: A,B,...")
-        ->delimiter(',');
+        ->delimiter(',')
+        ->allow_extra_args(false);
     app.add_option("--manifestation", command->options.manifestations,
            "A named subset of the joints: name=JOINT,JOINT,...; may be repeated")
         ->expected(1)

@@ -8,27 +8,40 @@
 
 namespace Velkori_Tool {
 
+namespace {
+
+std::vector<std::string> NamesOf(const auto& valuesByName) {
+    std::vector<std::string> names;
+    for (const auto& [name, value] : valuesByName) {
+        names.push_back(name);
+    }
+    return names;
+}
+
+} // namespace
+
 void AddRetargetOptions(CLI::App& command, RetargetOptions& options) {
-    const std::map<std::string, velkori_RetargetingBehavior> behaviors = {
+    static const std::map<std::string, velkori_RetargetingBehavior> behaviors = {
         {"match-proportions", velkori_RetargetingBehavior_MatchProportions},
         {"match-proportions-rotate-hands", velkori_RetargetingBehavior_MatchProportionsRotateHands},
         {"rotations-scaled", velkori_RetargetingBehavior_RotationsScaled},
         {"rotations-unscaled", velkori_RetargetingBehavior_RotationsUnscaled}};
-    const std::map<std::string, velkori_RetargetingRootMotionBehavior> rootMotions = {
+    static const std::map<std::string, velkori_RetargetingRootMotionBehavior> rootMotions = {
         {"root-from-hips", velkori_RetargetingRootMotionBehavior_RootFromHips},
         {"unchanged", velkori_RetargetingRootMotionBehavior_Unchanged},
         {"root-from-reference", velkori_RetargetingRootMotionBehavior_RootFromReference}};
     command
-        .add_option("--behavior", options.behavior,
+        .add_option_function<std::string>(
+            "--behavior", [&options](const std::string& name) { options.behavior = behaviors.at(name); },
             "What mapped joints take from the source: match-proportions (default), "
             "match-proportions-rotate-hands, rotations-scaled or rotations-unscaled")
-        ->transform(CLI::Transformer(behaviors))
-        ->check(CLI::IsMember({0, 1, 2, 3}));
+        ->check(CLI::IsMember(NamesOf(behaviors)));
     command
-        .add_option("--root-motion", options.rootMotion,
+        .add_option_function<std::string>(
+            "--root-motion",
+            [&options](const std::string& name) { options.rootMotion = rootMotions.at(name); },
             "What becomes of the source's root: unchanged (default), root-from-hips or root-from-reference")
-        ->transform(CLI::Transformer(rootMotions))
-        ->check(CLI::IsMember({0, 1, 2}));
+        ->check(CLI::IsMember(NamesOf(rootMotions)));
     command.add_flag("--fixup", options.fixesUpOrientations,
         "Turn joints so that their bones point at where the children are");
     command.add_option("--manifestation", options.manifestation,

@@ -121,6 +121,7 @@ void AddStreamCommand(CLI::App& program) {
     app.add_flag("--json", command->printsJSON, "Print the table as JSON");
     AddRetargetOptions(app, command->retarget);
     app.footer(
+        "Errors leave out the first quarter of a second, in which the receiver eases in.\n"
         "Example:\n  velkori stream walk_to_hero.json walk.bvh --type high --loss 0.1 --delay-frames 12");
     app.callback([command] { Run(*command); });
 }

@@ -89,7 +89,7 @@ void Canvas::Finish() {
 void CheckPictureFormat(const std::string& path) {
     const std::string extension = LowerCaseExtension(path);
     if (extension != ".png" && extension != ".svg" && extension != ".pdf") {
-        throw Failure(fmt::format(
+        throw UsageFailure(fmt::format(
             "can't draw '{}': pictures are .png, .svg or .pdf; give the file one of these endings", path));
     }
 }

@@ -42,7 +42,7 @@ class Canvas {
     std::unique_ptr<cairo_t, void (*)(cairo_t*)> context;
 };
 
-/** Throws Failure unless the path's extension is one that a canvas writes. */
+/** Throws UsageFailure unless the path's extension is one that a canvas writes. */
 void CheckPictureFormat(const std::string& path);
 
 } // namespace Velkori_Tool

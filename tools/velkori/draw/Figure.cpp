@@ -19,6 +19,8 @@ class FigureMaker {
     Figure Make() const {
         Figure figure;
         figure.hips = std::max(Known(velkori_KnownJointType_Hips), 0);
+        figure.leftLeg = Known(velkori_KnownJointType_LeftUpperLeg);
+        figure.rightLeg = Known(velkori_KnownJointType_RightUpperLeg);
         const int root = Known(velkori_KnownJointType_Root);
         for (int joint = 0; joint < static_cast<int>(parents.size()); ++joint) {
             // The bone from a root on the ground is no part of the body.
@@ -26,12 +28,14 @@ class FigureMaker {
                 figure.bones.push_back({parents[joint], joint, SideOf(joint), WidthOf(joint)});
             }
         }
-        figure.headTop = HighestBelow(Known(velkori_KnownJointType_Neck));
+        figure.headTop = HighestBelowNeck();
         figure.headBase = figure.headTop < 0 ? -1 : parents[figure.headTop];
         for (const auto role : {velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_RightAnkle,
                  velkori_KnownJointType_LeftWrist, velkori_KnownJointType_RightWrist}) {
             if (Known(role) >= 0) {
-                figure.trails.push_back({Known(role), SideOf(Known(role))});
+                const bool isFoot =
+                    role == velkori_KnownJointType_LeftAnkle || role == velkori_KnownJointType_RightAnkle;
+                figure.trails.push_back({Known(role), SideOf(Known(role)), isFoot});
             }
         }
         return figure;
@@ -74,10 +78,11 @@ class FigureMaker {
         return isInHand || isInHead ? finger : limb;
     }
 
-    int HighestBelow(int ancestor) const {
+    int HighestBelowNeck() const {
+        const int neck = Known(velkori_KnownJointType_Neck);
         int highest = -1;
-        for (int joint = 0; ancestor >= 0 && joint < static_cast<int>(parents.size()); ++joint) {
-            if (joint != ancestor && IsAtOrBelow(velkori_KnownJointType_Neck, joint) &&
+        for (int joint = 0; joint < static_cast<int>(parents.size()); ++joint) {
+            if (joint != neck && IsAtOrBelow(velkori_KnownJointType_Neck, joint) &&
                 (highest < 0 || rest[joint].position.y > rest[highest].position.y)) {
                 highest = joint;
             }

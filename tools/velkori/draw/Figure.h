@@ -19,6 +19,9 @@ struct Figure {
 
     std::vector<Bone> bones;
     int hips = 0;
+    /** The joints at the tops of the legs; -1 if not known. */
+    int leftLeg = -1;
+    int rightLeg = -1;
     /** The joint at the top of the head and the one below it; -1 if the neck isn't known. */
     int headTop = -1;
     int headBase = -1;
@@ -26,6 +29,7 @@ struct Figure {
     struct Trail {
         int joint = -1;
         Side side = Side::None;
+        bool isFoot = false;
     };
 
     /** The feet, then the hands. */

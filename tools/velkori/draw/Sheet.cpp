@@ -77,6 +77,31 @@ Vector3 TravelDirection(const SourceClip& clip, int hips) {
     return Dot(first, direction) < 0.0f ? direction * -1.0f : direction;
 }
 
+/**
+ * The horizontal direction that the body mostly faces, from the legs' tops; (0, 0, 0) if it turns so much in
+ * the clip that there is none.
+ */
+Vector3 FacingDirection(const SourceClip& clip, const Figure& figure) {
+    if (figure.leftLeg < 0 || figure.rightLeg < 0) {
+        return {0.0f, 0.0f, 0.0f};
+    }
+    Vector3 sum = {0.0f, 0.0f, 0.0f};
+    for (int frame = 0; frame < clip.frameCount; ++frame) {
+        const auto pose = clip.Frame(frame);
+        const Vector3 rightwards = pose[figure.rightLeg].position - pose[figure.leftLeg].position;
+        sum = sum + Normalized(Cross(rightwards, {0.0f, 1.0f, 0.0f}));
+    }
+    constexpr float mostly = 0.7f;
+    return Length(sum) > mostly * static_cast<float>(clip.frameCount) ? Normalized(sum)
+                                                                      : Vector3{0.0f, 0.0f, 0.0f};
+}
+
+/** What "ahead" is in the whole sheet. */
+Vector3 ForwardDirection(const SourceClip& clip, const Figure& figure) {
+    const Vector3 facing = FacingDirection(clip, figure);
+    return Length(facing) > 0.0f ? facing : TravelDirection(clip, figure.hips);
+}
+
 class SheetDrawer {
   public:
     SheetDrawer(const std::string& path, const SheetContent& content)
@@ -92,7 +117,7 @@ class SheetDrawer {
     void Draw() {
         DrawHeader();
         // Seen from the right, forward is to the right; seen from ahead, right is to the left.
-        const Vector3 forward = TravelDirection(clip.source, content.source.hips);
+        const Vector3 forward = ForwardDirection(clip.source, content.source);
         const Vector3 right = Cross({0.0f, 1.0f, 0.0f}, forward);
         DrawBand({forward, right, "from the side"}, headerHeight);
         DrawBand({right * -1.0f, forward, "from ahead"}, headerHeight + bandHeight);
@@ -255,7 +280,7 @@ class SheetDrawer {
     }
 
     double PlanHeight() const {
-        const Vector3 forward = TravelDirection(clip.source, content.source.hips);
+        const Vector3 forward = ForwardDirection(clip.source, content.source);
         const Extent along = HipsExtent(forward);
         const Extent across = HipsExtent(Cross({0.0f, 1.0f, 0.0f}, forward));
         return bandLabelHeight + (across.highest - across.lowest + room) * PlanScale(along, across);
@@ -266,8 +291,9 @@ class SheetDrawer {
         const Extent along = HipsExtent(forward);
         const Extent across = HipsExtent(right);
         const double scale = PlanScale(along, across);
-        canvas.Text("from above: where feet are down, as captured (rings) and the character's (dots), and "
-                    "the hips' way",
+        canvas.Text(
+            "from above: where feet are down, as captured (large, pale) and the character's (small), and "
+            "the hips' way",
             {margin, top + 16.0}, 15.0, ink, 0.0, true);
         const double boxTop = top + bandLabelHeight;
         canvas.Rectangle({margin, boxTop}, {pageWidth - 2.0 * margin, planHeight - bandLabelHeight}, paper);
@@ -298,8 +324,7 @@ class SheetDrawer {
         const auto seconds = static_cast<float>(clip.source.frameSeconds);
         const int step = std::max(1, static_cast<int>(std::lround(0.1 / clip.source.frameSeconds)));
         for (const Figure::Trail& trail : figure.trails) {
-            const bool isFoot = &trail - figure.trails.data() < 2;
-            for (int frame = 0; isFoot && frame + step < clip.source.frameCount; frame += step) {
+            for (int frame = 0; trail.isFoot && frame + step < clip.source.frameCount; frame += step) {
                 const Vector3& now = poses[static_cast<size_t>(frame) * jointCount + trail.joint].position;
                 const Vector3& later =
                     poses[static_cast<size_t>(frame + step) * jointCount + trail.joint].position;

@@ -38,7 +38,10 @@ class Inspection {
     std::vector<Finding> Run() {
         for (const velkori_SkeletonType type : skeletonTypes) {
             if (configuration.JointCount(type) < 1) {
-                AddProblem("restPose", fmt::format("there is no {} skeleton", skeletonNames.at(type)));
+                AddProblem(
+                    "restPose", fmt::format("there is no {} skeleton; make a configuration of both with "
+                                            "'velkori prepare'",
+                                    skeletonNames.at(type)));
                 continue;
             }
             CheckKnownJoints(type);
@@ -198,15 +201,22 @@ class Inspection {
         CheckKnownJointsAreMapped(names, mappingCounts);
     }
 
+    /** Chest and neck may ride on a mapped spine; hips and limbs carry the motion. */
     void CheckKnownJointsAreMapped(const std::vector<std::string>& names, std::map<int, int>& mappingCounts) {
         for (int role = 0; role < VELKORI_KNOWN_JOINT_COUNT; ++role) {
             const int joint = configuration.KnownJoint(
                 velkori_SkeletonType_Target, static_cast<velkori_KnownJointType>(role));
-            if (joint >= 0 && mappingCounts[joint] == 0) {
-                AddProblem("unmapped",
-                    fmt::format("the target's {}, '{}', is unmapped; align the rigs with 'velkori "
-                                "prepare --align all'",
-                        VELKORI_KNOWN_JOINT_NAMES[role], names[joint]));
+            if (joint < 0 || mappingCounts[joint] > 0) {
+                continue;
+            }
+            const std::string text = fmt::format(
+                "the target's {}, '{}', is unmapped", VELKORI_KNOWN_JOINT_NAMES[role], names[joint]);
+            if (role == velkori_KnownJointType_Chest || role == velkori_KnownJointType_Neck) {
+                AddNote("unmapped", text + " and rides on its parent");
+            } else {
+                AddProblem("unmapped", text + ": no source joint lies near it; align the rigs with 'velkori "
+                                              "prepare --align all', or choose another joint with 'velkori "
+                                              "rig --known'");
             }
         }
     }

@@ -72,14 +72,19 @@ class SourceClipMaker {
      * one. */
     void MatchJoints(std::vector<std::string>& notes) {
         std::map<std::string, int> byName;
+        std::map<std::string, std::vector<int>> byShortName;
         for (int joint = 0; joint < motion.skeleton.JointCount(); ++joint) {
-            byName.emplace(WithoutNamespace(motion.skeleton.jointNames[joint]), joint);
+            const std::string& name = motion.skeleton.jointNames[joint];
+            byName.emplace(name, joint);
+            byShortName[WithoutNamespace(name)].push_back(joint);
         }
         std::vector<std::string> missing;
         for (const std::string& name : names) {
-            const auto found = byName.find(WithoutNamespace(name));
-            clipJoints.push_back(found == byName.end() ? -1 : found->second);
-            if (found == byName.end() && static_cast<int>(clipJoints.size()) - 1 != root) {
+            const auto exact = byName.find(name);
+            const std::vector<int>& alike = byShortName[WithoutNamespace(name)];
+            const int unambiguous = alike.size() == 1 ? alike.front() : -1;
+            clipJoints.push_back(exact != byName.end() ? exact->second : unambiguous);
+            if (clipJoints.back() < 0 && static_cast<int>(clipJoints.size()) - 1 != root) {
                 missing.push_back(name);
             }
         }

@@ -22,6 +22,15 @@ struct Ack {
     double timestamp = 0.0;
 };
 
+/** Between two rotations that are near each other. */
+Quaternion Blend(const Quaternion& a, const Quaternion& b, float share) {
+    const float sign = a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w < 0.0f ? -1.0f : 1.0f;
+    const float first = 1.0f - share;
+    const float second = share * sign;
+    return Normalized(Quaternion{a.x * first + b.x * second, a.y * first + b.y * second,
+        a.z * first + b.z * second, a.w * first + b.w * second});
+}
+
 class LinkSimulation {
   public:
     LinkSimulation(const Configuration& sender, const RetargetedClip& clip, const LinkOptions& options)
@@ -64,6 +73,11 @@ class LinkSimulation {
         }
         result.bytesPerFrame = static_cast<double>(bytes) / std::max(result.framesSent, 1);
         result.kilobitsPerSecond = result.bytesPerFrame * 8.0 / 1000.0 / seconds;
+        if (playedTimes.empty()) {
+            throw Failure(
+                "nothing that could be played arrived over the link; lower --loss, --delay-frames or "
+                "--jitter-ms, or take a longer clip");
+        }
         MeasureErrors();
         return std::move(result);
     }
@@ -174,7 +188,7 @@ class LinkSimulation {
                 const Transform& answer = result.receivedPoses[played * clip.jointCount + joint];
                 const double positionError = Length(answer.position - position);
                 const double rotationError =
-                    AngleBetween(answer.orientation, share < 0.5f ? before.orientation : after.orientation);
+                    AngleBetween(answer.orientation, Blend(before.orientation, after.orientation, share));
                 errors.meanPosition += positionError;
                 errors.meanRotation += rotationError;
                 errors.largestPosition = std::max(errors.largestPosition, positionError);

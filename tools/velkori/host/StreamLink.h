@@ -26,7 +26,8 @@ struct LinkResult {
     double bytesPerFrame = 0.0;
     int largestFrame = 0;
     double kilobitsPerSecond = 0.0;
-    /** Of joints after interpolation against where they were at that time, in metres and degrees. */
+    /** Of joints after interpolation against where they were at that time, in metres and degrees; without the
+     * first quarter of a second, in which the answers ease in. */
     double meanPositionError = 0.0;
     double largestPositionError = 0.0;
     double meanRotationError = 0.0;

@@ -1,6 +1,7 @@
 #include "motion/BVHWriter.h"
 
 #include "Failure.h"
+#include "motion/Motion.h"
 
 #include <fmt/format.h>
 
@@ -34,7 +35,16 @@ std::array<double, 3> EulerAnglesZYX(const Quaternion& rotation) {
 
 class BVHMaker {
   public:
-    explicit BVHMaker(const OutgoingMotion& motion) : motion(motion), children(motion.jointNames.size()) {
+    explicit BVHMaker(const OutgoingMotion& motion)
+        : motion(motion), names(motion.jointNames), children(motion.jointNames.size()) {
+        for (std::string& name : names) {
+            for (char& c : name) {
+                // Most readers end a name at a space.
+                const auto code = static_cast<unsigned char>(c);
+                c = code <= ' ' || c == '{' || c == '}' ? '_' : c;
+            }
+        }
+        MakeNamesUnique(names);
         for (size_t joint = 0; joint < motion.parents.size(); ++joint) {
             const int parent = motion.parents[joint];
             (parent < 0 ? tops : children[parent]).push_back(static_cast<int>(joint));
@@ -82,13 +92,7 @@ class BVHMaker {
         order.push_back(joint);
         const std::string indent(depth, '\t');
         const std::string inner(depth + 1, '\t');
-        std::string name = motion.jointNames[joint];
-        for (char& c : name) {
-            // Most readers end a name at a space.
-            const auto code = static_cast<unsigned char>(c);
-            c = code <= ' ' || c == '{' || c == '}' ? '_' : c;
-        }
-        fmt::format_to(Out(), "{}{} {}\n{}{{\n", indent, depth == 0 ? "ROOT" : "JOINT", name, indent);
+        fmt::format_to(Out(), "{}{} {}\n{}{{\n", indent, depth == 0 ? "ROOT" : "JOINT", names[joint], indent);
         AddOffset(RestOffset(joint), inner);
         text += inner + "CHANNELS 6 Xposition Yposition Zposition Zrotation Yrotation Xrotation\n";
         for (const int child : children[joint]) {
@@ -127,6 +131,8 @@ class BVHMaker {
     }
 
     const OutgoingMotion& motion;
+    /** As the file has them. */
+    std::vector<std::string> names;
     std::vector<std::vector<int>> children;
     std::vector<int> tops;
     /** Joints in the file's order. */

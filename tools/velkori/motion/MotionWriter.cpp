@@ -13,7 +13,7 @@ namespace Velkori_Tool {
 void CheckMotionFormat(const std::string& path) {
     const std::string extension = LowerCaseExtension(path);
     if (extension != ".bvh" && extension != ".glb") {
-        throw Failure(fmt::format(
+        throw UsageFailure(fmt::format(
             "can't write '{}': motion is written as .bvh or .glb; give the file one of these endings", path));
     }
 }

@@ -22,7 +22,7 @@ struct OutgoingMotion {
     size_t FrameCount() const { return jointNames.empty() ? 0 : poses.size() / jointNames.size(); }
 };
 
-/** Throws Failure unless the path's extension is one that WriteMotion() writes. */
+/** Throws UsageFailure unless the path's extension is one that WriteMotion() writes. */
 void CheckMotionFormat(const std::string& path);
 
 /** Writes BVH, in centimetres, or GLB, in metres, by the path's extension; right-handed, y up, facing z. */

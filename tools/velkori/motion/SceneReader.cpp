@@ -9,6 +9,9 @@
 
 #include <algorithm>
 #include <assimp/Importer.hpp>
+#include <cmath>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <set>
 #include <string_view>
@@ -150,15 +153,43 @@ class SceneSkeleton {
         }
     }
 
+    /**
+     * Where a mesh's skin stands in the scene. In glTF a skinned mesh's own node says nothing about that,
+     * only its joints do: the first of them is taken to stand as it was bound.
+     */
+    aiMatrix4x4 SkinPlacement(const aiMesh& mesh, const aiNode& meshNode) const {
+        const std::string extension = LowerCaseExtension(path);
+        if (extension != ".gltf" && extension != ".glb") {
+            return WorldMatrix(meshNode);
+        }
+        for (const aiNode* node : nodes) {
+            for (const aiBone* bone : std::span(mesh.mBones, mesh.mNumBones)) {
+                if (bone->mName == node->mName) {
+                    return WorldMatrix(*node) * bone->mOffsetMatrix;
+                }
+            }
+        }
+        return {};
+    }
+
+    bool IsCameraOrLight(const aiNode& node) const {
+        const auto isNode = [&](const auto* thing) { return thing->mName == node.mName; };
+        const std::span cameras(scene.mCameras, scene.mNumCameras);
+        const std::span lights(scene.mLights, scene.mNumLights);
+        return std::any_of(cameras.begin(), cameras.end(), isNode) ||
+               std::any_of(lights.begin(), lights.end(), isNode);
+    }
+
     void FindJoints() {
         std::set<std::string_view> wanted;
         for (const aiNode* node : nodes) {
             for (const unsigned mesh : std::span(node->mMeshes, node->mNumMeshes)) {
+                const aiMatrix4x4 placement = SkinPlacement(*scene.mMeshes[mesh], *node);
                 for (const aiBone* bone :
                     std::span(scene.mMeshes[mesh]->mBones, scene.mMeshes[mesh]->mNumBones)) {
                     wanted.insert(bone->mName.C_Str());
                     aiMatrix4x4 offset = bone->mOffsetMatrix;
-                    bindMatrices.emplace(bone->mName.C_Str(), WorldMatrix(*node) * offset.Inverse());
+                    bindMatrices.emplace(bone->mName.C_Str(), placement * offset.Inverse());
                 }
             }
         }
@@ -169,7 +200,7 @@ class SceneSkeleton {
             }
         }
         const auto isWanted = [&](const aiNode& node) {
-            return wanted.empty() ? node.mNumMeshes == 0 && node.mParent != nullptr
+            return wanted.empty() ? node.mNumMeshes == 0 && node.mParent != nullptr && !IsCameraOrLight(node)
                                   : wanted.count(node.mName.C_Str()) > 0;
         };
         // What hangs below a joint shows where it points; what stands above two joints connects them.
@@ -238,38 +269,95 @@ class SceneSkeleton {
     std::map<std::string, aiMatrix4x4> bindMatrices;
 };
 
-/** The time between frames in ticks, from the channel with the most keys; never denser than 240 frames. */
-double FrameTicks(const aiAnimation& animation, double ticksPerSecond) {
-    unsigned mostKeys = 0;
-    for (const aiNodeAnim* channel : std::span(animation.mChannels, animation.mNumChannels)) {
-        mostKeys = std::max({mostKeys, channel->mNumPositionKeys, channel->mNumRotationKeys});
+/** All times at which a channel has a key, in ascending order. */
+std::vector<double> KeyTimes(const aiNodeAnim& channel) {
+    std::vector<double> times;
+    for (const aiVectorKey& key : std::span(channel.mPositionKeys, channel.mNumPositionKeys)) {
+        times.push_back(key.mTime);
     }
-    constexpr double densest = 240.0;
-    constexpr double sparsest = 15.0;
-    constexpr double usual = 30.0;
-    const double rate = mostKeys < 2 || animation.mDuration <= 0.0
-                            ? usual
-                            : (mostKeys - 1) * ticksPerSecond / animation.mDuration;
-    return ticksPerSecond / (rate < sparsest ? usual : std::min(rate, densest));
+    for (const aiQuatKey& key : std::span(channel.mRotationKeys, channel.mNumRotationKeys)) {
+        times.push_back(key.mTime);
+    }
+    std::erase_if(times, [](double time) { return !std::isfinite(time); });
+    std::sort(times.begin(), times.end());
+    times.erase(std::unique(times.begin(), times.end()), times.end());
+    return times;
+}
+
+/**
+ * The time between two frames, from the times of at least two keys: the usual gap where most are alike; where
+ * keys were left out, the smallest, as what is left still lies on frames.
+ */
+double FrameGap(const std::vector<double>& keyTimes) {
+    std::vector<double> gaps;
+    for (size_t i = 1; i < keyTimes.size(); ++i) {
+        gaps.push_back(keyTimes[i] - keyTimes[i - 1]);
+    }
+    std::sort(gaps.begin(), gaps.end());
+    const double median = gaps[gaps.size() / 2];
+    // Files hold times in single precision.
+    constexpr double alike = 0.02;
+    double sum = 0.0;
+    size_t count = 0;
+    for (const double gap : gaps) {
+        const bool isAlike = std::fabs(gap - median) < alike * median;
+        sum += isAlike ? gap : 0.0;
+        count += isAlike ? 1 : 0;
+    }
+    const bool mostAreAlike = count * 5 >= gaps.size() * 4;
+    return mostAreAlike ? sum / static_cast<double>(count) : gaps.front();
+}
+
+/** When an animation's frames are, in ticks: from the first key of all channels to the last one. */
+struct FrameTimes {
+    double first = 0.0;
+    double step = 1.0;
+    int64_t count = 1;
+};
+
+FrameTimes FindFrameTimes(const aiAnimation& animation, double ticksPerSecond) {
+    std::vector<double> densest;
+    double first = std::numeric_limits<double>::max();
+    double last = std::numeric_limits<double>::lowest();
+    for (const aiNodeAnim* channel : std::span(animation.mChannels, animation.mNumChannels)) {
+        std::vector<double> times = KeyTimes(*channel);
+        if (!times.empty()) {
+            first = std::min(first, times.front());
+            last = std::max(last, times.back());
+        }
+        if (times.size() > densest.size()) {
+            densest = std::move(times);
+        }
+    }
+    constexpr double usualRate = 30.0;
+    constexpr double sparsestRate = 5.0;
+    constexpr double densestRate = 240.0;
+    FrameTimes frames = {densest.empty() ? 0.0 : first, ticksPerSecond / usualRate, 1};
+    if (densest.size() > 1) {
+        const double rate = ticksPerSecond / FrameGap(densest);
+        frames.step = ticksPerSecond / (rate < sparsestRate ? usualRate : std::min(rate, densestRate));
+    }
+    constexpr double mostFrames = 1e9;
+    frames.count += densest.empty() ? 0 : std::llround(std::min((last - first) / frames.step, mostFrames));
+    return frames;
 }
 
 void SampleAnimation(const aiAnimation& animation, const SceneSkeleton& skeleton, Motion& motion) {
     constexpr double ticksPerSecondIfUnsaid = 25.0;
     const double ticksPerSecond =
         animation.mTicksPerSecond > 0.0 ? animation.mTicksPerSecond : ticksPerSecondIfUnsaid;
-    const double frameTicks = FrameTicks(animation, ticksPerSecond);
+    const FrameTimes frames = FindFrameTimes(animation, ticksPerSecond);
     constexpr double mostTransforms = 2e7;
-    const double transforms = animation.mDuration / frameTicks * motion.skeleton.JointCount();
-    if (!(transforms >= 0.0 && transforms < mostTransforms)) {
+    if (static_cast<double>(frames.count) * motion.skeleton.JointCount() > mostTransforms) {
         throw Failure(
-            fmt::format("'{}' has an animation of {:.0f} frames for {} joints; cut it into shorter ones",
-                motion.path, animation.mDuration / frameTicks, motion.skeleton.JointCount()));
+            fmt::format("'{}' has an animation of {} frames for {} joints; cut it into shorter ones",
+                motion.path, frames.count, motion.skeleton.JointCount()));
     }
     const std::vector<const aiNodeAnim*> channels = skeleton.ChannelsOfNodes(animation);
-    motion.frameSeconds = frameTicks / ticksPerSecond;
-    motion.frameCount = 1 + static_cast<int>(std::lround(animation.mDuration / frameTicks));
+    motion.frameSeconds = frames.step / ticksPerSecond;
+    motion.frameCount = static_cast<int>(frames.count);
     for (int frame = 0; frame < motion.frameCount; ++frame) {
-        skeleton.AppendPose(channels, frame * frameTicks, motion.poses);
+        skeleton.AppendPose(channels, frames.first + frame * frames.step, motion.poses);
     }
 }
 
@@ -298,7 +386,7 @@ void ReadStatedSpace(const aiScene& scene, const std::string& path, Motion& moti
 
 Motion ReadScene(const std::string& path, std::vector<std::string>& notes) {
     // The reader says little about a file that isn't there.
-    ReadTextFile(path);
+    CheckReadable(path);
     Assimp::Importer importer;
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
     const aiScene* scene = importer.ReadFile(path, 0);

@@ -275,7 +275,7 @@ class KnownJointFinder {
     }
 
     /** Where left is without anybody saying so: from the legs, if they are known; from the feet, which point
-        forward; or as most files have it. */
+     * forward; or as most files have it. */
     Vector3 LeftAxis(const Limb& left, const Limb& right) const {
         const int leftLeg = Joint(velkori_KnownJointType_LeftUpperLeg);
         const int rightLeg = Joint(velkori_KnownJointType_RightUpperLeg);
@@ -341,7 +341,7 @@ class KnownJointFinder {
         return best;
     }
 
-    /** The joint that both arms hang from, or the last below it that isn't named after the neck. */
+    /** The joint that both arms hang from, or the first above it that isn't named after the neck. */
     void FindChest() {
         int joint = CommonAncestor(
             Joint(velkori_KnownJointType_LeftUpperArm), Joint(velkori_KnownJointType_RightUpperArm));
@@ -416,7 +416,7 @@ class KnownJointFinder {
             TrunkReasons(joint, fit, "legs and trunk hang from it"));
     }
 
-    /** What stands above the hips, if it is on the ground or says that it is the root. */
+    /** What stands above the hips, if it is on the ground. */
     void FindRoot() {
         int top = Joint(velkori_KnownJointType_Hips);
         while (top >= 0 && skeleton.parents[top] >= 0) {

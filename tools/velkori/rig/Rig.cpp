@@ -11,6 +11,7 @@
 #include <array>
 #include <charconv>
 #include <filesystem>
+#include <set>
 #include <string_view>
 
 namespace Velkori_Tool {
@@ -40,7 +41,7 @@ KnownJointOverrides ParseOverrides(const FileSkeleton& skeleton, const std::vect
         const auto* const known =
             std::find(std::begin(VELKORI_KNOWN_JOINT_NAMES), std::end(VELKORI_KNOWN_JOINT_NAMES), role);
         if (equals == std::string::npos || known == std::end(VELKORI_KNOWN_JOINT_NAMES)) {
-            throw Failure(fmt::format("--known {}: say it as role=joint; the roles are: {}", text,
+            throw UsageFailure(fmt::format("--known {}: say it as role=joint; the roles are: {}", text,
                 fmt::join(VELKORI_KNOWN_JOINT_NAMES, ", ")));
         }
         const std::string joint = text.substr(equals + 1);
@@ -204,9 +205,8 @@ float HighestHeight(const std::vector<Transform>& pose, const Vector3& up) {
     return -LowestHeight(pose, up * -1.0f);
 }
 
-/** Puts a joint under the hips, on the ground, above all joints without parent, and moves it to the origin.
- */
-void AddGroundRoot(Rig& rig) {
+/** Moves the body so that the ground under its hips is the origin. */
+void MoveOntoGround(Rig& rig) {
     FileSkeleton& skeleton = rig.skeleton;
     const Vector3& up = rig.space.up;
     const int hips = rig.known[velkori_KnownJointType_Hips].joint;
@@ -215,6 +215,11 @@ void AddGroundRoot(Rig& rig) {
     for (Transform& transform : skeleton.bindPose) {
         transform.position = transform.position - ground;
     }
+}
+
+/** Puts a joint at the origin, above all joints without parent. */
+void AddGroundRoot(Rig& rig) {
+    FileSkeleton& skeleton = rig.skeleton;
     for (int& parent : skeleton.parents) {
         ++parent;
     }
@@ -227,7 +232,6 @@ void AddGroundRoot(Rig& rig) {
     }
     rig.known[velkori_KnownJointType_Root] = {
         0, 100, "put on the ground under the hips, as the file has none"};
-    rig.hasAddedRoot = true;
 }
 
 std::vector<const char*> Pointers(const std::vector<std::string>& names) {
@@ -265,18 +269,39 @@ struct Manifestations {
     std::vector<std::string> jointNames;
 };
 
+/** No joint may be left out between two of a manifestation's: poses couldn't be put together across it. */
+void CheckHasNoGap(const FileSkeleton& skeleton, const std::set<int>& members, const std::string& option) {
+    for (const int member : members) {
+        std::vector<std::string_view> between;
+        int above = skeleton.parents[member];
+        while (above >= 0 && members.count(above) == 0) {
+            between.emplace_back(skeleton.jointNames[above]);
+            above = skeleton.parents[above];
+        }
+        if (above >= 0 && !between.empty()) {
+            throw Failure(fmt::format("{}: between '{}' and '{}' it leaves out {}; name what is between, too",
+                option, skeleton.jointNames[above], skeleton.jointNames[member], fmt::join(between, ", ")));
+        }
+    }
+}
+
 Manifestations ParseManifestations(const FileSkeleton& skeleton, const std::vector<std::string>& texts) {
     Manifestations manifestations;
     for (const std::string& text : texts) {
         const size_t equals = text.find('=');
         const std::string option = "--manifestation " + text;
         if (equals == std::string::npos || equals == 0) {
-            throw Failure(option + ": say it as name=joint,joint,...");
+            throw UsageFailure(option + ": say it as name=joint,joint,...");
         }
         const std::vector<std::string> joints = Split(text.substr(equals + 1), ',');
-        for (const std::string& joint : joints) {
-            FindJoint(skeleton, joint, option);
+        if (joints.empty()) {
+            throw UsageFailure(option + ": name at least one joint, as in name=joint,joint,...");
         }
+        std::set<int> members;
+        for (const std::string& joint : joints) {
+            members.insert(FindJoint(skeleton, joint, option));
+        }
+        CheckHasNoGap(skeleton, members, option);
         manifestations.names.push_back(ValidUTF8(text.substr(0, equals)));
         manifestations.jointCounts.push_back(static_cast<int32_t>(joints.size()));
         manifestations.jointNames.insert(manifestations.jointNames.end(), joints.begin(), joints.end());
@@ -319,9 +344,11 @@ Rig MakeRig(const Motion& motion, const RigOptions& options) {
     rig.metresPerUnit =
         options.metresPerUnit ? *options.metresPerUnit : FindMetresPerUnit(motion, height, rig.remarks);
     rig.skeleton.bindPose = Scaled(std::move(rig.skeleton.bindPose), static_cast<float>(rig.metresPerUnit));
-    if (rig.known[velkori_KnownJointType_Root].joint < 0 &&
-        overrides.count(velkori_KnownJointType_Root) == 0) {
-        AddGroundRoot(rig);
+    if (rig.known[velkori_KnownJointType_Root].joint < 0) {
+        MoveOntoGround(rig);
+        if (overrides.count(velkori_KnownJointType_Root) == 0) {
+            AddGroundRoot(rig);
+        }
     }
     for (const std::string& name : options.excluded) {
         FindJoint(rig.skeleton, name, "--exclude " + name);

@@ -33,7 +33,6 @@ struct Rig {
     std::string name;
     /** With a ground root, if the file had none; its pose is the rest pose, in metres and the file's axes. */
     FileSkeleton skeleton;
-    bool hasAddedRoot = false;
     /** Where up, forward and right are in the file's axes. */
     velkori_CoordinateSpace_ space = {};
     double metresPerUnit = 1.0;
