@@ -12,6 +12,7 @@ namespace {
 
 std::vector<std::string> NamesOf(const auto& valuesByName) {
     std::vector<std::string> names;
+    names.reserve(valuesByName.size());
     for (const auto& [name, value] : valuesByName) {
         names.push_back(name);
     }
