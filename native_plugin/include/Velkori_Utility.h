@@ -61,8 +61,11 @@
  * Times are in seconds. An orientation need not be normalised. Transforms are invalid if they hold a nan,
  * an infinity or an all-zero orientation; an absent or empty array is valid.
  *
- * **Threads.** There is no lock: make all calls, for all handles, from one thread at a time. The library
- * runs on 64-bit little-endian processors, and records have natural alignment there.
+ * **Threads.** There is no lock: make all calls, for all handles, from one thread at a time.
+ *
+ * **Platforms.** The same calls give the same bits on every processor, also in the pose stream, whose bytes
+ * any platform may read. Records lie in memory as the platform's C compiler lays them out, unpacked: those
+ * that hold pointers are smaller where a pointer has 32 bits.
  */
 
 #include <stdbool.h>
@@ -158,7 +161,7 @@ VELKORI_ENUM(velkori_SkeletonType){
 VELKORI_ENUM(velkori_SkeletonTPoseType){
     /** The one that retargeting uses. Of the source: the reference pose that
         velkori_updateSourceReferenceTPose() or a frame supplied. Of the target: the start pose of the last
-        frame's behavior; before the first frame, the unscaled rest pose. */
+        frame's behavior; before the first frame, the unscaled rest pose or, without one, the minimum. */
     velkori_SkeletonTPoseType_Current = 0,
     /** The rest pose at minimum size. */
     velkori_SkeletonTPoseType_Min = 1,
@@ -265,8 +268,9 @@ VELKORI_ENUM(velkori_RetargetingRootMotionBehavior){
     velkori_RetargetingRootMotionBehavior_RootFromHips = 0,
     /** The root stays as it was tracked. */
     velkori_RetargetingRootMotionBehavior_Unchanged = 1,
-    /** The root stands as in the reference pose. The other joints are composed on it from the local pose
-        that an earlier use left, not from this frame's. */
+    /** The root stands as in the reference pose and the other joints on it, each relative to its parent as
+        in this frame. But once velkori_getLastProcessedFramePose() has read the source in local space,
+        they stand as in what it read, until a frame with Unchanged. */
     velkori_RetargetingRootMotionBehavior_RootFromReference = 2,
 };
 
@@ -280,7 +284,7 @@ VELKORI_ENUM(velkori_MatchBehavior){
  * How finely the pose stream quantises. What lies outside a range is clamped to it.
  *
  * Face weights read back correctly only from streams of Standard, and trackers only from streams of Max. A
- * value of 3 fits a record and behaves as Standard; other values don't fit and must not be used.
+ * value of 3 behaves as Standard; of any other value the two lowest bits count.
  */
 VELKORI_ENUM(velkori_CompressionType){
     /** Positions from -4 to 4 in steps of 0.00098, times in steps of 27 ms. */
@@ -1090,8 +1094,7 @@ VELKORI_API velkori_Result velkori_getLengthBetweenJoints(velkori_Handle handle,
     int32_t endJointIndex, float* out_length);
 
 /**
- * Scales a pose uniformly to a height. The pose needs an extent along up: one without comes back as
- * infinities or nans.
+ * Scales a pose uniformly to a height, which a pose without an extent along up can't be.
  *
  * @param handle the instance.
  * @param skeletonType the skeleton.
@@ -1103,7 +1106,8 @@ VELKORI_API velkori_Result velkori_getLengthBetweenJoints(velkori_Handle handle,
  * @retval velkori_Result_Success the pose is scaled.
  * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transformData is null.
- * @retval velkori_Result_InvalidValue it holds an invalid transform, or jointSpaceType is outside 0 to 3.
+ * @retval velkori_Result_InvalidValue it holds an invalid transform or can't be scaled, jointSpaceType is
+ *     outside 0 to 3, or height isn't finite.
  * @retval velkori_Result_BufferTooSmall jointCount isn't the skeleton's joint count.
  */
 VELKORI_API velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velkori_SkeletonType skeletonType,

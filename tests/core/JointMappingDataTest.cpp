@@ -299,6 +299,24 @@ TEST(JointMappingData, TheTargetsOwnJointsDriveWhereTheirBehaviorIsNormal) {
     }
 }
 
+TEST(JointMappingData, LinesHoldALongNameWhole) {
+    const LogCapture capture;
+    const std::string name(3000, 'n');
+    const TestSkeletons::Params params = MakeChain({name});
+    const TargetSkeletonData target(params);
+    const Mappings minMappings = {
+        Map(0, Source, Normal), Map(0, Source, Normal), Map(0, Target, Normal, 2.0F)};
+    const Mappings maxMappings = {Map(0, Source, Twist)};
+    const JointMappingData min(SourceSkeleton(), target, minMappings);
+    JointMappingData max(SourceSkeleton(), target, maxMappings);
+    JointMappingData::PopulateUnmappedJoints(params.jointNames, min, max);
+    const Texts lines = LogCapture::TakeTexts();
+    EXPECT_EQ(lines.size(), 3U) << "a duplicate, another behaviour, a copy";
+    for (const std::string& line : lines) {
+        EXPECT_NE(line.find('"' + name + '"'), std::string::npos) << line;
+    }
+}
+
 TEST(JointMappingData, WhatOneSetMapsTheOtherMapsToo) {
     const LogCapture capture;
     Data min({Map(2, Source, Twist), Map(0, Target, Normal), Map(0, Source, IKDerived),

@@ -1,6 +1,7 @@
 #include "core/JointMappingSet.h"
 
 #include "support/PoseMatchers.h"
+#include "support/Rotations.h"
 #include "support/TestSkeletons.h"
 
 #include <gtest/gtest.h>
@@ -43,7 +44,7 @@ struct TwoTrees {
 };
 
 Quaternionf TurnAboutZ(float degrees) {
-    return Quaternionf::FromRotationVector({0, 0, degrees * std::numbers::pi_v<float> / 180});
+    return RotationOf({0, 0, degrees * std::numbers::pi_v<float> / 180});
 }
 
 // The first joint on one entry's way up that is on all of them.
@@ -171,12 +172,12 @@ TEST(JointMappingSet, TurnsTheOffsetAsThePoseTurnsAwayFromItsReference) {
     const std::vector<JointPose>& restPose =
         trees.source.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root);
     const PoseData reference(trees.source, Root, restPose, JointPose::Identity);
-    const Quaternionf turn = Quaternionf::FromRotationVector({0.4F, -0.7F, 0.2F});
+    const Quaternionf turn = RotationOf({0.4F, -0.7F, 0.2F});
     std::vector<JointPose> pose = restPose;
     for (JointPose& joint : pose) {
         joint.orientation = turn * joint.orientation;
     }
-    const JointPose offset(Quaternionf::FromRotationVector({1, 0.5F, -0.3F}), {9, 9, 9});
+    const JointPose offset(RotationOf({1, 0.5F, -0.3F}), {9, 9, 9});
     const Vector3f middle = (pose[3].position + pose[8].position) * 0.5F;
     for (const Entries& entries : {Entries{{3, 0.6F, 1}, {8, 0.4F, 1}},
              Entries{{3, 0.6F, 1}, {8, 0.4F, 1}, {12, 0.2F, 0}}, Entries{{3, 0.6F, 1}, {8, 0, 1}}}) {

@@ -3,6 +3,7 @@
 #include "core/SkeletonData.h"
 #include "support/AllocationCount.h"
 #include "support/PoseMatchers.h"
+#include "support/Rotations.h"
 #include "support/TestSkeletons.h"
 
 #include <gtest/gtest.h>
@@ -56,7 +57,7 @@ TEST(Manifestation, AGapBetweenMembersMakesItInvalid) {
 }
 
 TEST(Manifestation, APartOfARestPoseExpandsToIt) {
-    const JointPose moved(Quaternionf::FromRotationVector({0.3F, 1.0F, -0.2F}), {1, 2, 3});
+    const JointPose moved(RotationOf({0.3F, 1.0F, -0.2F}), {1, 2, 3});
     for (const Names& joints : {UpperBody, Arm, Names{"head"}}) {
         const TargetSkeletonData skeleton = BipedWith(joints);
         const Manifestation& part = skeleton.GetManifestation("part");

@@ -4,6 +4,7 @@
 #include "core/SkeletonData.h"
 #include "support/AllocationCount.h"
 #include "support/PoseMatchers.h"
+#include "support/Rotations.h"
 #include "support/TestSkeletons.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +47,7 @@ SourceSkeletonData MakeRootAndHips() {
 }
 
 Quaternionf AboutY(float angle) {
-    return Quaternionf::FromRotationVector({0, angle, 0});
+    return RotationOf({0, angle, 0});
 }
 
 std::vector<JointPose> Unscaled(std::vector<JointPose> pose) {
@@ -298,7 +299,7 @@ TEST(PoseData, BlendsEndAtBothPosesAndTurnJointsAsTheirBones) {
 TEST(PoseData, MatchingScaleMeasuresRootAndHipsAlongTheAxesOfRootSpace) {
     const SourceSkeletonData skeleton = MakeRootAndHips();
     // The root is turned, so that the hips above it lie along its x axis.
-    const Quaternionf turned = Quaternionf::FromRotationVector({0, 0, 1.5707964F});
+    const Quaternionf turned = RotationOf({0, 0, 1.5707964F});
     const std::vector<JointPose> joints = {
         {turned, {0, 0, 3}}, {turned, {0, 1, 3}}, {Quaternionf(), {0, 1.5F, 3}}};
     const PoseData pose = MakePose(skeleton, Root, joints);
@@ -342,12 +343,12 @@ TEST(PoseDataRootMotion, TheRootFollowsTheHipsHeightAndFacing) {
 
 TEST(PoseDataRootMotion, FacingIsTheHipsTurnAboutUpFromTheReference) {
     const SourceSkeletonData skeleton = MakeRootAndHips();
-    const Quaternionf hipsAtRest = Quaternionf::FromRotationVector({0.4F, -1.1F, 0.7F});
-    const Quaternionf rootAtRest = Quaternionf::FromRotationVector({0.3F, 0.2F, -0.1F});
+    const Quaternionf hipsAtRest = RotationOf({0.4F, -1.1F, 0.7F});
+    const Quaternionf rootAtRest = RotationOf({0.3F, 0.2F, -0.1F});
     const std::vector<JointPose> reference = {{rootAtRest, {}}, {hipsAtRest, {0, 1, 0}}, {}};
     const auto rootOf = [&](const Quaternionf& turn) {
         std::vector<JointPose> frame = reference;
-        frame[0].orientation = Quaternionf::FromRotationVector({1, 1, 1});
+        frame[0].orientation = RotationOf({1, 1, 1});
         frame[1].orientation = turn * hipsAtRest;
         PoseData pose(skeleton);
         pose.InitializeAndApplyRootMotionBehavior(MakePose(skeleton, Root, frame),
@@ -356,14 +357,14 @@ TEST(PoseDataRootMotion, FacingIsTheHipsTurnAboutUpFromTheReference) {
     };
     // Where the hips bow to doesn't matter.
     for (const float yaw : {0.05F, 0.5F, -2.0F}) {
-        const Quaternionf bow = Quaternionf::FromRotationVector({yaw < 0.1F ? 0.05F : 0.8F, 0, 0});
+        const Quaternionf bow = RotationOf({yaw < 0.1F ? 0.05F : 0.8F, 0, 0});
         EXPECT_LT(AngleBetween(rootOf(AboutY(yaw)), AboutY(yaw) * rootAtRest), 1e-4F) << yaw;
         EXPECT_LT(AngleBetween(rootOf(AboutY(yaw) * bow), AboutY(yaw) * rootAtRest), 1e-4F) << yaw;
     }
     // A forward axis that hardly moves leaves it to the right axis, which a bow by 0.1 after a lean by 0.5
     // takes from (1, 0, 0) to (cos 0.5, sin 0.5 cos 0.1, sin 0.5 sin 0.1).
-    const Quaternionf bow = Quaternionf::FromRotationVector({0.1F, 0, 0});
-    const Quaternionf lean = Quaternionf::FromRotationVector({0, 0, 0.5F});
+    const Quaternionf bow = RotationOf({0.1F, 0, 0});
+    const Quaternionf lean = RotationOf({0, 0, 0.5F});
     const float yaw = -std::atan2(std::sin(0.5F) * std::sin(0.1F), std::cos(0.5F));
     EXPECT_LT(AngleBetween(rootOf(bow * lean), AboutY(yaw) * rootAtRest), 1e-4F);
 }

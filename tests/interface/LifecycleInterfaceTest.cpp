@@ -26,6 +26,27 @@ TEST(CreateFromDocument, ADocumentInNoSpaceIsRefusedThoughItsSkeletonsAreSound) 
     }
 }
 
+TEST(CreateFromDocument, BothMappingsAskForTheirObject) {
+    const std::pair<std::string, std::string> cases[] = {
+        {R"({"name":"n","mapping":true})",
+            "[ERROR]: JSON value for key \"mapping\" type mismatch.  Expected object, found bool."},
+        {R"({"name":"n","mapping":5})",
+            "[ERROR]: [JointMappingData::CreateFromJSON] Invalid mapping data.  Structure is not a JSON "
+            "object/map."}};
+    const auto countIn = [](const std::string& document, const std::string& line) {
+        const LogCapture capture;
+        velkori_Handle handle = 0;
+        EXPECT_EQ(velkori_createOrUpdateHandle(document.c_str(), &handle), velkori_Result_InvalidData);
+        const std::vector<std::string> lines = LogCapture::TakeTexts();
+        return std::count(lines.begin(), lines.end(), line);
+    };
+    for (const auto& [document, line] : cases) {
+        EXPECT_EQ(countIn(document, line), 2) << document;
+    }
+    // As do the configuration and the two skeletons, where the document is no object.
+    EXPECT_EQ(countIn("[]", "[ERROR]: Cannot retrieve JSON Object, rapidJson Value is of type array"), 3 + 2);
+}
+
 TEST(CreateFromDocument, AFailedUpdateLeavesTheInstanceAndNamesEveryFault) {
     const LoadedConfig config(ReadSample("simple.json"));
     const std::string before = WriteDocument(config.Get());
@@ -81,6 +102,30 @@ TEST(WriteDocument, GivesTheTextThatWasRead) {
         const LoadedConfig config(ReadSample(sample));
         EXPECT_EQ(WriteDocument(config.Get()) + "\n", ReadSample(sample));
     }
+}
+
+TEST(WriteDocument, HoldsAMappingWhoseEntriesWereAllDropped) {
+    // The staff is the second of the mapped joints; the chest follows the staff and, empty-handed, the
+    // source.
+    SmallRecords records;
+    records.entries[1] = {4, -1, -1};
+    records.mappings.push_back({2, Source, velkori_JointMappingBehaviorType_Twist, 1});
+    records.entries.push_back({2, 0, -1});
+    const RecordedConfig config(records.Config());
+    std::string document = WriteDocument(config.handle);
+    std::erase_if(document, [](char c) { return c == ' ' || c == '\n'; });
+    const std::string full = R"({"weightPosition":1.0,"weightRotation":1.0})";
+    const std::string mappings = R"("root":{"type":"source","behavior":"normal","mappings":{"root":)" + full +
+                                 R"(}},"staff":{"type":"source","behavior":"normal","mappings":{}},)"
+                                 R"("chest":{"source":{"behavior":"twist","mappings":{}},)"
+                                 R"("target":{"behavior":"normal","mappings":{"staff":)" +
+                                 full + "}}}";
+    EXPECT_NE(document.find(R"("mapping":{"min":{)" + mappings + R"(},"max":{)" + mappings + "}}"),
+        std::string::npos)
+        << document;
+    // Where no entry is left at all, the mappings are still there.
+    records.entries = {{0, -1, 0}, {4, 0, -1}, {4, 0, 0}, {2, -1, -1}};
+    EXPECT_NE(WriteDocument(RecordedConfig(records.Config()).handle).find("\"mapping\""), std::string::npos);
 }
 
 TEST(WriteDocument, RoundTripsThroughEveryOtherSpace) {

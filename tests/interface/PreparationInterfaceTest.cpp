@@ -130,6 +130,8 @@ TEST(Alignment, TheConfigurationIsTheTargetsWithTheSourceThatWasNamed) {
     EXPECT_TRUE(SameBits(TPose(handle, Source, Max), TPose(config.Get(), Source, Max)));
     const Transforms min = TPose(config.Get(), Target, Min);
     const Transforms max = TPose(config.Get(), Target, Max);
+    EXPECT_TRUE(SameBits(TPose(config.Get(), Target, Current), min))
+        << "in its place, before the first frame";
     EXPECT_TRUE(SameBits(TPose(handle, Target, Min), min));
     EXPECT_TRUE(SameBits(TPose(handle, Target, Max), max));
     const int hips = JointIndex(handle, Target, "hips");

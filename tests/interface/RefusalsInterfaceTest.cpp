@@ -273,6 +273,10 @@ TEST_F(Refusals, RestPosesNameTheirFirstFault) {
     Expect(velkori_calculateSkeletonTPoseAtHeight(h, Source, NoSpace, INFINITY, p, &one), Value, NoSpaceText);
     Expect(velkori_calculateSkeletonTPoseAtHeight(h, Source, Local, INFINITY, p, &one), Value,
         "Parameter height must be a finite number");
+    Transforms flat(5, At(0, 0, 0));
+    Expect(velkori_scalePoseToHeight(h, Source, RootSpace, 1.0F, 5, flat.data()), Value,
+        "A pose without height can't be scaled to one");
+    EXPECT_TRUE(SameBits(flat, Transforms(5, At(0, 0, 0))));
 
     velkori_PoseInfo_ info = {};
     float length = 0;

@@ -199,6 +199,56 @@ TEST(Retargeting, WhatTheTargetsOwnJointsMoveTakesItsChildrenAlongAndIsReadBack)
     ExpectNear({mappingPose}, {frame[4]}, 1e-5F);
 }
 
+// The root and all that isn't mapped stand as the document has them, where both ends of the size range agree.
+TEST(Retargeting, ARestRotationOfAnyLengthComesOutWithLengthOne) {
+    SmallRecords records;
+    records.mappings.erase(records.mappings.begin());
+    records.entries.erase(records.entries.begin());
+    const RecordedConfig recorded(records.Config());
+    const LoadedConfig config(ReplaceAll(WriteDocument(recorded.handle), "\"w\": 1.0", "\"w\": 2.0"));
+    for (const int behavior : {0, 1}) {
+        for (const velkori_Transform_& joint : Retarget(config.Get(), records.pose, Info(behavior))) {
+            EXPECT_EQ(joint.orientation.w, 1.0F) << behavior;
+        }
+    }
+}
+
+// The root of the reference is the frames' own, so that the source after root motion is the frame, unless it
+// is composed of another frame's pose.
+TEST(Retargeting, OnlyALocalPoseThatWasReadStaysBehindForRootMotion) {
+    const SmallRecords records{};
+    const RecordedConfig config(records.Config());
+    SetReference(config.handle, records.pose);
+    const auto lastHips = [&](velkori_JointRelativeSpaceType space) {
+        Transforms pose(records.pose.size());
+        auto count = static_cast<int32_t>(pose.size());
+        EXPECT_EQ(
+            velkori_getLastProcessedFramePose(config.handle, Source, space, pose.data(), &count, nullptr),
+            Success);
+        return pose[1].position.x;
+    };
+
+    struct Frame {
+        int rootMotion;
+        float hips;
+        float expected;
+        bool isReadInLocalSpace;
+    };
+
+    const Frame frames[] = {{2, 0.1F, 0.1F, false}, {1, 0.2F, 0.2F, false}, {2, 0.3F, 0.3F, false},
+        {0, 0.4F, 0.4F, false}, {2, 0.5F, 0.5F, false}, {2, 0.6F, 0.6F, true}, {2, 0.7F, 0.6F, false},
+        {0, 0.8F, 0.8F, false}, {2, 0.9F, 0.6F, false}, {1, 1.0F, 1.0F, false}, {2, 1.1F, 1.1F, false}};
+    for (const Frame& each : frames) {
+        Transforms pose = records.pose;
+        pose[1].position.x = each.hips;
+        Retarget(config.handle, pose, Info(0, false, each.rootMotion));
+        EXPECT_NEAR(lastHips(RootSpace), each.expected, 1e-6F);
+        if (each.isReadInLocalSpace) {
+            lastHips(LocalSpace);
+        }
+    }
+}
+
 TEST(Retargeting, JointPairsAreFoundByTheirNames) {
     const RecordedConfig config(SmallRecords().Config());
     const char* const pairs[] = {"chest", "staff", "head", "root"};

@@ -1,10 +1,12 @@
 #include "retargeting/DirtyJointQueue.h"
 #include "retargeting/MappedHierarchy.h"
+#include "retargeting/MappingInfo.h"
 #include "retargeting/OrientationFixup.h"
 #include "retargeting/TwistBlending.h"
 #include "support/AllocationCount.h"
 #include "support/MovingBody.h"
 #include "support/PoseMatchers.h"
+#include "support/Rotations.h"
 #include "support/Samples.h"
 #include "support/TestSkeletons.h"
 
@@ -151,14 +153,24 @@ TEST(MappedHierarchy, NoJointIsUpdatedBeforeOneThatItReads) {
     EXPECT_EQ(GenerateIKDerivedJointMappingUpdateOrder(config, Source), (std::vector<int>{3, 1}));
 }
 
+TEST(BlendPoses, OfEqualPosesKeepsUnitRotationsAndNormalisesOthers) {
+    // A squared length of 1 + 8e-6, which counts as 1.
+    const JointPose unit(Quaternionf(0.6F, 0, 0, 0.800005F), {1, 2, 3});
+    EXPECT_EQ(BlendPoses(unit, unit, 0.3F), unit);
+    const JointPose twice(Quaternionf(0, 1.2F, 0, 1.6F), {1, 2, 3}, {2, 2, 2});
+    const JointPose blended = BlendPoses(twice, twice, 0.3F);
+    EXPECT_EQ(blended, JointPose(twice.orientation.Normalize(), twice.position, twice.scale));
+    EXPECT_NEAR(blended.orientation.LengthSquared(), 1.0F, 1e-6F);
+}
+
 TEST(TwistBlending, TakesTheRollAndStaysOnTheBone) {
     const TargetSkeletonData skeleton(Chain());
     const std::vector<JointPose> pose = {{Quaternionf(), {0, 0, 0}}, {Quaternionf(), {1, 0, 0}},
         {Quaternionf(), {2, 0, 0}}, {Quaternionf(), {1, 1, 0}}};
     const JointPose current = pose[1];
     // The mapping rolls b by 0.8 about its bone, swings it by 0.5 and moves it off the bone.
-    const Quaternionf roll = Quaternionf::FromRotationVector({0.8F, 0, 0});
-    const Quaternionf swing = Quaternionf::FromRotationVector({0, 0, 0.5F});
+    const Quaternionf roll = RotationOf({0.8F, 0, 0});
+    const Quaternionf swing = RotationOf({0, 0, 0.5F});
     const JointPose mapped(swing * roll, {0.6F, 0.3F, 0}, {2, 2, 2});
 
     const auto blend = [&](JointMappingBehaviorType behavior, int joint, const JointPose& seated) {
@@ -189,7 +201,7 @@ TEST(OrientationFixup, TurnsBonesToTheirChildren) {
         {Quaternionf(), {1, 1, 0}}, {Quaternionf(), {1, 1, 0}}};
     OrientationFixup fixup(skeleton);
     fixup.Apply(rest, FastRangedIntegralSet<int>(0, 3, {3}), pose);
-    const Quaternionf quarter = Quaternionf::FromRotationVector({0, 0, 1.5707964F});
+    const Quaternionf quarter = RotationOf({0, 0, 1.5707964F});
     EXPECT_LT(AngleBetween(pose[1].orientation, quarter), 1e-5F);
     EXPECT_EQ(pose[1].position, Vector3f(1, 0, 0));
     EXPECT_EQ(pose[2], (JointPose{Quaternionf(), {1, 1, 0}})) << "the child stays";
@@ -208,7 +220,7 @@ TEST(OrientationFixup, ExcludedJointsFollowACorrectedParent) {
     OrientationFixup fixup(skeleton);
     std::vector<JointPose> pose = upright;
     fixup.Apply(rest, FastRangedIntegralSet<int>(0, 2, {1, 2}), pose);
-    const Quaternionf quarter = Quaternionf::FromRotationVector({0, 0, 1.5707964F});
+    const Quaternionf quarter = RotationOf({0, 0, 1.5707964F});
     for (int joint = 0; joint < 3; ++joint) {
         EXPECT_LT(AngleBetween(pose[joint].orientation, quarter), 1e-5F);
         ExpectNear(pose[joint].position, {static_cast<float>(-joint), 0, 0}, 1e-5F);
@@ -237,5 +249,5 @@ TEST(OrientationFixup, AJointThatForksStays) {
     pose = moved;
     fixup.Apply(rest, FastRangedIntegralSet<int>(0, 4, {3}), pose);
     // Without d there is one way, to b: from x to z, a quarter turn against the sense of y.
-    EXPECT_LT(AngleBetween(pose[0].orientation, Quaternionf::FromRotationVector({0, -1.5707964F, 0})), 1e-5F);
+    EXPECT_LT(AngleBetween(pose[0].orientation, RotationOf({0, -1.5707964F, 0})), 1e-5F);
 }

@@ -250,6 +250,35 @@ TEST(StreamLink, PartsThatComeAndGoStayInStep) {
     }
 }
 
+TEST(StreamLink, OfACompressionTypeTheTwoLowestBitsCount) {
+    Link link(static_cast<velkori_CompressionType>(6));
+    const Frame sent = link.body.At(5);
+    link.Send(sent, -1);
+    link.Receive(link.record.data());
+    EXPECT_LT(WorstShare(sent.target, link.received.target, Max), 1.0F);
+}
+
+// A face that is updated without a target body doesn't go out. What it was meant to say is said later.
+TEST(StreamLink, AFaceWithoutItsBodyIsNobodysBaseline) {
+    using Parts = std::pair<bool, bool>;
+    const std::vector<std::vector<Parts>> framesOfTargetAndFace = {
+        {{true, true}, {false, true}, {true, true}},
+        {{true, true}, {false, true}, {true, false}, {true, true}}};
+    for (const std::vector<Parts>& frames : framesOfTargetAndFace) {
+        Link link(Standard);
+        Frame frame = link.body.At(0);
+        std::ranges::fill(frame.face, 0.8F);
+        int ack = -1;
+        for (const auto& [hasTarget, hasFace] : frames) {
+            link.Send(frame, ack, nullptr, true, hasTarget, hasFace);
+            ack = link.Receive(link.record.data());
+        }
+        for (const float weight : link.received.face) {
+            EXPECT_NEAR(weight, 0.8F, 1.0F / 511) << frames.size() << " frames";
+        }
+    }
+}
+
 // The link is down for longer than the ring goes round, and the host passes the last ack all along.
 TEST(StreamLink, AnAckOlderThanTheRingCodesAgainstNothing) {
     Link link;

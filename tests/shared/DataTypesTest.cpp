@@ -1,8 +1,11 @@
 #include "shared/DataTypes.h"
 
+#include "support/Rotations.h"
+
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <numeric>
 #include <random>
 #include <tuple>
 
@@ -142,19 +145,62 @@ TEST(Quaternionf, FromDirectionToDirectionIsTheShortestRotationAndAHalfTurnBetwe
     EXPECT_EQ(tiny, Quaternionf(tiny.x, 0, 0, 0));
 }
 
+// The great arc between two quaternions in double precision, by the short way.
+std::array<double, 4> ArcPoint(const Quaternionf& from, const Quaternionf& to, double t) {
+    const std::array<double, 4> a{from.x, from.y, from.z, from.w}, b{to.x, to.y, to.z, to.w};
+    const double lengthA = std::sqrt(std::inner_product(a.begin(), a.end(), a.begin(), 0.0));
+    const double lengthB = std::sqrt(std::inner_product(b.begin(), b.end(), b.begin(), 0.0));
+    const double sign = std::inner_product(a.begin(), a.end(), b.begin(), 0.0) < 0 ? -1 : 1;
+    double between = 0.0, across = 0.0;
+    for (std::size_t i = 0; i < 4; ++i) {
+        between += std::pow(a[i] / lengthA - sign * b[i] / lengthB, 2);
+        across += std::pow(a[i] / lengthA + sign * b[i] / lengthB, 2);
+    }
+    const double arc = 2 * std::atan2(std::sqrt(between), std::sqrt(across));
+    std::array<double, 4> point{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        point[i] = (std::sin((1 - t) * arc) * a[i] / lengthA + std::sin(t * arc) * sign * b[i] / lengthB) /
+                   std::sin(arc);
+    }
+    return point;
+}
+
+double Distance(const Quaternionf& q, const std::array<double, 4>& point) {
+    return std::sqrt(std::pow(q.x - point[0], 2) + std::pow(q.y - point[1], 2) + std::pow(q.z - point[2], 2) +
+                     std::pow(q.w - point[3], 2));
+}
+
 TEST(Quaternionf, SlerpFollowsTheGreatArcAndGoesOnBeyondItsEnds) {
     Random random;
-    for (int i = 0; i < 100; ++i) {
-        const Quaternionf a = random.Rotation().Normalize(), b = random.Rotation().Normalize();
-        const float dot = a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w;
-        const float arc = std::acos(std::abs(dot));
-        for (const float t : {0.0f, 0.3f, 1.0f, 1.5f}) {
-            const Quaternionf fromA = a * (std::sin((1.0f - t) * arc) / std::sin(arc));
-            const Quaternionf fromB = b * (std::copysign(std::sin(t * arc), dot) / std::sin(arc));
-            ExpectSameRotation(
-                a.Slerp(b, t), {fromA.x + fromB.x, fromA.y + fromB.y, fromA.z + fromB.z, fromA.w + fromB.w});
+    for (const float reach : {1.0f, 30.0f, 1000.0f, 1e6f}) {
+        double largestError = 0.0;
+        for (int i = 0; i < 20000; ++i) {
+            // Both of unit length but for rounding, from hardly a turn to a whole one apart.
+            const Quaternionf a = random.Rotation().Normalize();
+            const float angle = std::ldexp(3.1f, -(i % 20)) * std::abs(random.Number());
+            const Quaternionf b = a * RotationOf(random.Direction().Normalize() * angle);
+            const float t = i % 2 == 0 ? std::abs(random.Number()) : random.Number() * reach;
+            const double bound = std::max(1.0f, std::abs(t));
+            largestError = std::max(largestError, Distance(a.Slerp(b, t), ArcPoint(a, b, t)) / bound);
         }
+        EXPECT_LT(largestError, 3e-7) << reach;
     }
+}
+
+TEST(Quaternionf, SlerpTakesRotationsOfAnyLengthAndPassesOverWhatIsNone) {
+    const Quaternionf from(0.1f, -0.2f, 0.3f, 0.9f), to(0.5f, 0.4f, -0.6f, -0.1f), zero(0, 0, 0, 0);
+    const Quaternionf middle = from.Normalize().Slerp(to.Normalize(), 0.25f);
+    for (const float length : {1e-15f, 0.5f, 1e15f}) {
+        ExpectSameRotation((from * length).Slerp(to * -length, 0.25f), middle, 1e-6f);
+    }
+    const float huge = Limits::max();
+    for (const Quaternionf& none : {zero, Quaternionf(huge, huge, 0, 0)}) {
+        EXPECT_EQ(from.Normalize().Slerp(none, 0.5f), from.Normalize());
+        EXPECT_EQ(none.Slerp(to, 0.5f), Quaternionf::Identity);
+    }
+    EXPECT_EQ(QuarterTurnZ.Slerp(QuarterTurnZ * -1.0f, 7.0f), QuarterTurnZ);
+    // Beyond any turn that a float can tell.
+    EXPECT_EQ(QuarterTurnZ.Slerp(Quaternionf::Identity, Limits::infinity()), QuarterTurnZ);
 }
 
 TEST(Quaternionf, LookAtRecoversARotationFromItsAxesWhicheverComponentDominates) {
@@ -194,9 +240,7 @@ TEST(Quaternionf, ScaleTurnsAlongTheScaledAxesAndResolvesMirroring) {
 }
 
 TEST(Quaternionf, WeightedMeanIgnoresSignsAndLiesOnTheArcByWeight) {
-    const auto turn = [](float angle) {
-        return Quaternionf::FromRotationVector(Vector3f(0.48f, 0.6f, 0.64f) * angle);
-    };
+    const auto turn = [](float angle) { return RotationOf(Vector3f(0.48f, 0.6f, 0.64f) * angle); };
     const float equal[] = {0.5f, 0.5f}, unequal[] = {3.0f, 1.0f}, negative[] = {-1.0f, -1.0f};
     const Quaternionf opposite[] = {turn(1.0f), turn(1.0f) * -1.0f};
     const Quaternionf mean = Quaternionf::CalculateWeightedMean(opposite, equal);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/SkeletonInitializationParams.h"
+#include "support/Rotations.h"
 
 #include <gtest/gtest.h>
 
@@ -165,7 +166,7 @@ inline Params MakeRandomTreeParams(std::mt19937& random, int jointCount, int roo
         joint.bone = RandomVector(random, -0.3F, 0.3F);
         joint.minFactor = Vector3f::One * RandomBetween(random, 0.6F, 0.9F);
         joint.maxFactor = Vector3f::One * RandomBetween(random, 1.1F, 1.5F);
-        joint.twist = Quaternionf::FromRotationVector(RandomVector(random, -1.5F, 1.5F));
+        joint.twist = RotationOf(RandomVector(random, -1.5F, 1.5F));
         joints.push_back(std::move(joint));
     }
     return MakeParams(joints, Shuffled(joints.size(), random));

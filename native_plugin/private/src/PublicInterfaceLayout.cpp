@@ -27,9 +27,28 @@ consteval bool AreSigned32Bit() {
     return (std::same_as<std::underlying_type_t<Enums>, std::int32_t> && ...);
 }
 
+// The room that a pointer takes, and with it an integer in front of one.
+constexpr std::size_t Pointer = sizeof(void*);
+
+// The alignment of 64-bit numbers: 8, except on 32-bit x86 outside Windows.
+struct WideField {
+    char before;
+    std::uint64_t number;
+};
+
+constexpr std::size_t Wide = offsetof(WideField, number);
+
+constexpr std::size_t SkeletonSize = 8 + 13 * Pointer;
+constexpr std::size_t MappingsSize = 8 + 2 * Pointer;
+
 } // namespace
 
-static_assert(CHAR_BIT == 8 && sizeof(void*) == 8 && sizeof(bool) == 1 && sizeof(velkori_Handle) == 8);
+static_assert(CHAR_BIT == 8 && sizeof(bool) == 1 && sizeof(velkori_Handle) == 8);
+#if defined(__i386__) && !defined(_WIN32)
+static_assert(Pointer == 4 && Wide == 4);
+#else
+static_assert((Pointer == 8 || Pointer == 4) && Wide == 8);
+#endif
 static_assert(std::numeric_limits<float>::is_iec559 && sizeof(float) == 4);
 static_assert(std::numeric_limits<double>::is_iec559 && sizeof(double) == 8);
 
@@ -56,22 +75,22 @@ static_assert(offsetof(velkori_CoordinateSpace_, up) == 0 &&
               offsetof(velkori_CoordinateSpace_, forward) == 12 &&
               offsetof(velkori_CoordinateSpace_, right) == 24);
 
-static_assert(HasLayout<velkori_SkeletonInitParams_>(112, 8));
+static_assert(HasLayout<velkori_SkeletonInitParams_>(SkeletonSize, Pointer));
 static_assert(offsetof(velkori_SkeletonInitParams_, blendShapeCount) == 0 &&
               offsetof(velkori_SkeletonInitParams_, jointCount) == 4 &&
               offsetof(velkori_SkeletonInitParams_, blendShapeNames) == 8 &&
-              offsetof(velkori_SkeletonInitParams_, jointNames) == 16 &&
-              offsetof(velkori_SkeletonInitParams_, parentJointNames) == 24 &&
-              offsetof(velkori_SkeletonInitParams_, minTPose) == 32 &&
-              offsetof(velkori_SkeletonInitParams_, maxTPose) == 40 &&
-              offsetof(velkori_SkeletonInitParams_, unscaledTPose) == 48 &&
-              offsetof(velkori_SkeletonInitParams_, knownJoints) == 56 &&
-              offsetof(velkori_SkeletonInitParams_, optional_autoMapExcludedJointCount) == 64 &&
-              offsetof(velkori_SkeletonInitParams_, optional_autoMapExcludedJointNames) == 72 &&
-              offsetof(velkori_SkeletonInitParams_, optional_manifestationCount) == 80 &&
-              offsetof(velkori_SkeletonInitParams_, optional_manifestationNames) == 88 &&
-              offsetof(velkori_SkeletonInitParams_, optional_manifestationJointCounts) == 96 &&
-              offsetof(velkori_SkeletonInitParams_, optional_manifestationJointNames) == 104);
+              offsetof(velkori_SkeletonInitParams_, jointNames) == 8 + Pointer &&
+              offsetof(velkori_SkeletonInitParams_, parentJointNames) == 8 + 2 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, minTPose) == 8 + 3 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, maxTPose) == 8 + 4 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, unscaledTPose) == 8 + 5 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, knownJoints) == 8 + 6 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, optional_autoMapExcludedJointCount) == 8 + 7 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, optional_autoMapExcludedJointNames) == 8 + 8 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, optional_manifestationCount) == 8 + 9 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, optional_manifestationNames) == 8 + 10 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, optional_manifestationJointCounts) == 8 + 11 * Pointer &&
+              offsetof(velkori_SkeletonInitParams_, optional_manifestationJointNames) == 8 + 12 * Pointer);
 
 static_assert(HasLayout<velkori_JointMappingEntry_>(12, 4));
 static_assert(offsetof(velkori_JointMappingEntry_, jointIndex) == 0 &&
@@ -83,17 +102,17 @@ static_assert(offsetof(velkori_JointMapping_, jointIndex) == 0 &&
               offsetof(velkori_JointMapping_, type) == 4 && offsetof(velkori_JointMapping_, behavior) == 8 &&
               offsetof(velkori_JointMapping_, entryCount) == 12);
 
-static_assert(HasLayout<velkori_JointMappingDefinition_>(24, 8));
+static_assert(HasLayout<velkori_JointMappingDefinition_>(MappingsSize, Pointer));
 static_assert(offsetof(velkori_JointMappingDefinition_, mappingCount) == 0 &&
               offsetof(velkori_JointMappingDefinition_, mappingEntryCount) == 4 &&
               offsetof(velkori_JointMappingDefinition_, mappings) == 8 &&
-              offsetof(velkori_JointMappingDefinition_, mappingEntries) == 16);
+              offsetof(velkori_JointMappingDefinition_, mappingEntries) == 8 + Pointer);
 
-static_assert(HasLayout<velkori_UtilityConfigInitParams_>(272, 8));
+static_assert(HasLayout<velkori_UtilityConfigInitParams_>(2 * SkeletonSize + 2 * MappingsSize, Pointer));
 static_assert(offsetof(velkori_UtilityConfigInitParams_, sourceSkeleton) == 0 &&
-              offsetof(velkori_UtilityConfigInitParams_, targetSkeleton) == 112 &&
-              offsetof(velkori_UtilityConfigInitParams_, minMappings) == 224 &&
-              offsetof(velkori_UtilityConfigInitParams_, maxMappings) == 248);
+              offsetof(velkori_UtilityConfigInitParams_, targetSkeleton) == SkeletonSize &&
+              offsetof(velkori_UtilityConfigInitParams_, minMappings) == 2 * SkeletonSize &&
+              offsetof(velkori_UtilityConfigInitParams_, maxMappings) == 2 * SkeletonSize + MappingsSize);
 
 static_assert(HasLayout<velkori_TwistJointDefinition_>(16, 4));
 static_assert(offsetof(velkori_TwistJointDefinition_, twistJointIndex) == 0 &&
@@ -128,7 +147,7 @@ static_assert(offsetof(velkori_SerializationSettings_, compressionType) == 0 &&
               offsetof(velkori_SerializationSettings_, shapeThreshold) == 12 &&
               offsetof(velkori_SerializationSettings_, snapshotCount) == 16);
 
-static_assert(HasLayout<velkori_StartHeader_>(192, 8));
+static_assert(HasLayout<velkori_StartHeader_>(184 + Wide, Wide));
 static_assert(offsetof(velkori_StartHeader_, text0) == 0 && offsetof(velkori_StartHeader_, text1) == 32 &&
               offsetof(velkori_StartHeader_, text2) == 64 && offsetof(velkori_StartHeader_, text3) == 96 &&
               offsetof(velkori_StartHeader_, text4) == 128 && offsetof(velkori_StartHeader_, id) == 160 &&
@@ -139,16 +158,19 @@ static_assert(offsetof(velkori_StartHeader_, text0) == 0 && offsetof(velkori_Sta
 static_assert(HasLayout<velkori_SerializedStartHeader_>(180, 1));
 static_assert(offsetof(velkori_SerializedStartHeader_, data) == 0);
 
-static_assert(HasLayout<velkori_EndHeader_>(8, 8));
+static_assert(HasLayout<velkori_EndHeader_>(8, Wide));
 static_assert(offsetof(velkori_EndHeader_, value) == 0);
 
 static_assert(HasLayout<velkori_SerializedEndHeader_>(8, 1));
 static_assert(offsetof(velkori_SerializedEndHeader_, data) == 0);
 
-static_assert(HasLayout<velkori_FrameData_>(152, 8));
-static_assert(offsetof(velkori_FrameData_, header) == 0 && offsetof(velkori_FrameData_, timestamp) == 8 &&
-              offsetof(velkori_FrameData_, flag0) == 16 && offsetof(velkori_FrameData_, weight) == 20 &&
-              offsetof(velkori_FrameData_, value0) == 24 && offsetof(velkori_FrameData_, value1) == 25 &&
-              offsetof(velkori_FrameData_, flag1) == 26 && offsetof(velkori_FrameData_, flag2) == 27 &&
-              offsetof(velkori_FrameData_, value2) == 28 && offsetof(velkori_FrameData_, tracker0) == 32 &&
-              offsetof(velkori_FrameData_, tracker1) == 72 && offsetof(velkori_FrameData_, tracker2) == 112);
+static_assert(HasLayout<velkori_FrameData_>(Wide + 144, Wide));
+static_assert(
+    offsetof(velkori_FrameData_, header) == 0 && offsetof(velkori_FrameData_, timestamp) == Wide &&
+    offsetof(velkori_FrameData_, flag0) == Wide + 8 && offsetof(velkori_FrameData_, weight) == Wide + 12 &&
+    offsetof(velkori_FrameData_, value0) == Wide + 16 && offsetof(velkori_FrameData_, value1) == Wide + 17 &&
+    offsetof(velkori_FrameData_, flag1) == Wide + 18 && offsetof(velkori_FrameData_, flag2) == Wide + 19 &&
+    offsetof(velkori_FrameData_, value2) == Wide + 20 &&
+    offsetof(velkori_FrameData_, tracker0) == Wide + 24 &&
+    offsetof(velkori_FrameData_, tracker1) == Wide + 64 &&
+    offsetof(velkori_FrameData_, tracker2) == Wide + 104);

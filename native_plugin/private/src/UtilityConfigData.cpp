@@ -17,8 +17,16 @@ using CompactWriter = rapidjson::Writer<JSONText, rapidjson::UTF8<>, rapidjson::
 using PrettyWriter =
     rapidjson::PrettyWriter<JSONText, rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
 
-bool HasKey(const JSONValue& document, const char* key) {
-    return document.IsObject() && document.HasMember(key);
+// The object of both mappings, empty where there is none. Each of the two looks it up, and what is wrong with
+// it is told for each; a member of another kind is left to their reader to refuse.
+const JSONValue& FindMappings(const JSONValue& document) {
+    if (!document.IsObject()) {
+        return RapidJSONHelpers::GetObject(document, JSONKeywords::Mapping, false);
+    }
+    static const JSONValue none(rapidjson::kObjectType);
+    const JSONValue* mappings =
+        RapidJSONHelpers::FindMemberByKey(document, JSONKeywords::Mapping, rapidjson::kObjectType, false);
+    return mappings != nullptr ? *mappings : none;
 }
 
 bool IsSameSpace(const CoordinateSpace& a, const CoordinateSpace& b) {
@@ -48,23 +56,18 @@ UtilityConfigInitializationParams UtilityConfigInitializationParams::CreateFromJ
     config.coordinateSpace = processSpace;
 
     // One of the two skeletons is enough.
-    const bool hasSource = HasKey(document, JSONKeywords::Source);
-    const bool hasTarget = HasKey(document, JSONKeywords::Target);
+    const bool hasSource = RapidJSONHelpers::HasKey(document, JSONKeywords::Source);
+    const bool hasTarget = RapidJSONHelpers::HasKey(document, JSONKeywords::Target);
     auto source = SkeletonInitializationParams::CreateFromJSON(messages,
         GetObject(document, JSONKeywords::Source, !hasTarget), velkori_SkeletonType_Source, conversion);
     auto target = SkeletonInitializationParams::CreateFromJSON(messages,
         GetObject(document, JSONKeywords::Target, !hasSource), velkori_SkeletonType_Target, conversion);
     std::string name = GetString(document, JSONKeywords::Name, "", true);
 
-    const JSONValue noMappings(rapidjson::kObjectType);
-    const JSONValue* foundMappings =
-        document.IsObject() ? FindMemberByKey(document, JSONKeywords::Mapping, rapidjson::kObjectType, false)
-                            : nullptr;
-    const JSONValue& mappings = foundMappings != nullptr ? *foundMappings : noMappings;
     auto minMappings =
-        JointMappingData::CreateFromJSON(messages, JSONKeywords::Min, mappings, source, target);
+        JointMappingData::CreateFromJSON(messages, JSONKeywords::Min, FindMappings(document), source, target);
     auto maxMappings =
-        JointMappingData::CreateFromJSON(messages, JSONKeywords::Max, mappings, source, target);
+        JointMappingData::CreateFromJSON(messages, JSONKeywords::Max, FindMappings(document), source, target);
     return {std::move(name), config, std::move(source), std::move(target), std::move(minMappings),
         std::move(maxMappings)};
 }
@@ -145,7 +148,7 @@ void UtilityConfigData::WriteToJSON(
         out_document.AddMember(rapidjson::StringRef(JSONKeywords::Target),
             targetSkeleton.WriteToJSON(conversion, allocator), allocator);
     }
-    if (minMappingData.GetTotalMappingEntryCount() > 0 || maxMappingData.GetTotalMappingEntryCount() > 0) {
+    if (minMappingData.GetMappingCount() > 0 || maxMappingData.GetMappingCount() > 0) {
         out_document.AddMember(
             rapidjson::StringRef(JSONKeywords::Mapping), WriteJointMappingsToJSON(allocator), allocator);
     }

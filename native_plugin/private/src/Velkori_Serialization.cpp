@@ -4,6 +4,7 @@
 #include "UtilityInstance.h"
 #include "serialization/TimeOfDay.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
@@ -92,7 +93,7 @@ void CopyBody(const BodySnapshot& body, velkori_Transform_* out_transforms) {
 
 void CopyFace(const FaceSnapshot& face, float* out_weights) {
     if (out_weights != nullptr) {
-        std::ranges::copy(face.elements, out_weights);
+        std::copy(face.elements.begin(), face.elements.end(), out_weights);
     }
 }
 
@@ -108,7 +109,7 @@ velkori_Result velkori_getSerializationSettings(
         }
         const Serialization& stream = instance.serialization;
         *out_serializationSettings = {stream.compressionType, stream.positionThreshold,
-            stream.rotationThreshold, stream.shapeThreshold, Serialization::getNumSnapshots()};
+            stream.rotationThreshold.GetDegrees(), stream.shapeThreshold, Serialization::getNumSnapshots()};
         return velkori_Result_Success;
     });
 }
@@ -122,7 +123,8 @@ velkori_Result velkori_updateSerializationSettings(
         Serialization& stream = instance.serialization;
         stream.compressionType = in_serializationSettings->compressionType;
         stream.positionThreshold = ClampThreshold(in_serializationSettings->positionThreshold);
-        stream.rotationThreshold = ClampThreshold(in_serializationSettings->rotationAngleThreshold);
+        stream.rotationThreshold =
+            RotationThreshold(ClampThreshold(in_serializationSettings->rotationAngleThreshold));
         stream.shapeThreshold = ClampThreshold(in_serializationSettings->shapeThreshold);
         Serialization::setAndClampCurrentNumberOfSnapshots(in_serializationSettings->snapshotCount);
         stream.initializeSnapshots();
@@ -326,7 +328,7 @@ velkori_Result velkori_serializeSnapshot(
                 static_cast<unsigned long long>(writtenSize));
             return Fail(velkori_Result_BufferTooSmall, "Could not copy serialized data, sizes don't match!");
         }
-        std::memcpy(out_buffer, record.words.data(), writtenSize);
+        std::memcpy(out_buffer, record.words.data(), record.words.size_bytes());
         return velkori_Result_Success;
     });
 }

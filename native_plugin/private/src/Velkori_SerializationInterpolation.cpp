@@ -3,6 +3,7 @@
 #include "InterfacePoses.h"
 #include "UtilityInstance.h"
 
+#include <algorithm>
 #include <cmath>
 
 using namespace Velkori_Utility;
@@ -87,7 +88,7 @@ velkori_Result velkori_getInterpolatedFacePose(velkori_Handle handle, int32_t /*
         if (weights.empty()) {
             return velkori_Result_Failure;
         }
-        std::ranges::copy(weights, out_facePose);
+        std::copy(weights.begin(), weights.end(), out_facePose);
         *in_out_shapeCount = static_cast<int32_t>(weights.size());
         return velkori_Result_Success;
     });

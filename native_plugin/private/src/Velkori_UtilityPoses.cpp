@@ -3,6 +3,7 @@
 #include "InterfacePoses.h"
 #include "UtilityInstance.h"
 #include "core/ConfigurationData.h"
+#include "core/JointSpaces.h"
 
 #include <algorithm>
 #include <cmath>
@@ -100,7 +101,6 @@ std::vector<JointPose> ConvertSpace(const SkeletonData& skeleton, std::vector<Jo
 std::vector<JointPose> ConvertBetweenScopes(const SkeletonData& skeleton, std::vector<JointPose> poses,
     const PoseScope& source, velkori_JointRelativeSpaceType sourceSpace, const PoseScope& output,
     velkori_JointRelativeSpaceType outputSpace) {
-    constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
     if (source.manifestation == output.manifestation) {
         if (source.manifestation == nullptr) {
             return ConvertSpace(skeleton, std::move(poses), sourceSpace, outputSpace);

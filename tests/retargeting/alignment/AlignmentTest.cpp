@@ -7,6 +7,7 @@
 #include "support/PlacedBiped.h"
 #include "support/PlacedHands.h"
 #include "support/PoseMatchers.h"
+#include "support/Rotations.h"
 
 #include <gtest/gtest.h>
 
@@ -37,7 +38,7 @@ PlacedJoints Scaled(PlacedJoints joints, float factor) {
 
 // About up.
 PlacedJoints Turned(PlacedJoints joints, float angle) {
-    const Quaternionf turn = Quaternionf::FromRotationVector({0, angle, 0});
+    const Quaternionf turn = RotationOf({0, angle, 0});
     for (PlacedJoint& joint : joints) {
         joint.position = turn.Rotate(joint.position);
         joint.orientation = turn;
@@ -143,13 +144,13 @@ TEST(Alignment, TheTargetTurnsToFaceAsTheSourceDoes) {
 // The rotation takes the turn on its right and the position on its left, which differ for a root that lies on
 // its side.
 TEST(Alignment, ARootThatLiesIsTurnedAboutItsOwnAxis) {
-    const Quaternionf lying = Quaternionf::FromRotationVector({Pi / 2, 0, 0});
+    const Quaternionf lying = RotationOf({Pi / 2, 0, 0});
     PlacedJoints joints = Turned(PlacedBiped(), Pi);
     joints[0].orientation = lying;
     joints[0].position = {0, 0, 3};
     const JointPose root =
         MatchedBody(Alignment::MatchPoseFacingRotation, PlacedBiped(), joints).PoseOf("root");
-    EXPECT_LT(AngleBetween(root.orientation, lying * Quaternionf::FromRotationVector({0, Pi, 0})), 1e-3F);
+    EXPECT_LT(AngleBetween(root.orientation, lying * RotationOf({0, Pi, 0})), 1e-3F);
     ExpectNear(root.position, {0, 0, -3}, 1e-5F);
 }
 

@@ -2,6 +2,7 @@
 
 #include "support/PlacedHands.h"
 #include "support/PoseMatchers.h"
+#include "support/Rotations.h"
 
 #include <gtest/gtest.h>
 
@@ -27,7 +28,7 @@ PlacedJoints ThreeFingers(float scale = 1.0F) {
 
 // Turns what is placed about the right wrist.
 PlacedJoints TurnedAboutWrist(PlacedJoints joints, const Vector3f& rotationVector) {
-    const Quaternionf turn = Quaternionf::FromRotationVector(rotationVector);
+    const Quaternionf turn = RotationOf(rotationVector);
     for (PlacedJoint& joint : joints) {
         joint.position = RightWristPosition + turn.Rotate(joint.position - RightWristPosition);
         joint.orientation = turn * joint.orientation;
@@ -79,7 +80,7 @@ TEST(HandMatching, TheWristTurnsUntilBothHandsLieAcrossTheSameWay) {
     const MatchedBody matched = Match(fingers, TurnedAboutWrist(fingers, Right * 0.6F));
     for (const std::string joint : {"rightWrist", "a0", "b1"}) {
         const Quaternionf before = matched.target.PoseOf(joint, matched.target.pose).orientation;
-        const Quaternionf expected = Quaternionf::FromRotationVector(-Right * 0.6F) * before;
+        const Quaternionf expected = RotationOf(-Right * 0.6F) * before;
         EXPECT_NEAR(AngleBetween(matched.PoseOf(joint).orientation, expected), 0.0F, 1e-3F) << joint;
     }
 }
@@ -88,7 +89,7 @@ TEST(HandMatching, TheWristTurnsUntilBothHandsLieAcrossTheSameWay) {
 TEST(HandMatching, ATipTurnsAsIfTheLastBoneWentOnFromIt) {
     const PlacedJoints fingers = OtherFinger() + RightFinger("f", {Right * 0.1F, Right * 0.05F});
     PlacedJoints bent = fingers;
-    bent.back().orientation = Quaternionf::FromRotationVector({0, 0.2F, 0.3F});
+    bent.back().orientation = RotationOf({0, 0.2F, 0.3F});
     const MatchedBody matched = Match(fingers, bent);
     EXPECT_NEAR(AngleBetween(matched.PoseOf("f1").orientation, Quaternionf::Identity), 0.0F, 1e-3F);
 }

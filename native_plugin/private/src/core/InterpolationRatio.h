@@ -17,4 +17,8 @@ inline Vector3f CalculateInterpolationRatio(const Vector3f& value, const Vector3
         CalculateInterpolationRatio(value.z, min.z, max.z)};
 }
 
+inline Vector3f LerpPerAxis(const Vector3f& a, const Vector3f& b, const Vector3f& t) {
+    return a + (b - a).Multiply(t);
+}
+
 } // namespace Velkori_Utility

@@ -76,7 +76,7 @@ JointMappingData::JointMappingData(const SourceSkeletonData& source, const Targe
         MappingMap& map = mapping.type == velkori_SkeletonType_Source ? sourceMappings : targetMappings;
         if (map.contains(mapping.targetJointIndex)) {
             UtilityContext::Log(velkori_LogLevel_Warning,
-                "Duplicate %s Mapping Entry for Target Joint named \"%.1024s\".  Skipping Duplicate.",
+                "Duplicate %s Mapping Entry for Target Joint named \"%s\".  Skipping Duplicate.",
                 JointMappingTypeStrings[mapping.type], target.GetJointName(mapping.targetJointIndex).c_str());
         } else if (mapping.targetJointIndex >= 0 && mapping.targetJointIndex < jointCount) {
             map.insert(mapping.targetJointIndex, sets.emplace_back(mapping, source, target));
@@ -152,10 +152,10 @@ void JointMappingData::CopyMissingMapping(
     const JointMappingSet* own = map.Find(from->GetTargetJointIndex());
     if (own == nullptr) {
         UtilityContext::Log(velkori_LogLevel_Warning,
-            "Unmapped joint \"%.1024s\" identified.  Copying Mapping Record.", targetJointName.c_str());
+            "Unmapped joint \"%s\" identified.  Copying Mapping Record.", targetJointName.c_str());
     } else if (own->GetBehavior() != from->GetBehavior()) {
         UtilityContext::Log(velkori_LogLevel_Warning,
-            "Joint \"%.1024s\" has different blend behavior set for Min/Max mapping data.  Min mapping data "
+            "Joint \"%s\" has different blend behavior set for Min/Max mapping data.  Min mapping data "
             "will be used for both.",
             targetJointName.c_str());
     } else {

@@ -14,10 +14,6 @@ namespace {
 
 constexpr std::string_view Prefix = "[JointMappingData::CreateFromJSON] ";
 
-std::string_view TextOf(const JSONValue& name) {
-    return {name.GetString(), name.GetStringLength()};
-}
-
 template <typename Enum>
 const Enum* FindEnum(const std::unordered_map<std::string, Enum>& map, const std::string& text) {
     const auto found = map.find(text);
@@ -40,12 +36,6 @@ const JointMappingBehaviorType* GetJointMappingBehaviorFromString(const std::str
 bool HasObjectMember(const JSONValue& value, const char* key) {
     const auto member = value.FindMember(key);
     return member != value.MemberEnd() && member->value.IsObject();
-}
-
-// A set without entries would be dropped on reading, and isn't written either.
-const JointMappingSet* SetWithEntries(const JointMappingData::MappingMap& mappings, int joint) {
-    const JointMappingSet* set = mappings.Find(joint);
-    return set != nullptr && !set->GetEntries().empty() ? set : nullptr;
 }
 
 // Reads one of the two mapping objects of a document.
@@ -103,7 +93,7 @@ class MappingParser {
 
     void ParseDoubleForm(const JSONValue& value, std::string_view targetJointName, int targetJoint) {
         for (const auto& member : value.GetObject()) {
-            const std::string_view key = TextOf(member.name);
+            const std::string_view key = RapidJSONHelpers::TextOf(member.name);
             if (key == JSONKeywords::Source || key == JSONKeywords::Target) {
                 ParseJSONToSerializedJointMapping(
                     member.value, targetJointName, targetJoint, std::string(key));
@@ -162,7 +152,7 @@ class MappingParser {
         std::vector<velkori_JointMappingEntry_> entries;
         const JSONValue& weightsByJoint = RapidJSONHelpers::GetObject(entry, JSONKeywords::Mappings, true);
         for (const auto& member : weightsByJoint.GetObject()) {
-            const std::string_view name = TextOf(member.name);
+            const std::string_view name = RapidJSONHelpers::TextOf(member.name);
             const int* joint = entrySkeleton.jointNameToIndex.Find(name);
             if (joint == nullptr) {
                 Error({Prefix, "Could not find ", typeName, " joint named \"", name, "\" in ", mappingName,
@@ -216,39 +206,30 @@ std::vector<SerializedJointMapping> JointMappingData::CreateFromJSON(LogMsgMap& 
     }
     MappingParser parser(messages, mappingName, source, target);
     for (const auto& member : mappings->GetObject()) {
-        if (!parser.ParseMember(TextOf(member.name), member.value)) {
+        if (!parser.ParseMember(RapidJSONHelpers::TextOf(member.name), member.value)) {
             return {};
         }
     }
     return parser.Finish();
 }
 
-// Joints that the source drives come first, as they do when the document is read: the order is stable.
+// A set whose entries were all dropped is written, too: it maps its joint, though it drives nothing.
 JSONValue JointMappingData::WriteToJSON(JSONAllocator& allocator) const {
     JSONValue object(rapidjson::kObjectType);
-    const auto write = [&](int joint, JSONValue&& mapping) {
+    for (const int joint : mappedTargetJoints) {
+        const JointMappingSet* source = sourceMappings.Find(joint);
+        const JointMappingSet* target = targetMappings.Find(joint);
+        JSONValue mapping(rapidjson::kObjectType);
+        if (source != nullptr && target != nullptr) {
+            mapping.AddMember(
+                rapidjson::StringRef(JSONKeywords::Source), source->WriteToJSON(allocator, false), allocator);
+            mapping.AddMember(
+                rapidjson::StringRef(JSONKeywords::Target), target->WriteToJSON(allocator, false), allocator);
+        } else {
+            mapping = (source != nullptr ? source : target)->WriteToJSON(allocator, true);
+        }
         object.AddMember(
             RapidJSONHelpers::MakeString(targetSkeleton->GetJointName(joint), allocator), mapping, allocator);
-    };
-    for (const int joint : mappedTargetJoints) {
-        const JointMappingSet* source = SetWithEntries(sourceMappings, joint);
-        const JointMappingSet* target = SetWithEntries(targetMappings, joint);
-        if (source != nullptr && target != nullptr) {
-            JSONValue both(rapidjson::kObjectType);
-            both.AddMember(
-                rapidjson::StringRef(JSONKeywords::Source), source->WriteToJSON(allocator, false), allocator);
-            both.AddMember(
-                rapidjson::StringRef(JSONKeywords::Target), target->WriteToJSON(allocator, false), allocator);
-            write(joint, std::move(both));
-        } else if (source != nullptr) {
-            write(joint, source->WriteToJSON(allocator, true));
-        }
-    }
-    for (const int joint : mappedTargetJoints) {
-        const JointMappingSet* target = SetWithEntries(targetMappings, joint);
-        if (target != nullptr && SetWithEntries(sourceMappings, joint) == nullptr) {
-            write(joint, target->WriteToJSON(allocator, true));
-        }
     }
     return object;
 }

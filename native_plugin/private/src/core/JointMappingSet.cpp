@@ -1,5 +1,6 @@
 #include "core/JointMappingSet.h"
 
+#include "core/JointSpaces.h"
 #include "shared/JSONKeywords.h"
 #include "shared/RapidJSONHelpers.h"
 
@@ -10,8 +11,6 @@
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 
 float ReciprocalOrZero(float sum) {
     return sum > 0.0F ? 1.0F / sum : 0.0F;

@@ -2,6 +2,7 @@
 
 #include "core/InterpolationRatio.h"
 #include "core/JointComposition.h"
+#include "core/JointSpaces.h"
 #include "core/PoseData.h"
 #include "core/SkeletonData.h"
 
@@ -10,11 +11,6 @@
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-constexpr auto ScaledRootSpace = velkori_JointRelativeSpaceType_RootOriginRelativeScaled;
-constexpr auto ScaledLocalSpace = velkori_JointRelativeSpaceType_LocalScaled;
 
 FastRangedIntegralSet<int> EmptySetOver(int jointCount) {
     return FastRangedIntegralSet<int>(0, jointCount, FastRangedIntegralSet<int>::EmptyInitialValues);
@@ -84,8 +80,9 @@ const Manifestation::Tables& Manifestation::GetTables() const {
 
 std::vector<int> Manifestation::GenerateHierarchicalOrderArray(
     const SkeletonData& skeleton, const FastRangedIntegralMap<int, int>& jointToManifestationIndex) {
+    const std::vector<int>& wholeOrder = skeleton.GetHierarchicalUpdateOrder();
     std::vector<int> order;
-    std::ranges::copy_if(skeleton.GetHierarchicalUpdateOrder(), std::back_inserter(order),
+    std::copy_if(wholeOrder.begin(), wholeOrder.end(), std::back_inserter(order),
         [&](int joint) { return jointToManifestationIndex.contains(joint); });
     return order;
 }
@@ -103,7 +100,7 @@ std::vector<int> Manifestation::GenerateManifestationExcludedJointDependencyList
         const std::vector<int>& children = skeleton.GetChildJointIndexArray(member);
         int boundary = skeleton.GetParentJointIndex(member);
         if (!isClaimable(boundary)) {
-            const auto child = std::ranges::find_if(children, isClaimable);
+            const auto child = std::find_if(children.begin(), children.end(), isClaimable);
             boundary = child != children.end() ? *child : -1;
         }
         if (boundary != -1) {
@@ -123,7 +120,7 @@ bool Manifestation::ValidateNoManifestationHierarchyGaps(
     const int first = jointIndices.front();
     const FastRangedIntegralSet<int> members(
         0, 0, std::vector<int>(jointIndices.begin(), jointIndices.end()));
-    return std::ranges::none_of(jointIndices, [&](int member) {
+    return std::none_of(jointIndices.begin(), jointIndices.end(), [&](int member) {
         const int parent = skeleton.GetParentJointIndex(member);
         return member != first && parent != -1 && !members.contains(parent) &&
                skeleton.IsAncestorOfJointIndex(first, parent);

@@ -1,5 +1,7 @@
 #include "core/PoseConversion.h"
 
+#include "shared/Arithmetic.h"
+
 namespace Velkori_Utility {
 
 namespace {
@@ -12,7 +14,8 @@ bool IsNear(const Vector3f& a, const Vector3f& b) {
 }
 
 Vector3f RoundToAxis(const Vector3f& v) {
-    return {std::round(v.x), std::round(v.y), std::round(v.z)};
+    const auto round = [](float component) { return static_cast<float>(RoundHalfAway(component)); };
+    return {round(v.x), round(v.y), round(v.z)};
 }
 
 } // namespace

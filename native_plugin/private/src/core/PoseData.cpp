@@ -2,6 +2,7 @@
 
 #include "core/PoseData.h"
 
+#include "core/JointSpaces.h"
 #include "core/PoseConversion.h"
 #include "core/SkeletonData.h"
 
@@ -10,11 +11,6 @@
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-constexpr auto ScaledRootSpace = velkori_JointRelativeSpaceType_RootOriginRelativeScaled;
-constexpr auto ScaledLocalSpace = velkori_JointRelativeSpaceType_LocalScaled;
 
 constexpr std::uint32_t FlagOf(velkori_JointRelativeSpaceType space) {
     return 1U << space;
@@ -226,13 +222,15 @@ bool PoseData::IsApproxEqual(const PoseData& other) const {
         const Vector3f difference = (a - b).Abs();
         return difference.x < tolerance && difference.y < tolerance && difference.z < tolerance;
     };
-    return std::ranges::equal(
-        GetJointPoses(space), other.GetJointPoses(space), [&](const JointPose& a, const JointPose& b) {
-            const Quaternionf& p = a.orientation;
-            const Quaternionf& q = b.orientation;
-            return 1.0F - (p.x * q.x + p.y * q.y + p.z * q.z + p.w * q.w) <= 1e-05F &&
-                   isNear(a.position, b.position, 0.001F) && isNear(a.scale, b.scale, 1e-05F);
-        });
+    const std::vector<JointPose>& poses = GetJointPoses(space);
+    const std::vector<JointPose>& otherPoses = other.GetJointPoses(space);
+    const auto arePosesNear = [&](const JointPose& a, const JointPose& b) {
+        const Quaternionf& p = a.orientation;
+        const Quaternionf& q = b.orientation;
+        return 1.0F - (p.x * q.x + p.y * q.y + p.z * q.z + p.w * q.w) <= 1e-05F &&
+               isNear(a.position, b.position, 0.001F) && isNear(a.scale, b.scale, 1e-05F);
+    };
+    return std::equal(poses.begin(), poses.end(), otherPoses.begin(), otherPoses.end(), arePosesNear);
 }
 
 } // namespace Velkori_Utility

@@ -1,19 +1,14 @@
 // Poses made from other poses: blends, scaled ones, and ones with the bone lengths of another.
 
 #include "UtilityContextInstance.h"
+#include "core/InterpolationRatio.h"
+#include "core/JointSpaces.h"
 #include "core/PoseData.h"
 #include "core/SkeletonData.h"
 
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-
-Vector3f LerpPerAxis(const Vector3f& a, const Vector3f& b, const Vector3f& t) {
-    return a + (b - a).Multiply(t);
-}
 
 float DivideOrZero(float dividend, float divisor) {
     return divisor < MinNormal ? 0.0F : dividend / divisor;

@@ -1,5 +1,6 @@
 // What is measured on a pose: bone lengths, extents, directions, and the bones that span the body.
 
+#include "core/JointSpaces.h"
 #include "core/PoseData.h"
 #include "core/SkeletonData.h"
 
@@ -9,9 +10,6 @@
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 
 FastRangedIntegralSet<int> KnownRootOf(const SkeletonData& skeleton) {
     const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);

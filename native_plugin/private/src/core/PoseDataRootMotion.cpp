@@ -1,15 +1,13 @@
 // A frame's root, rewritten from its hips.
 
 #include "UtilityContextInstance.h"
+#include "core/JointSpaces.h"
 #include "core/PoseData.h"
 #include "core/SkeletonData.h"
 
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 
 // The facing is read from the forward axis, unless the hips leave that within this much of where it was: the
 // cosine of the angle between the two.
@@ -58,33 +56,33 @@ void PoseData::InitializeAndApplyRootMotionBehavior(
         Initialize(pose);
         return;
     }
-    const velkori_CoordinateSpace_& space = UtilityContext::GetCoordinateSpace();
-    const Vector3f up(space.up);
     const std::vector<JointPose>& referencePose = reference.GetJointPoses(RootSpace);
     std::vector<JointPose>& rootSpacePose = jointPoses[RootSpace];
     rootSpacePose = pose.GetJointPoses(RootSpace);
-
-    JointPose& rootPose = rootSpacePose[root];
-    const JointPose& hipsPose = rootSpacePose[hips];
-    const float rise = CalculateRootRise(hipsPose.position - rootPose.position,
-        referencePose[hips].position - referencePose[root].position, up);
-    rootPose.position += up * rise;
-    rootPose.orientation = CalculateFacing(hipsPose.orientation, referencePose[hips].orientation, space) *
-                           referencePose[root].orientation;
     validFlags = RootSpaceFlag;
-
-    if (behavior == velkori_RetargetingRootMotionBehavior_RootFromReference) {
-        // This behaviour rests on the local list that an earlier use of this object left. Where none did, the
-        // pose's own is used, each time: an object that never had a list follows its frames.
-        std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
-        const bool hasLocalList = std::ssize(localSpacePose) == GetJointCount();
-        if (hasLocalList) {
-            localSpacePose[root] = referencePose[root];
-        }
-        rootSpacePose = hasLocalList ? localSpacePose : pose.GetJointPoses(LocalSpace);
-        rootSpacePose[root] = referencePose[root];
-        skeleton->ConvertLocalSpaceToRootSpacePose(rootSpacePose, true);
+    if (behavior == velkori_RetargetingRootMotionBehavior_RootFromHips) {
+        const velkori_CoordinateSpace_& space = UtilityContext::GetCoordinateSpace();
+        const Vector3f up(space.up);
+        JointPose& rootPose = rootSpacePose[root];
+        const JointPose& hipsPose = rootSpacePose[hips];
+        const float rise = CalculateRootRise(hipsPose.position - rootPose.position,
+            referencePose[hips].position - referencePose[root].position, up);
+        rootPose.position += up * rise;
+        rootPose.orientation = CalculateFacing(hipsPose.orientation, referencePose[hips].orientation, space) *
+                               referencePose[root].orientation;
+        return;
     }
+    // The local list that an earlier reader of this object had filled goes before the frame's own, stale as
+    // it may be. The frame's own is made in place: a list kept in `pose` would come back as such a stale one
+    // with a later copy of that object.
+    const std::vector<JointPose>& localSpacePose = jointPoses[LocalSpace];
+    if (std::ssize(localSpacePose) == GetJointCount()) {
+        rootSpacePose = localSpacePose;
+    } else {
+        skeleton->ConvertRootSpaceToLocalSpacePose(rootSpacePose);
+    }
+    rootSpacePose[root] = referencePose[root];
+    skeleton->ConvertLocalSpaceToRootSpacePose(rootSpacePose, true);
 }
 
 } // namespace Velkori_Utility

@@ -4,6 +4,7 @@
 #include "UtilityContextInstance.h"
 #include "core/InterpolationRatio.h"
 #include "core/JointComposition.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 
 #include <algorithm>
@@ -11,13 +12,6 @@
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-
-Vector3f LerpPerAxis(const Vector3f& a, const Vector3f& b, const Vector3f& t) {
-    return a + (b - a).Multiply(t);
-}
 
 // What one bone adds to the extents of a body.
 Vector3f ExtentOfBone(float length, float ratio, const Vector3f& minMask, const Vector3f& maxMask) {

@@ -2,6 +2,7 @@
 
 #include "core/PoseConversion.h"
 #include "core/SkeletonData.h"
+#include "shared/Arithmetic.h"
 #include "shared/JSONKeywords.h"
 #include "shared/RapidJSONHelpers.h"
 
@@ -80,18 +81,18 @@ Quaternionf RoundForDocument(const Quaternionf& rotation) {
     constexpr double StepsPerUnit = 1048576.0;
     constexpr float ChoiceMargin = 4.0F / 1048576.0F;
     std::array<float, 4> components = {rotation.x, rotation.y, rotation.z, rotation.w};
-    const auto size = [](float component) { return std::abs(component); };
-    const float largestSize = size(*std::ranges::max_element(components, {}, size));
+    const auto isSmaller = [](float a, float b) { return std::abs(a) < std::abs(b); };
+    const float largestSize = std::abs(*std::max_element(components.begin(), components.end(), isSmaller));
     if (!(largestSize > 0.0F) || !IsFinite(largestSize)) {
         return rotation;
     }
     const auto largest = std::find_if(components.rbegin(), components.rend(),
-        [&](float component) { return size(component) >= largestSize - ChoiceMargin; });
+        [&](float component) { return std::abs(component) >= largestSize - ChoiceMargin; });
     const double sign = *largest < 0.0F ? -1.0 : 1.0;
     double squaresOfOthers = 0.0;
     for (float& component : components) {
         if (&component != &*largest) {
-            const double rounded = std::round(component * StepsPerUnit) * sign / StepsPerUnit + 0.0;
+            const double rounded = RoundHalfAway(component * StepsPerUnit) * sign / StepsPerUnit + 0.0;
             squaresOfOthers += rounded * rounded;
             component = static_cast<float>(rounded);
         }

@@ -30,14 +30,6 @@ bool HasMembers(const JSONValue& value) {
     return value.IsObject() && !value.ObjectEmpty();
 }
 
-bool HasKey(const JSONValue& value, const char* key) {
-    return value.IsObject() && value.HasMember(key);
-}
-
-std::string_view TextOf(const JSONValue& name) {
-    return {name.GetString(), name.GetStringLength()};
-}
-
 // How long a list by joint index must be. A refused name leaves a gap in the indices, so this can be more
 // than the number of names in the map.
 int JointSlotCount(const NameToIndexMap& nameToIndex) {
@@ -70,7 +62,8 @@ SkeletonInitializationParams SkeletonInitializationParams::CreateFromJSON(
     params.autoMappingExcludedJoints = GetStringArray(object, JSONKeywords::AutoMappingExcludedJoints, false);
     params.manifestations =
         ParseManifestationData(messages, GetObject(object, JSONKeywords::Manifestations, false));
-    if (HasKey(object, JSONKeywords::TPoseMin) || HasKey(object, JSONKeywords::TPoseMax)) {
+    if (RapidJSONHelpers::HasKey(object, JSONKeywords::TPoseMin) ||
+        RapidJSONHelpers::HasKey(object, JSONKeywords::TPoseMax)) {
         params.minTPose = parsePose(params, JSONKeywords::TPoseMin, true);
         params.maxTPose = parsePose(params, JSONKeywords::TPoseMax, true);
     } else {
@@ -119,7 +112,7 @@ std::vector<JointPose> SkeletonInitializationParams::ParseRootSpacePoseData(LogM
     FastRangedIntegralSet<int> parsed(
         0, static_cast<int>(poses.size()) - 1, FastRangedIntegralSet<int>::EmptyInitialValues);
     for (const auto& member : object.GetObject()) {
-        const std::string_view name = TextOf(member.name);
+        const std::string_view name = RapidJSONHelpers::TextOf(member.name);
         if (const int* index = nameToIndex.Find(name)) {
             poses[*index] = JointPose(member.value);
             parsed.insertInternal(*index);
@@ -154,7 +147,7 @@ std::vector<std::string> SkeletonInitializationParams::ParseParentJointNames(
     }
     std::vector<std::string> parentNames(JointSlotCount(nameToIndex));
     for (const auto& member : object.GetObject()) {
-        const std::string_view child = TextOf(member.name);
+        const std::string_view child = RapidJSONHelpers::TextOf(member.name);
         if (const int* index = nameToIndex.Find(child)) {
             parentNames[*index] = RapidJSONHelpers::ReadString(member.value, child, "");
         } else {
@@ -186,7 +179,7 @@ SkeletonInitializationParams::ManifestationMap SkeletonInitializationParams::Par
     // A name that comes again stands for the list of its first member, which isn't read again.
     std::set<std::string_view> seenNames;
     for (const auto& member : object.GetObject()) {
-        const std::string_view name = TextOf(member.name);
+        const std::string_view name = RapidJSONHelpers::TextOf(member.name);
         if (manifestations.Contains(name)) {
             continue;
         }

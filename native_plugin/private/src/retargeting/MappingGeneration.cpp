@@ -1,6 +1,7 @@
 #include "retargeting/MappingGeneration.h"
 
 #include "UtilityContextInstance.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/TwistJointIdentification.h"
 
@@ -10,8 +11,6 @@
 namespace Velkori_Utility::AutoMapping {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 
 // As a share of the body's height, how far a source joint may be from the target joint that it drives.
 constexpr float LargestRadius = 0.15F;

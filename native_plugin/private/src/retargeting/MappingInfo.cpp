@@ -64,7 +64,7 @@ JointPose MappingInfo::RetargetFromSourcePose(const PoseData& sourceReferencePos
 
 JointPose BlendPoses(const JointPose& a, const JointPose& b, float weight) {
     if (a == b) {
-        return a;
+        return {a.orientation.Normalize(), a.position, a.scale};
     }
     return {a.orientation.Slerp(b.orientation, weight), a.position.Lerp(b.position, weight),
         a.scale.Lerp(b.scale, weight)};

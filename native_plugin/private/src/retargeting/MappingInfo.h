@@ -46,7 +46,7 @@ struct MappingInfo {
 };
 
 // From a (0) to b (1): the orientation along the shortest arc, position and scale linearly. Equal poses blend
-// to themselves, without any arithmetic.
+// to themselves, normalised: a rotation of unit length keeps its bits.
 JointPose BlendPoses(const JointPose& a, const JointPose& b, float weight);
 
 } // namespace Velkori_Utility

@@ -35,7 +35,7 @@ constexpr float LargestCoordinate = 1e15F;
 
 bool IsUsableAsReference(std::span<const JointPose> pose) {
     const auto isUsable = [](float coordinate) { return std::abs(coordinate) <= LargestCoordinate; };
-    return std::ranges::all_of(pose, [&](const JointPose& joint) {
+    return std::all_of(pose.begin(), pose.end(), [&](const JointPose& joint) {
         return isUsable(joint.position.x) && isUsable(joint.position.y) && isUsable(joint.position.z) &&
                IsFinite(joint.orientation.LengthSquared());
     });

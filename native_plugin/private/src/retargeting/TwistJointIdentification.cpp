@@ -22,7 +22,7 @@ char ToLower(char c) {
 
 bool HasTwistInName(const std::string& name) {
     std::string lower(name);
-    std::ranges::transform(lower, lower.begin(), ToLower);
+    std::transform(lower.begin(), lower.end(), lower.begin(), ToLower);
     return lower.find(JSONKeywords::Twist) != std::string::npos;
 }
 

@@ -3,14 +3,13 @@
 #include "Velkori_Utility.h"
 #include "core/PoseData.h"
 
-#include <bit>
 #include <cstdint>
 #include <vector>
 
 namespace Velkori_Utility::AutoMapping {
 
 // The cosine of 2.5 degrees: directions that are nearer to each other count as one.
-inline constexpr float TwistDeviationThreshold = std::bit_cast<float>(std::uint32_t{0x3F7FC1A0});
+inline constexpr float TwistDeviationThreshold = 0x1.FF834p-1F;
 
 // The joints of a rig that only spread a bone's twist, in the order in which a walk down the hierarchy finds
 // them: by the word "twist" in their name, or as leaves that lie on the straight line to a sibling that goes

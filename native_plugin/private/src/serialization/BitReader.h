@@ -2,6 +2,7 @@
 
 #include "serialization/CompressedJointPose.h"
 #include "serialization/CompressedShapePose.h"
+#include "serialization/RecordWord.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -68,7 +69,7 @@ class BitReader {
     void loadWord() {
         std::uint32_t word = 0;
         std::memcpy(&word, words + sizeof word * static_cast<std::size_t>(wordIndex), sizeof word);
-        scratch = std::uint64_t{word} << 32;
+        scratch = std::uint64_t{SwapToRecordOrder(word)} << 32;
     }
 
     const unsigned char* words;

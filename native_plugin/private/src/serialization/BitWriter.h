@@ -2,6 +2,7 @@
 
 #include "serialization/CompressedJointPose.h"
 #include "serialization/CompressedShapePose.h"
+#include "serialization/RecordWord.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,8 +11,9 @@
 
 namespace Velkori_Utility {
 
-// Packs unsigned fields of 0 to 32 bits, most significant bit first, into 32-bit words. What doesn't fit is
-// dropped without a word: who writes computes sizes beforehand and compares. A writer serves one record.
+// Packs unsigned fields of 0 to 32 bits, most significant bit first, into 32-bit words, which lie in memory
+// with their lowest byte first. What doesn't fit is dropped without a word: who writes computes sizes
+// beforehand and compares. A writer serves one record.
 class BitWriter {
   public:
     // Takes up to `size` bytes, in whole words.
@@ -62,7 +64,7 @@ class BitWriter {
 
   private:
     void pushWord() {
-        words.push_back(static_cast<std::uint32_t>(scratch >> 32));
+        words.push_back(SwapToRecordOrder(static_cast<std::uint32_t>(scratch >> 32)));
         ++wordIndex;
     }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <string>
@@ -71,8 +70,8 @@ class CompressedQuatf {
   private:
     // Half the square root of 2, and one over the square root of 2. They differ in their last bits, which are
     // part of the stream's format.
-    static constexpr float Offset = std::bit_cast<float>(0x3F3504EFU);
-    static constexpr float Scale = std::bit_cast<float>(0x3F3504F7U);
+    static constexpr float Offset = 0x1.6A09DEp-1F;
+    static constexpr float Scale = 0x1.6A09EEp-1F;
     static constexpr float LargestField = MaxField<N>;
 
     static std::uint32_t compressComponent(float value) {

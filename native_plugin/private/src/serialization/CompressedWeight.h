@@ -1,8 +1,8 @@
 #pragma once
 
 #include "serialization/CompressedScalar.h"
+#include "shared/Arithmetic.h"
 
-#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -18,7 +18,7 @@ struct NormalizedFloatCompressionHandler {
 
     template <int N>
     static std::uint32_t compress(float value) {
-        return wrapToField(std::floor(value * LargestField<N>));
+        return wrapToField(RoundDown(value * LargestField<N>));
     }
 
     template <int N>

@@ -152,7 +152,7 @@ std::uint32_t Serialization::prepareCurrentSnapshot() {
 void Serialization::keepBaselineFace(FaceSnapshot& face) {
     const Snapshot& rest = getRestSnapshot(compressionType);
     const Snapshot& baseline = baselineIndex == -1 ? rest : *getBaselineSnapshot();
-    const FaceSnapshot& kept = getDataOrRest(*baseline.targetFace, *rest.targetFace);
+    const FaceSnapshot& kept = getFaceOrRest(baseline, rest);
     face.elements = kept.elements;
     face.compressed = kept.compressed;
     face.hasData = true;
@@ -190,7 +190,7 @@ const Snapshot& Serialization::readSnapshot(const SnapshotHeader& header, BitRea
     const Snapshot& baseline = header.baselineAck == -1 ? rest : getReceivedSnapshot(header.baselineAck);
     const BodySnapshot& sourceBaseline = getDataOrRest(*baseline.sourceBody, *rest.sourceBody);
     const BodySnapshot& targetBaseline = getDataOrRest(*baseline.targetBody, *rest.targetBody);
-    const FaceSnapshot& faceBaseline = getDataOrRest(*baseline.targetFace, *rest.targetFace);
+    const FaceSnapshot& faceBaseline = getFaceOrRest(baseline, rest);
     Snapshot& snapshot = getReceivedSnapshot(header.ack);
     snapshot.timestamp = header.timestamp;
     snapshot.compressionType = type;

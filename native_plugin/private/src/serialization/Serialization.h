@@ -5,6 +5,7 @@
 #include "serialization/CompressedShapePose.h"
 #include "serialization/FaceSnapshotInterpolator.h"
 #include "serialization/JointPoseInterpolator.h"
+#include "serialization/RotationThreshold.h"
 #include "serialization/Snapshot.h"
 
 #include <array>
@@ -122,8 +123,7 @@ class Serialization {
     velkori_CompressionType compressionType = velkori_CompressionType_Max;
     // Per axis, in the unit of length.
     float positionThreshold = 0.01F;
-    // Degrees.
-    float rotationThreshold = 0.01F;
+    RotationThreshold rotationThreshold{0.01F};
     // Units of a weight.
     float shapeThreshold = 0.01F;
 

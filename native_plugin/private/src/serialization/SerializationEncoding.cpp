@@ -10,17 +10,10 @@ namespace Velkori_Utility {
 
 namespace {
 
-constexpr float DegreesPerRadian = 57.295776F;
-
 // Wider than any delta's fields.
 constexpr std::uint32_t RotationDeltaLimit = 128;
 constexpr std::uint32_t PositionDeltaLimit = 128;
 constexpr std::uint32_t LargestScalarDelta = 63;
-
-float AngleInDegrees(const Quaternionf& a, const Quaternionf& b) {
-    const float dot = a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w;
-    return 2.0F * std::acos(std::min(std::abs(dot), 1.0F)) * DegreesPerRadian;
-}
 
 bool HasMoved(const Vector3f& a, const Vector3f& b, float threshold) {
     return std::abs(a.x - b.x) >= threshold || std::abs(a.y - b.y) >= threshold ||
@@ -100,7 +93,7 @@ void Serialization::updateBodySnapshot(
     const bool hasBaseline = baselineIndex != -1;
     const bool isOwnBaseline = baselineIndex == currentIndex;
     const Precision precision = toPrecision(compressionType);
-    std::ranges::copy(poses, current.elements.begin());
+    std::copy(poses.begin(), poses.end(), current.elements.begin());
     if (isOwnBaseline) {
         // A frame that is coded against itself finds its own poses, unmoved.
         current.compressAll();
@@ -153,7 +146,7 @@ void Serialization::computeSerializedOptionAndJointPose(bool hasBaseline, JointS
         sendsLength ? JointSerializationOption_LengthFull : JointSerializationOption_PositionFull;
     if (hasBaseline) {
         rotationOption = JointSerializationOption_RotationDelta;
-        if (!(AngleInDegrees(pose.orientation, baseline.orientation) >= rotationThreshold)) {
+        if (!rotationThreshold.IsReached(pose.orientation, baseline.orientation)) {
             rotationOption = JointSerializationOption_None;
             pose.orientation = baseline.orientation;
         }
@@ -241,13 +234,14 @@ void prepareTrackerPoseForSerialization(
 void Serialization::updateFaceSnapshot(std::span<const float> weights) {
     const bool hasBaseline = baselineIndex != -1;
     FaceSnapshot& current = *getCurrentSnapshot()->targetFace;
-    std::ranges::copy(weights, current.elements.begin());
-    if (baselineIndex == currentIndex) {
+    std::copy(weights.begin(), weights.end(), current.elements.begin());
+    const bool isOwnBaseline = baselineIndex == currentIndex;
+    if (isOwnBaseline) {
         current.compressAll();
-        current.hasData = true;
     }
-    const FaceSnapshot& baseline = getDataOrRest(hasBaseline ? *getBaselineSnapshot()->targetFace : current,
-        *getRestSnapshot(compressionType).targetFace);
+    const Snapshot& rest = getRestSnapshot(compressionType);
+    const FaceSnapshot& baseline =
+        hasBaseline && !isOwnBaseline ? getFaceOrRest(*getBaselineSnapshot(), rest) : current;
     for (std::size_t i = 0; i < weights.size(); ++i) {
         float weight = current.elements[i];
         auto& [value, option] = current.serialized[i];

@@ -11,7 +11,7 @@ namespace Velkori_Utility {
 namespace {
 
 constexpr int CompressionTypeBits = 2;
-constexpr int FlagBits = 1;
+constexpr int PartFlagBits = 1;
 
 int getBaselineAckBits() {
     return getIntegerBits(-1, Serialization::getNumSnapshots());
@@ -73,7 +73,7 @@ void Snapshot::calculateHeaderSize() {
 std::uint32_t Snapshot::getHeaderSerializationSizeBits() const {
     if (!headerBits) {
         int bits = CompressionTypeBits + CompressedTimestamp::getBits(toPrecision(compressionType)) +
-                   3 * FlagBits + getBaselineAckBits() + getAckBits();
+                   3 * PartFlagBits + getBaselineAckBits() + getAckBits();
         bits += hasSourceBody() ? sourceBodyWidth : 0;
         bits += hasTargetBody() ? targetBodyWidth + targetFaceWidth : 0;
         headerBits = static_cast<std::uint32_t>(bits);
@@ -96,9 +96,9 @@ void Snapshot::writeHeaderToStream(BitWriter& writer) const {
     const CompressedTimestamp time(toPrecision(compressionType), timestamp);
     writer.writeBits(static_cast<std::uint32_t>(compressionType), CompressionTypeBits);
     writer.writeBits(time.getComponents()[0], time.getBits());
-    writer.writeBits(hasSourceBody() ? 1 : 0, FlagBits);
-    writer.writeBits(hasTargetBody() ? 1 : 0, FlagBits);
-    writer.writeBits(frameData ? 1 : 0, FlagBits);
+    writer.writeBits(hasSourceBody() ? 1 : 0, PartFlagBits);
+    writer.writeBits(hasTargetBody() ? 1 : 0, PartFlagBits);
+    writer.writeBits(frameData ? 1 : 0, PartFlagBits);
     if (hasSourceBody()) {
         writer.writeBits(sourceBodyBits, sourceBodyWidth);
     }
@@ -140,9 +140,9 @@ SnapshotHeader Snapshot::parseHeaderFromStream(
     SnapshotHeader header;
     header.timestamp = time.timestamp;
     header.compressionType = time.compressionType;
-    header.hasSourceBody = reader.readBits(FlagBits) == 1;
-    header.hasTargetBody = reader.readBits(FlagBits) == 1;
-    header.hasFrameData = reader.readBits(FlagBits) == 1;
+    header.hasSourceBody = reader.readBits(PartFlagBits) == 1;
+    header.hasTargetBody = reader.readBits(PartFlagBits) == 1;
+    header.hasFrameData = reader.readBits(PartFlagBits) == 1;
     if (header.hasSourceBody) {
         header.sourceBodyBits = reader.readBits(BodySnapshot::getSizeFieldBits(sourceJointCount, type));
     }

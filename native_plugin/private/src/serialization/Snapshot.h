@@ -90,4 +90,11 @@ class Snapshot {
     std::shared_ptr<FrameData> spareFrameData;
 };
 
+// The face of a snapshot that others are coded against. A face goes out with the target body alone: one that
+// was updated without never reached a receiver, and stands for the one at rest.
+inline const FaceSnapshot& getFaceOrRest(const Snapshot& snapshot, const Snapshot& rest) {
+    return snapshot.hasTargetBody() ? getDataOrRest(*snapshot.targetFace, *rest.targetFace)
+                                    : *rest.targetFace;
+}
+
 } // namespace Velkori_Utility

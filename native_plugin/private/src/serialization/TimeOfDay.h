@@ -1,8 +1,8 @@
 #pragma once
 
 #include "serialization/FieldRounding.h"
+#include "shared/Arithmetic.h"
 
-#include <cmath>
 #include <cstdint>
 
 namespace Velkori_Utility {
@@ -11,7 +11,7 @@ namespace Velkori_Utility {
 // around.
 inline std::uint32_t compressTimeOfDay(double seconds) {
     constexpr std::uint32_t LargestField = Internal::MaxField<24>;
-    return Internal::wrapToField(std::round((seconds / 86400.0 + 0.5) * LargestField)) & LargestField;
+    return Internal::wrapToField(RoundHalfAway((seconds / 86400.0 + 0.5) * LargestField)) & LargestField;
 }
 
 constexpr double decompressTimeOfDay(std::uint32_t field) {

@@ -1,13 +1,13 @@
 #include "shared/DataTypes.h"
 
+#include "shared/Arithmetic.h"
+
 #include <algorithm>
 #include <cstdio>
 
 namespace Velkori_Utility {
 
 namespace {
-
-constexpr float Pi = 3.1415927f;
 
 /// Stands in for 1 / sqrt of a squared length too small to divide by.
 constexpr float LargestInverseLength = 18446742974197923840.0f;
@@ -94,34 +94,23 @@ Quaternionf::Quaternionf(const Vector3f& from, const Vector3f& to) {
     *this = Quaternionf(cross.x, cross.y, cross.z, real) * InverseLength(real * real + cross.LengthSquared());
 }
 
-Quaternionf Quaternionf::FromRotationVector(const Vector3f& v) {
-    const float angleSquared = v.LengthSquared();
-    float factor = 0.0f;
-    float real = 1.0f;
-    if (angleSquared > 0.0f) {
-        const float angle = std::sqrt(angleSquared);
-        factor = std::sin(angle / 2.0f) / angle;
-        real = std::cos(angle / 2.0f);
-    }
-    return {factor * v.x, factor * v.y, factor * v.z, real};
-}
-
-Vector3f Quaternionf::ToRotationVector() const {
-    const Vector3f imaginary(x, y, z);
-    const float length = imaginary.Length();
-    if (!(length > 0.0f)) {
-        return Vector3f::Zero;
-    }
-    float halfAngle = std::atan2(length, w);
-    if (w < 0.0f) {
-        halfAngle -= Pi;
-    }
-    return imaginary * (2.0f * halfAngle / length);
-}
-
 Quaternionf Quaternionf::Slerp(const Quaternionf& other, float t) const {
-    const Quaternionf delta = (Inverse() * other).Normalize();
-    return (*this * FromRotationVector(delta.ToRotationVector() * t)).Normalize();
+    // Of unit length, or zero where there is no rotation to speak of.
+    constexpr Quaternionf None(0.0f, 0.0f, 0.0f, 0.0f);
+    const Quaternionf from = NormalizeOr(*this, None);
+    const Quaternionf to = NormalizeOr(other, None);
+    const Quaternionf delta = Quaternionf(-from.x, -from.y, -from.z, from.w) * to;
+    const Vector3f axis(delta.x, delta.y, delta.z);
+    const float sine = axis.Length();
+    if (!(sine > 0.0f)) {
+        return Normalize();
+    }
+    // Half the angle of the turn, the short way round: both of its sides are counted as positive. The product
+    // with t is exact, so that many turns lose no more than the angle itself is off by.
+    const float halfAngle = ComputeAngle(sine, std::abs(delta.w));
+    const SineAndCosine turned = ComputeSineAndCosine(static_cast<double>(halfAngle) * t);
+    const float factor = (delta.w < 0.0f ? -turned.sine : turned.sine) / sine;
+    return (from * Quaternionf(axis.x * factor, axis.y * factor, axis.z * factor, turned.cosine)).Normalize();
 }
 
 Quaternionf Quaternionf::LookAtLH(const Vector3f& forward, const Vector3f& up) {
@@ -209,7 +198,7 @@ JointPose JointPose::Inverted() const {
 }
 
 bool AreFinite(std::span<const JointPose> poses) {
-    return std::ranges::all_of(poses, [](const JointPose& pose) {
+    return std::all_of(poses.begin(), poses.end(), [](const JointPose& pose) {
         return IsFinite(pose.position) && IsFinite(pose.scale) && IsFinite(pose.orientation.LengthSquared());
     });
 }

@@ -7,10 +7,10 @@
 // changes results.
 
 #include "Velkori_Utility.h"
+#include "shared/BitCast.h"
 #include "shared/RapidJSON.h"
 
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -32,7 +32,7 @@ constexpr float NormEpsilon = 1e-5f;
 /// True for any float but infinities and nan. Tests the bits, so that no compiler setting can optimise it
 /// away.
 constexpr bool IsFinite(float value) {
-    return (std::bit_cast<std::uint32_t>(value) & 0x7FFFFFFFu) <= 0x7F7FFFFFu;
+    return (BitCast<std::uint32_t>(value) & 0x7FFFFFFFu) <= 0x7F7FFFFFu;
 }
 
 /// The one normalising rule of vectors and quaternions. Values that are already of unit length keep their
@@ -206,14 +206,9 @@ class Quaternionf {
         return {rotated.x, rotated.y, rotated.z};
     }
 
-    /// A rotation vector is the axis times the angle in radians.
-    static Quaternionf FromRotationVector(const Vector3f& v);
-
-    /// Takes the short way round: the angle is at most half a turn, and q and -q give the same vector.
-    Vector3f ToRotationVector() const;
-
     /// This at t = 0, other or its negative at t = 1, by the short way and at constant speed; t isn't
-    /// clamped.
+    /// clamped. Neither need be of unit length; one without length, or with an infinite one, is passed over.
+    /// For t from 0 to 1 within 3e-7 of the exact unit quaternion, beyond that within 3e-7 times |t|.
     Quaternionf Slerp(const Quaternionf& other, float t) const;
 
     /// The left-handed rotation that takes +z to forward and +y as near to up as it gets. forward is expected

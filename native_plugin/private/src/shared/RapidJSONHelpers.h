@@ -49,6 +49,16 @@ void PopulateStringArray(
 std::string ReadString(const JSONValue& member, std::string_view key, std::string_view defaultText);
 std::vector<std::string> ReadStringArray(const JSONValue& member, std::string_view key);
 
+// False for what is no object.
+inline bool HasKey(const JSONValue& value, const char* key) {
+    return value.IsObject() && value.HasMember(key);
+}
+
+// The characters of a string, which may hold NULs.
+inline std::string_view TextOf(const JSONValue& text) {
+    return {text.GetString(), text.GetStringLength()};
+}
+
 // A value for an allocator's document that owns a copy of the text.
 JSONValue MakeString(std::string_view text, JSONAllocator& allocator);
 

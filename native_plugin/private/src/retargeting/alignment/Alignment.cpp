@@ -3,6 +3,7 @@
 #include "UtilityContextInstance.h"
 #include "core/ConfigurationData.h"
 #include "core/InterpolationRatio.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/HandMatching.h"
 #include "retargeting/alignment/LimbProportions.h"
@@ -12,9 +13,6 @@
 namespace Velkori_Utility::Alignment {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 
 bool Has(velkori_AlignmentFlags flags, velkori_AlignmentFlags flag) {
     return (flags & flag) != 0;

@@ -2,18 +2,17 @@
 
 #include "UtilityContextInstance.h"
 #include "core/ConfigurationData.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/RestPoseSpace.h"
 
 #include <algorithm>
-#include <compare>
+#include <cmath>
 #include <vector>
 
 namespace Velkori_Utility::Alignment {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 
 // A bone from the hand to the finger's first joint that isn't much longer than the bones after it ends inside
 // the palm.
@@ -115,9 +114,11 @@ void SortAlongForward(std::vector<FingerData>& fingers, const Vector3f& forward)
     const Vector3f axis = forward.Abs();
     const float sign = forward.Dot(axis);
     const auto keyOf = [&](const FingerData& finger) { return sign * axis.Dot(finger.pose.position); };
-    // A total order, so that not even a nan among the keys can mislead the sort.
+    // A nan comes last, whatever its sign: the sort needs an order, and processors differ in that sign.
     std::stable_sort(fingers.begin(), fingers.end(), [&](const FingerData& a, const FingerData& b) {
-        return std::is_lt(std::weak_order(keyOf(a), keyOf(b)));
+        const float keyA = keyOf(a);
+        const float keyB = keyOf(b);
+        return keyA < keyB || (!std::isnan(keyA) && std::isnan(keyB));
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include "UtilityContextInstance.h"
 #include "core/ConfigurationData.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/RestPoseSpace.h"
 #include "retargeting/alignment/SubtreePoses.h"
@@ -16,9 +17,6 @@
 namespace Velkori_Utility::Alignment {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 
 // Knuckles nearer to each other than a tenth of a millimetre are in one place.
 constexpr float SamePlaceDistanceSquared = 1e-08F;
@@ -278,7 +276,7 @@ void TurnPalm(const Quaternionf& turn, HandMatch& hand) {
     const int handJoint = hand.targetHand.handJoint;
     hand.pose[handJoint] = Turned(turn, hand.pose[handJoint]);
     for (const int child : hand.skeleton.GetChildJointIndexArray(handJoint)) {
-        const bool isFinger = std::ranges::any_of(hand.targetHand.fingers,
+        const bool isFinger = std::any_of(hand.targetHand.fingers.begin(), hand.targetHand.fingers.end(),
             [child](const FingerData& finger) { return finger.joints.front() == child; });
         if (!isFinger) {
             UpdateRootSpaceJointPoseWithChildren(child, hand.skeleton,
@@ -338,8 +336,8 @@ std::vector<Vector3f> CalculateFingerJointRaysForAlignment(
 std::vector<float> CalculateRayLengths(std::span<const Vector3f> rays) {
     std::vector<float> lengths;
     lengths.reserve(rays.size());
-    std::ranges::transform(
-        rays, std::back_inserter(lengths), [](const Vector3f& ray) { return ray.Length(); });
+    std::transform(rays.begin(), rays.end(), std::back_inserter(lengths),
+        [](const Vector3f& ray) { return ray.Length(); });
     return lengths;
 }
 

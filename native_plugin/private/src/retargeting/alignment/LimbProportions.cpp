@@ -1,6 +1,7 @@
 #include "retargeting/alignment/LimbProportions.h"
 
 #include "UtilityContextInstance.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/SubtreePoses.h"
 
@@ -11,8 +12,6 @@
 namespace Velkori_Utility::Alignment {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 
 // Joints, parents before children, with their poses relative to their parents.
 struct SubtreeJoints {

@@ -1,6 +1,7 @@
 #include "retargeting/alignment/LimbRotations.h"
 
 #include "UtilityContextInstance.h"
+#include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 
 #include <algorithm>
@@ -10,9 +11,6 @@
 namespace Velkori_Utility::Alignment {
 
 namespace {
-
-constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
 
 using LimbPath = std::vector<int>;
 using Results = FastRangedIntegralMap<int, JointPose>;
@@ -159,7 +157,7 @@ class TargetLimb {
 // none, or if the arm begins there and there is no shoulder to turn.
 int FindJointAfterArmStart(const SkeletonData& skeleton, HumanoidLimb arm, int start) {
     const std::vector<int>& chain = skeleton.GetJointChainByHumanoidLimb(arm);
-    const auto place = std::ranges::find(chain, start);
+    const auto place = std::find(chain.begin(), chain.end(), start);
     if (place == chain.end() || place == chain.begin()) {
         return -1;
     }
