@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # Builds and runs every test, from nothing: installs what is missing, checks the style, then builds and tests
-# with GCC, with Clang, and under the address and undefined-behaviour sanitizers, compares the binary interface
-# with its description, and fuzzes for a while.
+# with GCC, with Clang, and under the address and undefined-behaviour sanitizers, makes this platform's package
+# twice, compares the binary interface with its description and the results on four platforms with the golden
+# ones, and fuzzes for a while.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 mapfile -t tool_packages <scripts/tool-packages.txt
-scripts/install-packages.sh abigail-tools binutils build-essential clang clang-format clang-tidy cmake git libbenchmark-dev \
-    libgtest-dev locales ninja-build rapidjson-dev "${tool_packages[@]}"
+scripts/install-packages.sh abigail-tools binutils blender build-essential clang clang-format clang-tidy cmake git libbenchmark-dev \
+    libclang-rt-14-dev libgtest-dev locales ninja-build python3-numpy rapidjson-dev "${tool_packages[@]}"
+
+scripts/install-npm-packages.sh
 
 jobs=$(nproc)
 build_and_test() {
@@ -19,12 +22,17 @@ build_and_test() {
 }
 
 build_and_test release
+printf '\n== package ==\n'
+scripts/package.sh --check x64-linux
 build_and_test clang
 printf '\n== style ==\n'
 scripts/check-style.sh build/clang
 build_and_test sanitize
 printf '\n== binary interface ==\n'
 scripts/check-abi.sh
+printf '\n== platforms ==\n'
+# The others take longer to install or to build; test-platforms.sh without names has them all.
+scripts/test-platforms.sh x86-64-v3 libcxx x86-linux arm64-linux
 printf '\n== fuzzers ==\n'
 scripts/fuzz.sh --seconds 20
 
