@@ -25,6 +25,11 @@ install(FILES
     "${PROJECT_BINARY_DIR}/Velkori_UtilityConfigVersion.cmake"
     DESTINATION "${package_dir}")
 
+if(EMSCRIPTEN)
+    # A failure inside the static library is an exception: the program that it becomes part of must catch some, too.
+    set(pc_link_options " -fexceptions")
+    target_link_options(Velkori_Utility INTERFACE -fexceptions)
+endif()
 file(RELATIVE_PATH pc_prefix "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
 configure_file(
     "${PROJECT_SOURCE_DIR}/cmake/velkori_utility.pc.in" "${PROJECT_BINARY_DIR}/velkori_utility.pc" @ONLY)

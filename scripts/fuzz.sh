@@ -13,7 +13,7 @@ else
     exit 2
 fi
 
-scripts/install-packages.sh build-essential clang cmake ninja-build rapidjson-dev
+scripts/install-packages.sh build-essential clang cmake libclang-rt-14-dev ninja-build rapidjson-dev
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz -j "$(nproc)"
 corpus=build/fuzz/corpus
