@@ -21,11 +21,12 @@ run() {
     "$tool" "$@"
 }
 run rig "$clip" -o out/captured.json
-run prepare --source out/captured.json --target samples/full.json -o out/config.json \
+run prepare --source out/captured.json --target samples/character.glb -o out/config.json \
     --name "A captured clip and the sample character"
 run check out/config.json
 run retarget out/config.json "$clip" -o out/character.glb --report
 run retarget out/config.json "$clip" -o out/character.bvh
+run score out/config.json "$clip"
 run stream out/config.json "$clip"
 run draw out/config.json "$clip" -o out/sheet.png --at 4,4.6,5,5.5,12
 
@@ -33,8 +34,8 @@ cat <<'END'
 
 Made in out/:
   sheet.png       the person as captured and as the character, side by side: look at this first
-  character.glb   the character's motion; open it in any glTF viewer, or import it into an animation program
-  character.bvh   the same for programs that read BVH, in centimetres
+  character.glb   the character with its skin, in motion; open it in any glTF viewer or animation program
+  character.bvh   its skeleton alone for programs that read BVH, in centimetres
   captured.json   the captured body's rig
   config.json     the configuration that retargets it, as an engine loads it
 END

@@ -1,7 +1,8 @@
-// Writes the sample configurations: make_samples DIRECTORY
+// Writes the sample configurations and the sample character: make_samples DIRECTORY
 //
 // It is a host like any other: it describes the bodies as records and lets the library write the documents.
 
+#include "CharacterFile.h"
 #include "Samples.h"
 
 #include <cstdio>
@@ -79,6 +80,7 @@ int main(int argc, char** argv) {
         const std::filesystem::path directory = argv[1];
         WriteFile(directory / "simple.json", ToDocument(MakeSimpleSample()));
         WriteFile(directory / "full.json", ToDocument(MakeFullSample()));
+        WriteFile(directory / "character.glb", MakeCharacterFile(MakeFullSample().target));
     } catch (const std::exception& exception) {
         std::fprintf(stderr, "make_samples: %s\n", exception.what());
         return 1;

@@ -12,6 +12,7 @@ using Vector3 = velkori_Vector3f_;
 using Quaternion = velkori_Quaternionf_;
 using Transform = velkori_Transform_;
 
+inline constexpr float degreesPerRadian = 57.2957795f;
 inline constexpr Quaternion identityRotation = {0.0f, 0.0f, 0.0f, 1.0f};
 inline constexpr Transform identityTransform = {identityRotation, {0.0f, 0.0f, 0.0f}, {1.0f, 1.0f, 1.0f}};
 
@@ -54,7 +55,6 @@ inline Vector3 WithoutAxis(const Vector3& v, const Vector3& axis) {
 inline float AngleBetween(const Vector3& a, const Vector3& b) {
     const float y = Length(Cross(a, b));
     const float x = Dot(a, b);
-    constexpr float degreesPerRadian = 57.2957795f;
     return (y == 0.0f && x == 0.0f) ? 0.0f : std::atan2(y, x) * degreesPerRadian;
 }
 
@@ -77,6 +77,14 @@ inline Quaternion Normalized(const Quaternion& q) {
     return {q.x / length, q.y / length, q.z / length, q.w / length};
 }
 
+/** From a (share 0) to b (share 1), the short way. */
+inline Quaternion Blend(const Quaternion& a, const Quaternion& b, float share) {
+    const float sign = a.x * b.x + a.y * b.y + a.z * b.z + a.w * b.w < 0.0f ? -share : share;
+    const float rest = 1.0f - share;
+    return Normalized(Quaternion{
+        a.x * rest + b.x * sign, a.y * rest + b.y * sign, a.z * rest + b.z * sign, a.w * rest + b.w * sign});
+}
+
 inline Vector3 Rotate(const Quaternion& q, const Vector3& v) {
     const Vector3 axis = {q.x, q.y, q.z};
     const Vector3 turned = Cross(axis, v) * 2.0f;
@@ -86,9 +94,42 @@ inline Vector3 Rotate(const Quaternion& q, const Vector3& v) {
 /** The angle by which two rotations differ, in degrees. */
 inline float AngleBetween(const Quaternion& a, const Quaternion& b) {
     const Quaternion difference = Inverse(a) * b;
-    constexpr float degreesPerRadian = 57.2957795f;
     const Vector3 axis = {difference.x, difference.y, difference.z};
     return 2.0f * std::atan2(Length(axis), std::fabs(difference.w)) * degreesPerRadian;
+}
+
+/** A turn by an angle in degrees about a unit vector. */
+inline Quaternion TurnAbout(const Vector3& axis, float degrees) {
+    const float half = 0.5f * degrees / degreesPerRadian;
+    const float sine = std::sin(half);
+    return {axis.x * sine, axis.y * sine, axis.z * sine, std::cos(half)};
+}
+
+/** The least turn that brings one direction to another; none if either has no length. */
+inline Quaternion ShortestTurn(const Vector3& from, const Vector3& to) {
+    const Vector3 a = Normalized(from);
+    const Vector3 b = Normalized(to);
+    const float cosine = Dot(a, b);
+    if (Length(a) == 0.0f || Length(b) == 0.0f) {
+        return identityRotation;
+    }
+    constexpr float opposite = -0.999999f;
+    if (cosine < opposite) {
+        const Vector3 other = std::fabs(a.x) < 0.8f ? Vector3{1.0f, 0.0f, 0.0f} : Vector3{0.0f, 1.0f, 0.0f};
+        return TurnAbout(Normalized(Cross(a, other)), 180.0f);
+    }
+    const Vector3 axis = Cross(a, b);
+    return Normalized(Quaternion{axis.x, axis.y, axis.z, 1.0f + cosine});
+}
+
+/** A share of a turn: 0 is none, 1 all of it. */
+inline Quaternion ShareOf(const Quaternion& turn, float share) {
+    const Quaternion near = turn.w < 0.0f ? Quaternion{-turn.x, -turn.y, -turn.z, -turn.w} : turn;
+    const Vector3 axis = {near.x, near.y, near.z};
+    const float sine = Length(axis);
+    return sine <= 0.0f
+               ? identityRotation
+               : TurnAbout(axis * (1.0f / sine), 2.0f * std::atan2(sine, near.w) * degreesPerRadian * share);
 }
 
 /** The part of a rotation that turns about the unit vector axis. */

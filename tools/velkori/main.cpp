@@ -22,6 +22,7 @@ int main(int argumentCount, char** arguments) {
         Velkori_Tool::AddRigCommand(program);
         Velkori_Tool::AddPrepareCommand(program);
         Velkori_Tool::AddRetargetCommand(program);
+        Velkori_Tool::AddScoreCommand(program);
         Velkori_Tool::AddStreamCommand(program);
         Velkori_Tool::AddDrawCommand(program);
         Velkori_Tool::AddCheckCommand(program);

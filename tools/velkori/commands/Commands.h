@@ -13,12 +13,19 @@ namespace Velkori_Tool {
 void AddRigCommand(CLI::App& program);
 void AddPrepareCommand(CLI::App& program);
 void AddRetargetCommand(CLI::App& program);
+void AddScoreCommand(CLI::App& program);
 void AddStreamCommand(CLI::App& program);
 void AddDrawCommand(CLI::App& program);
 void AddCheckCommand(CLI::App& program);
 
 /** Adds the options that decide how a clip is read and retargeted. */
 void AddRetargetOptions(CLI::App& command, RetargetOptions& options);
+
+/** Adds the options that say which part of a file's motion is read. */
+void AddReadOptions(CLI::App& command, ReadOptions& options);
+
+/** Reads a configuration to retarget with, and what its document says of the target's feet. */
+Configuration LoadForRetargeting(const std::string& path, RetargetOptions& options);
 
 /** Takes finite numbers of a range; the arguments' own checks let nan through. */
 CLI::Validator NumberWithin(double lowest, double highest);

@@ -3,6 +3,7 @@
 #include "commands/Commands.h"
 #include "draw/Canvas.h"
 #include "draw/Sheet.h"
+#include "host/ResultFile.h"
 
 #include <fmt/format.h>
 
@@ -44,19 +45,23 @@ std::vector<int> ChooseMoments(const DrawCommand& command, const SourceClip& cli
     return moments;
 }
 
-void Run(const DrawCommand& command) {
+void Run(DrawCommand& command) {
     CheckPictureFormat(command.output);
     CheckWritable(command.output);
-    const Configuration configuration = LoadDocumentFile(command.configuration);
+    const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
     std::vector<std::string> notes;
-    const Motion motion = ReadMotion(command.clip, notes);
+    const Motion motion = ReadMotion(command.clip, notes, command.options.clip.reading);
     const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
     SayNotes(notes);
     const std::string clipName = std::filesystem::path(command.clip).filename().string();
+    const std::optional<RigFile> character = FindTargetFile(ReadTextFile(command.configuration));
+    const bool hasSkin = character && CanCarryMotion(character->path) &&
+                         std::filesystem::exists(character->path) && clip.keepsBones;
     const SheetContent content = {configuration.Name(), clipName, clip,
         MakeFigure(configuration, velkori_SkeletonType_Source),
-        MakeFigure(configuration, velkori_SkeletonType_Target), ChooseMoments(command, clip.source)};
+        MakeFigure(configuration, velkori_SkeletonType_Target),
+        hasSkin ? LoadSkin(configuration, *character) : SkinnedMesh(), ChooseMoments(command, clip.source)};
     WriteFileWhole(command.output, [&](const std::string& place) { DrawSheet(place, content); });
 }
 

@@ -2,13 +2,18 @@
 #include "OutputFile.h"
 #include "Text.h"
 #include "commands/Commands.h"
-#include "rig/Rig.h"
+#include "commands/RigTexts.h"
+#include "host/BodyMapping.h"
+#include "host/Findings.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <memory>
+#include <sstream>
 
 namespace Velkori_Tool {
 
@@ -19,9 +24,70 @@ struct PrepareCommand {
     std::string target;
     std::string output;
     std::string name;
+    std::string namesFile;
     std::vector<std::string> align = {"all"};
     bool skipsTwist = false;
+    bool keepsGenerated = false;
+    std::vector<std::string> mapped;
+    std::vector<std::string> unmapped;
+    std::string mappingFile;
 };
+
+/** "Head=Neck1,Head:3": a target joint and the source joints that drive it, with their weights. */
+WantedMapping ParseMapping(const std::string& text, const std::string& where) {
+    const auto trimmed = [](std::string part) {
+        constexpr const char* blanks = " \t\r";
+        part.erase(0, std::min(part.find_first_not_of(blanks), part.size()));
+        part.erase(part.find_last_not_of(blanks) + 1);
+        return part;
+    };
+    const size_t equals = text.find('=');
+    WantedMapping wanted{trimmed(text.substr(0, equals)), {}};
+    if (equals == std::string::npos || wanted.targetJoint.empty()) {
+        throw UsageFailure(fmt::format("{} {}: say it as TARGET=SOURCE[:weight],...", where, text));
+    }
+    std::istringstream drivers(text.substr(equals + 1));
+    for (std::string driver; std::getline(drivers, driver, ',');) {
+        // A namespace has a colon, too: only what reads as a number is a weight.
+        const size_t colon = driver.find_last_of(':');
+        float weight = 1.0f;
+        const std::string digits = colon == std::string::npos ? "" : trimmed(driver.substr(colon + 1));
+        const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), weight);
+        const bool isWeight =
+            !digits.empty() && parsed.ec == std::errc() && parsed.ptr == digits.data() + digits.size();
+        if (isWeight && !(weight > 0.0f && weight < 1e6f)) {
+            throw UsageFailure(fmt::format("{} {}: a weight is above 0", where, text));
+        }
+        const std::string joint = trimmed(isWeight ? driver.substr(0, colon) : driver);
+        if (!joint.empty()) {
+            wanted.drivers.emplace_back(joint, isWeight ? weight : 1.0f);
+        }
+    }
+    return wanted;
+}
+
+/** First what the mapping file says, then the options. */
+std::vector<WantedMapping> CollectWanted(const PrepareCommand& command) {
+    std::vector<WantedMapping> wanted;
+    if (!command.mappingFile.empty()) {
+        std::istringstream lines(ReadTextFile(command.mappingFile));
+        int number = 0;
+        for (std::string line; std::getline(lines, line);) {
+            ++number;
+            if (line.find_first_not_of(" \t\r") != std::string::npos && line.front() != '#') {
+                wanted.push_back(
+                    ParseMapping(line, fmt::format("'{}', line {}:", command.mappingFile, number)));
+            }
+        }
+    }
+    for (const std::string& text : command.mapped) {
+        wanted.push_back(ParseMapping(text, "--map"));
+    }
+    for (const std::string& joint : command.unmapped) {
+        wanted.push_back({joint, {}});
+    }
+    return wanted;
+}
 
 struct AlignmentStep {
     std::string_view name;
@@ -98,11 +164,42 @@ void PrintMappings(const Configuration& configuration) {
     }
 }
 
+/** The heights of the root, of the ankles and of what is below these, before the rest pose is turned. */
+StandingHeights StandingHeightsOf(const Configuration& target) {
+    constexpr velkori_SkeletonType type = velkori_SkeletonType_Target;
+    const std::vector<std::string> names = target.JointNames(type);
+    const std::vector<int> parents = target.Parents(type);
+    const std::vector<Transform> rest = target.RestPose(type, velkori_SkeletonTPoseType_Unscaled);
+    StandingHeights heights;
+    const int root = target.KnownJoint(type, velkori_KnownJointType_Root);
+    if (root >= 0) {
+        heights[names[root]] = rest[root].position.y;
+    }
+    for (const auto role : {velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_RightAnkle}) {
+        const int ankle = target.KnownJoint(type, role);
+        for (int joint = 0; ankle >= 0 && joint < static_cast<int>(names.size()); ++joint) {
+            int above = joint;
+            while (above >= 0 && above != ankle) {
+                above = parents[above];
+            }
+            if (above == ankle) {
+                heights[names[joint]] = rest[joint].position.y;
+            }
+        }
+    }
+    return heights;
+}
+
 void Run(const PrepareCommand& command) {
     CheckWritable(command.output);
     std::vector<std::string> notes;
-    const Configuration source = LoadRigOrDocument(command.source, velkori_SkeletonType_Source, notes);
-    Configuration target = LoadRigOrDocument(command.target, velkori_SkeletonType_Target, notes);
+    const NamingHabits names = LoadNames(command.namesFile);
+    const LoadedRig loadedSource =
+        LoadRigOrDocument(command.source, velkori_SkeletonType_Source, names, notes);
+    const LoadedRig loadedTarget =
+        LoadRigOrDocument(command.target, velkori_SkeletonType_Target, names, notes);
+    const Configuration& source = loadedSource.configuration;
+    const Configuration& target = loadedTarget.configuration;
     SayNotes(notes);
     SayWarnings();
     const auto sourceType = SideThatIsThere(source, velkori_SkeletonType_Source, command.source);
@@ -116,14 +213,30 @@ void Run(const PrepareCommand& command) {
     Check(velkori_alignTargetToSource(name.c_str(), ParseAlignment(command.align), source.Handle(),
               sourceType, target.Handle(), &handle),
         "the library can't align the target to the source");
-    const Configuration configuration(handle);
+    const Configuration generated(handle);
     Check(velkori_generateMappings(handle, command.skipsTwist ? velkori_AutoMappingFlags_SkipTwistMappings
                                                               : velkori_AutoMappingFlags_None),
         "the library can't generate mappings");
+    const Configuration configuration =
+        command.keepsGenerated
+            ? LoadDocument(generated.Document(VELKORI_DEFAULT_COORDINATE_SPACE), "generated")
+            : CompleteMappings(generated,
+                  ReadBody(generated, velkori_SkeletonType_Source, loadedSource.knowledge, names),
+                  ReadBody(generated, velkori_SkeletonType_Target, loadedTarget.knowledge, names,
+                      target.RestPose(velkori_SkeletonType_Target, velkori_SkeletonTPoseType_Unscaled)),
+                  CollectWanted(command));
     SayWarnings();
-    WriteTextFile(command.output, configuration.Document(fileSpace));
+    const std::string document =
+        WithStandingHeights(configuration.Document(fileSpace), StandingHeightsOf(target));
+    WriteTextFile(
+        command.output, loadedTarget.file ? WithTargetFile(document, *loadedTarget.file) : document);
     if (command.output != "-") {
         PrintMappings(configuration);
+    }
+    for (const Finding& finding : FindProblems(configuration)) {
+        if (finding.isProblem) {
+            fmt::print(stderr, "warning: {}\n", finding.text);
+        }
     }
 }
 
@@ -144,8 +257,21 @@ void AddPrepareCommand(CLI::App& program) {
         ->allow_extra_args(false)
         ->check(CLI::IsMember(
             {"facing", "limbs", "height", "proportions", "hands", "hands-scaled", "all", "none"}));
+    app.add_option("--map", command->mapped,
+           "What drives a target joint, TARGET=SOURCE[:weight],...; may be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--unmap", command->unmapped, "A target joint that rides on its parent; may be repeated")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option("--mapping", command->mappingFile,
+        "A file of lines as --map has them; a line without sources is as --unmap");
+    app.add_flag("--generated-only", command->keepsGenerated,
+        "Leave the mappings and the rest poses as the library makes them");
     app.add_flag("--no-twist", command->skipsTwist, "Generate no mappings for twist joints");
     app.add_option("--name", command->name, "The configuration's name; by default made of both rigs' names");
+    app.add_option(
+        "--names", command->namesFile, "A file of words that joints are named by, see docs/rigs.md");
     app.footer("Example:\n  velkori prepare --source walk.json --target hero.glb -o walk_to_hero.json");
     app.callback([command] { Run(*command); });
 }

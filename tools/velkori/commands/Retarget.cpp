@@ -1,9 +1,14 @@
+#include "Failure.h"
 #include "OutputFile.h"
 #include "commands/Commands.h"
+#include "commands/ScoreReport.h"
 #include "host/FootContact.h"
+#include "host/ResultFile.h"
+#include "rig/Rig.h"
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <memory>
 
 namespace Velkori_Tool {
@@ -12,9 +17,14 @@ namespace {
 
 struct RetargetCommand {
     std::string configuration;
-    std::string clip;
+    std::vector<std::string> clips;
     std::string output;
+    std::string character;
+    bool writesBones = false;
+    double metresPerBVHUnit = 0.01;
     bool reports = false;
+    bool acceptsBad = false;
+    std::string json;
     RetargetOptions options;
 };
 
@@ -40,34 +50,152 @@ void PrintReport(const Configuration& configuration, const RetargetedClip& clip)
     fmt::print("the target's feet stand at {:.3f} m\n", ground);
 }
 
-void Run(const RetargetCommand& command) {
-    CheckMotionFormat(command.output);
-    CheckWritable(command.output);
-    const Configuration configuration = LoadDocumentFile(command.configuration);
+/** The character's file that the result is written into, if it is to be and can be. */
+std::optional<RigFile> FindCharacter(const RetargetCommand& command, std::vector<std::string>& notes) {
+    std::optional<RigFile> file = FindTargetFile(ReadTextFile(command.configuration));
+    if (!command.character.empty()) {
+        if (!file || !std::filesystem::exists(file->path) ||
+            !std::filesystem::equivalent(file->path, command.character)) {
+            const Rig rig = MakeRig(ReadMotion(command.character, notes), {});
+            file = FileOf(rig, command.character);
+        }
+        return file;
+    }
+    if (!file || command.writesBones || !CanCarryMotion(file->path)) {
+        return std::nullopt;
+    }
+    if (!std::filesystem::exists(file->path)) {
+        notes.push_back(fmt::format("the character's file '{}' isn't there any more, so the result is bones "
+                                    "alone; say where it is with --character",
+            file->path));
+        return std::nullopt;
+    }
+    return file;
+}
+
+bool IsDirectory(const std::string& path) {
+    return path.ends_with('/') || std::filesystem::is_directory(path);
+}
+
+/** Where a clip's result goes, and which clips share that file. */
+struct Output {
+    std::string path;
+    std::vector<NamedClip> clips;
+};
+
+std::string OutputPath(const RetargetCommand& command, const std::string& clip) {
+    if (!IsDirectory(command.output)) {
+        return command.output;
+    }
+    const std::string name = std::filesystem::path(clip).stem().string() + ".glb";
+    return (std::filesystem::path(command.output) / name).string();
+}
+
+void CheckOutput(const RetargetCommand& command) {
+    if (IsDirectory(command.output)) {
+        std::error_code ignored;
+        std::filesystem::create_directories(command.output, ignored);
+    }
+    for (const std::string& clip : command.clips) {
+        const std::string path = OutputPath(command, clip);
+        if (LowerCaseExtension(path) != ".vrma") {
+            CheckMotionFormat(path);
+        }
+        CheckWritable(path);
+    }
+}
+
+void Write(const RetargetCommand& command, const Configuration& configuration,
+    const std::optional<RigFile>& character, const Output& output, std::vector<std::string>& notes) {
+    if (character && LowerCaseExtension(output.path) != ".bvh") {
+        WriteCharacter(output.path, configuration, *character, output.clips, notes);
+        fmt::print("'{}' is '{}' with", output.path, character->path);
+    } else {
+        if (LowerCaseExtension(output.path) == ".vrma") {
+            throw Failure(
+                "a .vrma is the motion of a VRM character; give the character's file with --character");
+        }
+        if (output.clips.size() > 1) {
+            throw UsageFailure(
+                "several clips need a directory to write to, such as -o out/, or a character's "
+                "file that can hold them all");
+        }
+        const RetargetedClip& clip = output.clips.front().clip;
+        WriteMotion(output.path,
+            MakeOutgoingMotion(configuration, clip, output.clips.front().name, clip.poses),
+            static_cast<float>(1.0 / command.metresPerBVHUnit));
+        fmt::print("'{}' has", output.path);
+    }
+    for (const NamedClip& named : output.clips) {
+        fmt::print(" {} frames of {} joints{}", named.clip.source.frameCount, named.clip.jointCount,
+            &named == &output.clips.back() ? "\n" : ",");
+    }
+}
+
+void Run(RetargetCommand& command) {
+    CheckOutput(command);
+    const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
     std::vector<std::string> notes;
-    const Motion motion = ReadMotion(command.clip, notes);
-    const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
-    SayNotes(notes);
-    if (command.reports) {
-        PrintReport(configuration, clip);
+    const std::optional<RigFile> character = FindCharacter(command, notes);
+    std::vector<Output> outputs;
+    std::vector<ClipScore> scores;
+    for (const std::string& path : command.clips) {
+        const Motion motion = ReadMotion(path, notes, command.options.clip.reading);
+        NamedClip named = {std::filesystem::path(path).stem().string(),
+            RetargetClip(configuration, motion, command.options, notes)};
+        if (command.reports) {
+            PrintReport(configuration, named.clip);
+        }
+        scores.push_back({path, ScoreClip(configuration, named.clip), motion.isIncomplete});
+        const std::string outputPath = OutputPath(command, path);
+        if (outputs.empty() || outputs.back().path != outputPath) {
+            outputs.push_back({outputPath, {}});
+        }
+        outputs.back().clips.push_back(std::move(named));
+        if (outputPath != command.output) {
+            Write(command, configuration, character, outputs.back(), notes);
+            outputs.pop_back();
+        }
     }
-    WriteMotion(command.output, MakeOutgoingMotion(configuration, clip, clip.poses));
-    fmt::print("{} frames of {} joints in '{}'\n", clip.source.frameCount, clip.jointCount, command.output);
+    for (const Output& output : outputs) {
+        Write(command, configuration, character, output, notes);
+    }
+    SayNotes(notes);
+    for (const ClipScore& scored : scores) {
+        fmt::print(
+            "'{}': {}{}\n", scored.clip, scored.isTruncated ? "cut short; " : "", Summary(scored.score));
+    }
+    if (!command.json.empty()) {
+        WriteScores(command.json, command.configuration, scores);
+    }
+    // Who asks for the library's own poses wants them as they are.
+    CheckScores(scores, command.acceptsBad || command.options.behavior.has_value());
 }
 
 } // namespace
 
 void AddRetargetCommand(CLI::App& program) {
     auto command = std::make_shared<RetargetCommand>();
-    CLI::App& app = *program.add_subcommand("retarget", "Retarget a clip to the configuration's target");
+    CLI::App& app = *program.add_subcommand("retarget", "Retarget clips to the configuration's target");
     app.add_option("CONFIG", command->configuration, "The configuration, as 'velkori prepare' writes it")
         ->required();
-    app.add_option("CLIP", command->clip, "The captured clip of the source's rig")->required();
-    app.add_option("-o,--output", command->output, "The result: .bvh (in centimetres) or .glb")->required();
+    app.add_option("CLIP", command->clips, "The captured clips of the source's rig")->required();
+    app.add_option("-o,--output", command->output,
+           "The result: .glb, .bvh, .vrma for a VRM character, or a directory that gets a .glb for each clip")
+        ->required();
+    app.add_option("--character", command->character,
+        "The character's file, which the result is written into with its meshes and all else; by default "
+        "the file that the configuration's target was made of");
+    app.add_flag("--bones", command->writesBones, "Write a skeleton alone and not the character's file");
+    app.add_option("--metres-per-bvh-unit", command->metresPerBVHUnit,
+           "The unit of a BVH; by default 0.01, a centimetre")
+        ->check(NumberWithin(smallestUnit, largestUnit));
+    app.add_option("--json", command->json, "Write the results' measures as JSON; - for standard output");
+    app.add_flag("--force", command->acceptsBad, "Exit with 0 even if a result is bad");
     AddRetargetOptions(app, command->options);
     app.add_flag("--report", command->reports, "Print how far the feet of source and target slide");
-    app.footer("Example:\n  velkori retarget walk_to_hero.json walk.bvh -o hero_walk.glb --report");
+    app.footer("Example:\n  velkori retarget walk_to_hero.json walk.bvh run.bvh -o hero_moves.glb");
     app.callback([command] { Run(*command); });
 }
 

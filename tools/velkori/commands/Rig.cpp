@@ -1,8 +1,8 @@
 #include "rig/Rig.h"
 
-#include "Failure.h"
 #include "OutputFile.h"
 #include "commands/Commands.h"
+#include "commands/RigTexts.h"
 
 #include <fmt/format.h>
 
@@ -15,34 +15,11 @@ namespace {
 struct RigCommand {
     std::string file;
     std::string output;
-    std::string sizeRange;
     bool isTarget = false;
+    ReadOptions reading;
+    RigTexts texts;
     RigOptions options;
 };
-
-void ParseSizeRange(const std::string& text, RigOptions& options) {
-    if (text.empty()) {
-        return;
-    }
-    size_t used = 0;
-    try {
-        options.smallest = std::stof(text, &used);
-        const bool hasBoth = used < text.size() && text[used] == ':';
-        size_t rest = 0;
-        options.largest = hasBoth ? std::stof(text.substr(used + 1), &rest) : 0.0f;
-        used += 1 + rest;
-    } catch (const std::exception&) {
-        used = 0;
-    }
-    constexpr float smallestFactor = 0.01f;
-    constexpr float largestFactor = 100.0f;
-    if (used != text.size() || !(options.smallest >= smallestFactor && options.largest >= options.smallest &&
-                                   options.largest <= largestFactor)) {
-        throw UsageFailure(fmt::format(
-            "--size-range {}: say it as smallest:largest with factors from 0.01 to 100, such as 0.85:1.2",
-            text));
-    }
-}
 
 void PrintKnownJoints(const Rig& rig) {
     fmt::print("{:<14} {:<28} {:>5}  {}\n", "known joint", "joint", "sure", "why");
@@ -55,17 +32,19 @@ void PrintKnownJoints(const Rig& rig) {
 }
 
 void Run(RigCommand& command) {
-    ParseSizeRange(command.sizeRange, command.options);
     command.options.type = command.isTarget ? velkori_SkeletonType_Target : velkori_SkeletonType_Source;
     CheckWritable(command.output);
     std::vector<std::string> notes;
-    const Motion motion = ReadMotion(command.file, notes);
-    const Rig rig = MakeRig(motion, command.options);
+    const Motion motion = ReadMotion(command.file, notes, command.reading);
+    Rig rig = MakeRigAsTold(motion, command.texts, command.options);
+    AddDoubts(rig, command.file, rig.remarks);
     SayNotes(notes);
     SayNotes(rig.remarks);
     const Configuration configuration = MakeConfiguration(rig, command.options);
     SayWarnings();
-    WriteTextFile(command.output, configuration.Document(rig.space));
+    const std::string document = configuration.Document(rig.space);
+    WriteTextFile(
+        command.output, command.isTarget ? WithTargetFile(document, FileOf(rig, command.file)) : document);
     if (command.output != "-") {
         PrintKnownJoints(rig);
     }
@@ -80,25 +59,34 @@ void AddRigCommand(CLI::App& program) {
         ->required();
     app.add_option("-o,--output", command->output, "The document to write; - for standard output")
         ->required();
-    app.add_option("--rest", command->options.rest,
-        "The rest pose: bind (default), zero (all joints unrotated) or frame:N of the file's motion, from 0");
-    app.add_option("--metres-per-unit", command->options.metresPerUnit,
-           "The file's unit; by default it is found from the body's height")
+    app.add_option("--rest", command->texts.rest,
+        "The rest pose: best (default: of the bind pose, the stored one and the frames the one that stands "
+        "most "
+        "like a person), bind, zero (all joints unrotated) or frame:N of the file's motion, from 0");
+    app.add_option("--up", command->texts.up,
+        "The file's axis that points up, such as z or -y; by default it is seen from the body and its "
+        "motion");
+    app.add_option("--facing", command->texts.facing, "The file's axis that the body faces");
+    app.add_option("--metres-per-unit", command->options.body.metresPerUnit,
+           "The file's unit; by default it is found from the body's size")
         ->check(NumberWithin(smallestUnit, largestUnit));
-    app.add_option("--known", command->options.known,
+    app.add_option("--known", command->texts.known,
            "A known joint by hand, role=JOINT, or role= for one that isn't there; may be repeated")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option(
+        "--names", command->texts.namesFile, "A file of words that joints are named by, see docs/rigs.md");
+    AddReadOptions(app, command->reading);
     app.add_option_function<std::string>(
            "--as", [command](const std::string& side) { command->isTarget = side == "target"; },
            "Which side of a configuration it is for: source (default) or target")
         ->check(CLI::IsMember({"source", "target"}));
-    app.add_option("--size-range", command->sizeRange,
+    app.add_option("--size-range", command->texts.sizeRange,
         "Minimum and maximum rest poses as factors of the size, smallest:largest; 0.85:1.15 by default");
-    app.add_option("--exclude", command->options.excluded, "Joints that get no generated mapping: A,B,...")
+    app.add_option("--exclude", command->texts.excluded, "Joints that get no generated mapping: A,B,...")
         ->delimiter(',')
         ->allow_extra_args(false);
-    app.add_option("--manifestation", command->options.manifestations,
+    app.add_option("--manifestation", command->texts.manifestations,
            "A named subset of the joints: name=JOINT,JOINT,...; may be repeated")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);

@@ -1,5 +1,6 @@
 #include "OutputFile.h"
 #include "commands/Commands.h"
+#include "host/ResultFile.h"
 #include "host/StreamLink.h"
 
 #include <fmt/format.h>
@@ -55,15 +56,15 @@ nlohmann::ordered_json ToJSON(const char* type, const LinkResult& result) {
         {"largestRotationErrorDegrees", result.largestRotationError}};
 }
 
-void Run(const StreamCommand& command) {
+void Run(StreamCommand& command) {
     if (!command.output.empty()) {
         CheckMotionFormat(command.output);
         CheckWritable(command.output);
     }
-    const Configuration configuration = LoadDocumentFile(command.configuration);
+    const Configuration configuration = LoadForRetargeting(command.configuration, command.retarget);
     SayWarnings();
     std::vector<std::string> notes;
-    const Motion motion = ReadMotion(command.clip, notes);
+    const Motion motion = ReadMotion(command.clip, notes, command.retarget.clip.reading);
     const RetargetedClip clip = RetargetClip(configuration, motion, command.retarget, notes);
     SayNotes(notes);
     if (!command.printsJSON) {
@@ -86,7 +87,8 @@ void Run(const StreamCommand& command) {
             PrintRow(named.name, result);
         }
         if (!command.output.empty()) {
-            WriteMotion(command.output, MakeOutgoingMotion(configuration, clip, result.receivedPoses));
+            WriteMotion(command.output,
+                MakeOutgoingMotion(configuration, clip, configuration.Name(), result.receivedPoses));
         }
     }
     if (command.printsJSON) {

@@ -55,6 +55,19 @@ void Canvas::Circle(Point centre, double radius, const Color& fill) {
     cairo_fill(context.get());
 }
 
+void Canvas::Triangle(Point a, Point b, Point c, const Color& fill) {
+    Use(fill);
+    cairo_move_to(context.get(), a.x, a.y);
+    cairo_line_to(context.get(), b.x, b.y);
+    cairo_line_to(context.get(), c.x, c.y);
+    cairo_close_path(context.get());
+    cairo_fill_preserve(context.get());
+    // Closes the seam to the neighbours.
+    constexpr double seam = 0.6;
+    cairo_set_line_width(context.get(), seam);
+    cairo_stroke(context.get());
+}
+
 void Canvas::Rectangle(Point corner, Point size, const Color& fill) {
     Use(fill);
     cairo_rectangle(context.get(), corner.x, corner.y, size.x, size.y);

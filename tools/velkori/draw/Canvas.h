@@ -26,6 +26,7 @@ class Canvas {
 
     void Line(Point from, Point to, double width, const Color& color);
     void Circle(Point centre, double radius, const Color& fill);
+    void Triangle(Point a, Point b, Point c, const Color& fill);
     void Rectangle(Point corner, Point size, const Color& fill);
     /** With its baseline's left end at `place`, or its right end or middle by `alignment` 1 or 0.5. */
     void Text(const std::string& text, Point place, double size, const Color& color, double alignment = 0.0,

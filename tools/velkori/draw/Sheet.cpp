@@ -159,7 +159,7 @@ class SheetDrawer {
             DrawFigure(content.source, clip.source.poses, clip.source.jointCount, frame, view,
                 {left + 0.5 * figureWidth, groundY});
             DrawFigure(content.target, clip.poses, clip.jointCount, frame, view,
-                {left + 1.5 * figureWidth, groundY});
+                {left + 1.5 * figureWidth, groundY}, &content.skin);
             canvas.Text(fmt::format("{:.2f} s", frame * clip.source.frameSeconds),
                 {left + 0.5 * cellWidth, groundY + belowGround - 10.0}, 13.0, ink, 0.5);
             canvas.Text(
@@ -183,7 +183,7 @@ class SheetDrawer {
     }
 
     void DrawFigure(const Figure& figure, const std::vector<Transform>& poses, int jointCount, int frame,
-        const View& view, Point ground) {
+        const View& view, Point ground, const SkinnedMesh* skin = nullptr) {
         const auto pose = [&](int atFrame) {
             return std::span(poses).subspan(static_cast<size_t>(atFrame) * jointCount, jointCount);
         };
@@ -200,7 +200,66 @@ class SheetDrawer {
                     stage, pose(at)[trail.joint].position, pose(at + step)[trail.joint].position, color);
             }
         }
-        DrawBones(figure, pose(frame), stage);
+        const bool hasSkin = skin != nullptr && !skin->triangles.empty();
+        if (!hasSkin || !IsWhole(*skin, jointCount)) {
+            DrawBones(figure, pose(frame), stage);
+        }
+        if (hasSkin) {
+            DrawSkin(*skin, figure, pose(frame), stage);
+        }
+    }
+
+    /** Not just the gloves of a body whose other parts are stiff meshes. */
+    static bool IsWhole(const SkinnedMesh& skin, int jointCount) {
+        std::vector<bool> isCovered(jointCount, false);
+        for (const SkinnedMesh::Vertex& vertex : skin.vertices) {
+            for (const SkinnedMesh::Influence& influence : vertex) {
+                if (influence.joint >= 0) {
+                    isCovered[influence.joint] = true;
+                }
+            }
+        }
+        constexpr double least = 0.35;
+        return static_cast<double>(std::count(isCovered.begin(), isCovered.end(), true)) > least * jointCount;
+    }
+
+    /** Each triangle in the colour of its side of the body, lit from the viewer's left above. */
+    void DrawSkin(
+        const SkinnedMesh& skin, const Figure& figure, std::span<const Transform> pose, const Stage& stage) {
+        std::vector<Side> sides(pose.size(), Side::None);
+        for (const Figure::Bone& bone : figure.bones) {
+            sides[bone.to] = bone.side;
+        }
+        std::vector<Vector3> places;
+        places.reserve(skin.vertices.size());
+        for (const SkinnedMesh::Vertex& vertex : skin.vertices) {
+            places.push_back(SkinnedMesh::Place(vertex, pose));
+        }
+        std::vector<std::pair<float, size_t>> order;
+        for (size_t i = 0; i + 2 < skin.triangles.size(); i += 3) {
+            const Vector3 middle =
+                places[skin.triangles[i]] + places[skin.triangles[i + 1]] + places[skin.triangles[i + 2]];
+            order.emplace_back(Dot(middle, stage.view.towards), i);
+        }
+        std::sort(order.begin(), order.end());
+        const Vector3 light =
+            Normalized(stage.view.towards + Vector3{0.0f, 0.8f, 0.0f} - stage.view.across * 0.6f);
+        for (const auto& [depth, i] : order) {
+            const Vector3& a = places[skin.triangles[i]];
+            const Vector3& b = places[skin.triangles[i + 1]];
+            const Vector3& c = places[skin.triangles[i + 2]];
+            Vector3 normal = Normalized(Cross(b - a, c - a));
+            // Whichever way round its corners go, what is seen is its front.
+            normal = Dot(normal, stage.view.towards) < 0.0f ? normal * -1.0f : normal;
+            const SkinnedMesh::Vertex& vertex = skin.vertices[skin.triangles[i]];
+            const auto main = std::max_element(vertex.begin(), vertex.end(),
+                [](const auto& x, const auto& y) { return x.weight < y.weight; });
+            const Color full = ColorOf(main->joint < 0 ? Side::None : sides[main->joint]);
+            const double shade = 0.55 + 0.6 * std::max(0.0f, Dot(normal, light));
+            const auto lit = [&](double part) { return std::min(1.0, part * shade + 0.06); };
+            canvas.Triangle(stage.Place(a), stage.Place(b), stage.Place(c),
+                {lit(full.red), lit(full.green), lit(full.blue)});
+        }
     }
 
     /** A piece of a trail, unless it leaves the figure's half of the cell. */

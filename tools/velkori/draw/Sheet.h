@@ -1,5 +1,6 @@
 #pragma once
 
+#include "character/SkinnedMesh.h"
 #include "draw/Figure.h"
 #include "host/RetargetedClip.h"
 
@@ -15,6 +16,8 @@ struct SheetContent {
     const RetargetedClip& clip;
     Figure source;
     Figure target;
+    /** The character's skin; empty if only its bones are there to draw. */
+    SkinnedMesh skin;
     /** Frames, in their order. */
     std::vector<int> moments;
 };

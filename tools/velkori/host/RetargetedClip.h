@@ -1,8 +1,10 @@
 #pragma once
 
 #include "host/SourceClip.h"
-#include "motion/MotionWriter.h"
+#include "rig/RigFile.h"
+#include "solve/KeptBones.h"
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,18 +13,27 @@ namespace Velkori_Tool {
 
 /** How clips are read and retargeted; the same for all commands that do. */
 struct RetargetOptions {
-    velkori_RetargetingBehavior behavior = velkori_RetargetingBehavior_MatchProportions;
+    /** Unless a behavior is chosen, the library's rotations move the target's own bones. */
+    std::optional<velkori_RetargetingBehavior> behavior;
     velkori_RetargetingRootMotionBehavior rootMotion = velkori_RetargetingRootMotionBehavior_Unchanged;
     bool fixesUpOrientations = false;
+    KeepOptions keep;
     /** The source manifestation that frames are given in; empty for the whole skeleton. */
     std::string manifestation;
     SourceClipOptions clip;
+    /** Of the configuration's target, where they are known. */
+    StandingHeights standingHeights;
 };
 
 /** A clip as captured and as the target moves to it. */
 struct RetargetedClip {
     SourceClip source;
     int jointCount = 0;
+    /** By source joint, whether its frames were given to the library. */
+    std::vector<bool> isTracked;
+    StandingHeights standingHeights;
+    /** No bone of the target has another length than in the rest pose. */
+    bool keepsBones = false;
     /** The pose that the target starts each frame from. */
     std::vector<Transform> restPose;
     /** Frame by frame, one world transform per target joint, in metres and the default coordinate space. */
@@ -37,8 +48,10 @@ struct RetargetedClip {
 RetargetedClip RetargetClip(const Configuration& configuration, const Motion& motion,
     const RetargetOptions& options, std::vector<std::string>& notes);
 
-/** What is to be written of a configuration's target that moves as `poses` say. */
-OutgoingMotion MakeOutgoingMotion(
-    const Configuration& configuration, const RetargetedClip& clip, std::vector<Transform> poses);
+/** The captured body of a clip, with those limbs that are tracked. */
+Body SourceBody(const Configuration& configuration, const RetargetedClip& clip);
+
+/** The target with the bones that it was made with. */
+Body TargetBody(const Configuration& configuration, const StandingHeights& heights);
 
 } // namespace Velkori_Tool

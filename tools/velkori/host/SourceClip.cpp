@@ -1,8 +1,10 @@
 #include "host/SourceClip.h"
 
 #include "Failure.h"
+#include "Text.h"
 #include "host/FootContact.h"
-#include "rig/Rig.h"
+#include "rig/BodyUnit.h"
+#include "rig/BodyView.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -18,9 +20,24 @@ namespace {
 constexpr velkori_SkeletonType source = velkori_SkeletonType_Source;
 constexpr Vector3 up = {0.0f, 1.0f, 0.0f};
 
-/** "xyz:LeftArm" and "LeftArm" are the same joint of two exports. */
-std::string WithoutNamespace(const std::string& name) {
-    return name.substr(name.find_last_of(":|") + 1);
+/** "xyz:LeftArm", "LeftArm" and "Leftarm" are the same joint of three exports. */
+std::string PlainName(const std::string& name) {
+    return LowerCase(name.substr(name.find_last_of(":|") + 1));
+}
+
+/** The 24 rotations that bring axes onto axes, the identity first. */
+std::vector<Quaternion> AxisRotations() {
+    constexpr float right = 90.0f;
+    std::vector<Quaternion> rotations;
+    const Vector3 x = {1.0f, 0.0f, 0.0f};
+    const Vector3 z = {0.0f, 0.0f, 1.0f};
+    for (const Quaternion& top : {identityRotation, TurnAbout(x, right), TurnAbout(x, -right),
+             TurnAbout(x, 2.0f * right), TurnAbout(z, right), TurnAbout(z, -right)}) {
+        for (int quarter = 0; quarter < 4; ++quarter) {
+            rotations.push_back(top * TurnAbout(up, right * static_cast<float>(quarter)));
+        }
+    }
+    return rotations;
 }
 
 class SourceClipMaker {
@@ -42,9 +59,15 @@ class SourceClipMaker {
     SourceClip Make(const SourceClipOptions& options, std::vector<std::string>& notes) {
         MatchJoints(notes);
         const double lengthRatio = MeasureBones();
-        metresPerUnit = options.metresPerUnit ? *options.metresPerUnit : FindUnit(lengthRatio);
+        metresPerUnit = options.metresPerUnit ? *options.metresPerUnit : UsualUnitNear(lengthRatio);
         notes.push_back(fmt::format("unit of '{}': {:g} m", motion.path, metresPerUnit));
-        space = FindSpace(motion, ClipKnownJoints());
+        BodyOptions body;
+        body.known = ClipKnownJoints();
+        body.up = options.up;
+        body.facing = options.facing;
+        body.metresPerUnit = metresPerUnit;
+        space = SeeBody(motion, body).space;
+        FindAxisTurn();
         CheckJointAxes(notes);
 
         SourceClip clip;
@@ -76,12 +99,12 @@ class SourceClipMaker {
         for (int joint = 0; joint < motion.skeleton.JointCount(); ++joint) {
             const std::string& name = motion.skeleton.jointNames[joint];
             byName.emplace(name, joint);
-            byShortName[WithoutNamespace(name)].push_back(joint);
+            byShortName[PlainName(name)].push_back(joint);
         }
         std::vector<std::string> missing;
         for (const std::string& name : names) {
             const auto exact = byName.find(name);
-            const std::vector<int>& alike = byShortName[WithoutNamespace(name)];
+            const std::vector<int>& alike = byShortName[PlainName(name)];
             const int unambiguous = alike.size() == 1 ? alike.front() : -1;
             clipJoints.push_back(exact != byName.end() ? exact->second : unambiguous);
             if (clipJoints.back() < 0 && static_cast<int>(clipJoints.size()) - 1 != root) {
@@ -115,9 +138,18 @@ class SourceClipMaker {
         }
     }
 
+    /** A bone of the body that the clip has, too; the way from a root joint to the hips is none. */
     bool HasClipBone(size_t joint) const {
         const int parent = parents[joint];
-        return parent >= 0 && clipJoints[joint] >= 0 && clipJoints[parent] >= 0;
+        return parent >= 0 && clipJoints[joint] >= 0 && clipJoints[parent] >= 0 &&
+               (hips < 0 || (static_cast<int>(joint) != hips && IsBelowHips(static_cast<int>(joint))));
+    }
+
+    bool IsBelowHips(int joint) const {
+        while (joint >= 0 && joint != hips) {
+            joint = parents[joint];
+        }
+        return joint >= 0;
     }
 
     double ClipBoneLength(size_t joint) const {
@@ -148,19 +180,6 @@ class SourceClipMaker {
         return length / clipLength;
     }
 
-    /** The usual unit with which the clip's body comes near the source's, or the one that makes them equal.
-     */
-    static double FindUnit(double lengthRatio) {
-        constexpr std::array<double, 6> units = {1.0, 0.01, 0.001, 0.0254 / 0.45, 0.0254, 0.3048};
-        constexpr double same = 1.01;
-        constexpr double similar = 1.35;
-        const auto distance = [&](double unit) { return std::fabs(std::log(unit / lengthRatio)); };
-        const double nearest = *std::min_element(
-            units.begin(), units.end(), [&](double a, double b) { return distance(a) < distance(b); });
-        const bool isOtherBody = distance(nearest) > std::log(same) && distance(nearest) < std::log(similar);
-        return isOtherBody ? nearest : lengthRatio;
-    }
-
     KnownJointOverrides ClipKnownJoints() const {
         KnownJointOverrides known;
         for (int index = 0; index < VELKORI_KNOWN_JOINT_COUNT; ++index) {
@@ -171,18 +190,42 @@ class SourceClipMaker {
         return known;
     }
 
-    /** A clip whose joints have other axes than the configuration's would turn every bone. */
-    void CheckJointAxes(std::vector<std::string>& notes) const {
+    /** Calls `visit` with each bone's direction in its parent's axes, in the source and in the clip. */
+    template <typename Visit>
+    void VisitBones(Visit visit) const {
         std::vector<Transform> bind = motion.skeleton.bindPose;
         ConvertSpace(bind, space, VELKORI_DEFAULT_COORDINATE_SPACE);
-        std::vector<float> angles;
         for (size_t joint = 0; joint < names.size(); ++joint) {
             if (HasClipBone(joint) && BoneLength(joint) > 0.0 && ClipBoneLength(joint) > 0.0) {
                 const int parent = parents[joint];
-                angles.push_back(AngleBetween(RelativeTo(rest[parent], rest[joint]).position,
-                    RelativeTo(bind[clipJoints[parent]], bind[clipJoints[joint]]).position));
+                visit(RelativeTo(rest[parent], rest[joint]).position,
+                    RelativeTo(bind[clipJoints[parent]], bind[clipJoints[joint]]).position);
             }
         }
+    }
+
+    /** Of two exports of one rig, one may have z up and the other y, and so may all their joints' axes. */
+    void FindAxisTurn() {
+        const std::vector<Quaternion> turns = AxisRotations();
+        std::vector<float> agreements(turns.size(), 0.0f);
+        float total = 0.0f;
+        VisitBones([&](const Vector3& own, const Vector3& clip) {
+            for (size_t i = 0; i < turns.size(); ++i) {
+                agreements[i] += Length(own) * Dot(Rotate(turns[i], Normalized(own)), Normalized(clip));
+            }
+            total += Length(own);
+        });
+        const size_t best = std::max_element(agreements.begin(), agreements.end()) - agreements.begin();
+        constexpr float clearly = 0.2f;
+        axisTurn = agreements[best] > agreements[0] + clearly * total ? turns[best] : identityRotation;
+    }
+
+    /** A clip whose joints have other axes than the configuration's would turn every bone. */
+    void CheckJointAxes(std::vector<std::string>& notes) const {
+        std::vector<float> angles;
+        VisitBones([&](const Vector3& own, const Vector3& clip) {
+            angles.push_back(AngleBetween(Rotate(axisTurn, own), clip));
+        });
         const auto middle = angles.begin() + static_cast<std::ptrdiff_t>(angles.size() / 2);
         std::nth_element(angles.begin(), middle, angles.end());
         constexpr float suspicious = 10.0f;
@@ -208,6 +251,7 @@ class SourceClipMaker {
         }
         ConvertSpace(pose, space, VELKORI_DEFAULT_COORDINATE_SPACE);
         for (size_t joint = 0; joint < pose.size(); ++joint) {
+            pose[joint].orientation = pose[joint].orientation * axisTurn;
             if (clipJoints[joint] < 0 && static_cast<int>(joint) != root) {
                 RideOnParent(static_cast<int>(joint), pose);
             }
@@ -266,10 +310,10 @@ class SourceClipMaker {
             return reference;
         }
         reference = MakePose(motion.skeleton.bindPose);
-        if (root >= 0 && clipJoints[root] < 0) {
-            reference[root] = rest[root];
-            reference[root].position =
-                reference[hips].position + (rest[root].position - rest[hips].position) * sizeRatio;
+        for (int above = hips < 0 ? -1 : parents[hips]; above >= 0; above = parents[above]) {
+            reference[above] = rest[above];
+            reference[above].position =
+                reference[hips].position + (rest[above].position - rest[hips].position) * sizeRatio;
         }
         Check(velkori_matchCurrentTPose(configuration.Handle(), source, velkori_MatchBehavior_JointLengths,
                   velkori_JointRelativeSpaceType_RootOriginRelative, static_cast<int32_t>(reference.size()),
@@ -289,6 +333,8 @@ class SourceClipMaker {
     /** The clip's joint for each source joint; -1 where it has none. */
     std::vector<int> clipJoints;
     double metresPerUnit = 1.0;
+    /** From the configuration's axes of the joints to the clip's. */
+    Quaternion axisTurn = identityRotation;
     velkori_CoordinateSpace_ space = VELKORI_DEFAULT_COORDINATE_SPACE;
 };
 

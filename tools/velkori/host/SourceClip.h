@@ -11,7 +11,11 @@
 namespace Velkori_Tool {
 
 struct SourceClipOptions {
+    ReadOptions reading;
     std::optional<double> metresPerUnit;
+    /** Axes of the clip's file. */
+    std::optional<Vector3> up;
+    std::optional<Vector3> facing;
     /** Leave the clip as high as the file has it, instead of putting the feet on the ground. */
     bool keepsHeight = false;
 };
@@ -33,8 +37,8 @@ struct SourceClip {
 
 /**
  * Brings a clip to a configuration's source skeleton: joints by name, units from the bones' lengths, axes
- * from the clip's own body, the ground from its feet. A root on the ground that only the configuration has
- * follows the hips. Throws Failure if the clip is another rig's.
+ * from the clip's own body and its motion, the ground from its feet. A root on the ground that only the
+ * configuration has follows the hips. Throws Failure if the clip is another rig's.
  */
 SourceClip MakeSourceClip(const Configuration& configuration, const Motion& motion,
     const SourceClipOptions& options, std::vector<std::string>& notes);

@@ -152,11 +152,13 @@ class BVHParser {
         while (channelCount > 0 && !Peek().empty()) {
             if (!ParseFrame(values)) {
                 notes.push_back(fmt::format("'{}': the last frame is cut off and left out", path));
+                motion.isIncomplete = true;
                 break;
             }
             AddFrame(values);
         }
         if (statedCount != motion.frameCount) {
+            motion.isIncomplete = motion.isIncomplete || motion.frameCount < statedCount;
             notes.push_back(fmt::format(
                 "'{}' says that it has {} frames and has {}", path, statedCount, motion.frameCount));
         }

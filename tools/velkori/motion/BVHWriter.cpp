@@ -12,8 +12,6 @@ namespace Velkori_Tool {
 
 namespace {
 
-constexpr float unitsPerMetre = 100.0f;
-
 /** Degrees about z, y and x, in the order in which they multiply. */
 std::array<double, 3> EulerAnglesZYX(const Quaternion& rotation) {
     const double x = rotation.x;
@@ -35,8 +33,11 @@ std::array<double, 3> EulerAnglesZYX(const Quaternion& rotation) {
 
 class BVHMaker {
   public:
-    explicit BVHMaker(const OutgoingMotion& motion)
-        : motion(motion), names(motion.jointNames), children(motion.jointNames.size()) {
+    BVHMaker(const OutgoingMotion& motion, float unitsPerMetre)
+        : motion(motion),
+          unitsPerMetre(unitsPerMetre),
+          names(motion.jointNames),
+          children(motion.jointNames.size()) {
         for (std::string& name : names) {
             for (char& c : name) {
                 // Most readers end a name at a space.
@@ -131,6 +132,7 @@ class BVHMaker {
     }
 
     const OutgoingMotion& motion;
+    float unitsPerMetre;
     /** As the file has them. */
     std::vector<std::string> names;
     std::vector<std::vector<int>> children;
@@ -142,8 +144,8 @@ class BVHMaker {
 
 } // namespace
 
-std::string MakeBVH(const OutgoingMotion& motion) {
-    return BVHMaker(motion).Make();
+std::string MakeBVH(const OutgoingMotion& motion, float unitsPerMetre) {
+    return BVHMaker(motion, unitsPerMetre).Make();
 }
 
 } // namespace Velkori_Tool

@@ -2,7 +2,6 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
-#include "host/Library.h"
 #include "motion/BVHWriter.h"
 #include "motion/GLBWriter.h"
 
@@ -18,12 +17,11 @@ void CheckMotionFormat(const std::string& path) {
     }
 }
 
-void WriteMotion(const std::string& path, OutgoingMotion motion) {
+void WriteMotion(const std::string& path, const OutgoingMotion& motion, float unitsPerMetre) {
     CheckMotionFormat(path);
-    ConvertSpace(motion.restPose, VELKORI_DEFAULT_COORDINATE_SPACE, fileSpace);
-    ConvertSpace(motion.poses, VELKORI_DEFAULT_COORDINATE_SPACE, fileSpace);
     if (LowerCaseExtension(path) == ".bvh") {
-        WriteFileWhole(path, [&](const std::string& place) { WriteText(place, MakeBVH(motion)); });
+        WriteFileWhole(
+            path, [&](const std::string& place) { WriteText(place, MakeBVH(motion, unitsPerMetre)); });
     } else {
         WriteFileWhole(path, [&](const std::string& place) { WriteGLB(place, motion); });
     }

@@ -4,10 +4,12 @@
 #include "OutputFile.h"
 #include "SceneReader.h"
 #include "Text.h"
+#include "motion/FileFormat.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -23,6 +25,51 @@ bool IsSound(const Transform& transform) {
     const bool isNear = std::fabs(p.x) < farthestPosition && std::fabs(p.y) < farthestPosition &&
                         std::fabs(p.z) < farthestPosition;
     return isNear && std::isfinite(transform.orientation.w);
+}
+
+/** The poses at another rate: positions and rotations go straight from frame to frame. */
+void Resample(Motion& motion, double framesPerSecond) {
+    const double seconds = (motion.frameCount - 1) * motion.frameSeconds;
+    const int count =
+        motion.frameCount < 1 ? 0 : 1 + static_cast<int>(std::floor(seconds * framesPerSecond + 1e-3));
+    std::vector<Transform> poses;
+    poses.reserve(static_cast<size_t>(count) * motion.skeleton.jointNames.size());
+    for (int frame = 0; frame < count; ++frame) {
+        const double place =
+            std::min<double>(frame / framesPerSecond / motion.frameSeconds, motion.frameCount - 1);
+        const int before = static_cast<int>(place);
+        const auto a = motion.Frame(before);
+        const auto b = motion.Frame(std::min(before + 1, motion.frameCount - 1));
+        const auto share = static_cast<float>(place - before);
+        for (size_t joint = 0; joint < a.size(); ++joint) {
+            poses.push_back({Blend(a[joint].orientation, b[joint].orientation, share),
+                a[joint].position + (b[joint].position - a[joint].position) * share, {1.0f, 1.0f, 1.0f}});
+        }
+    }
+    motion.poses = std::move(poses);
+    motion.frameCount = count;
+    motion.frameSeconds = 1.0 / framesPerSecond;
+}
+
+/** Leaves the frames from --from to --to, both included. */
+void Cut(Motion& motion, const ReadOptions& options) {
+    if (!options.from && !options.to) {
+        return;
+    }
+    const double last = std::max(0, motion.frameCount - 1);
+    const double begin = std::ceil(options.from.value_or(0.0) / motion.frameSeconds - 1e-3);
+    const double to =
+        options.to ? std::min(last, std::floor(*options.to / motion.frameSeconds + 1e-3)) : last;
+    if (!(begin <= to)) {
+        throw Failure(fmt::format("'{}' goes from 0 to {:.2f} s; nothing of it lies between --from and --to",
+            motion.path, last * motion.frameSeconds));
+    }
+    const auto first = static_cast<std::ptrdiff_t>(begin);
+    const auto count = static_cast<std::ptrdiff_t>(to - begin) + 1;
+    const auto jointCount = static_cast<std::ptrdiff_t>(motion.skeleton.jointNames.size());
+    motion.poses = {
+        motion.poses.begin() + first * jointCount, motion.poses.begin() + (first + count) * jointCount};
+    motion.frameCount = static_cast<int>(count);
 }
 
 } // namespace
@@ -41,14 +88,17 @@ void MakeNamesUnique(std::vector<std::string>& names) {
     }
 }
 
-Motion ReadMotion(const std::string& path, std::vector<std::string>& notes) {
-    const std::string extension = LowerCaseExtension(path);
-    if (extension == ".json") {
+Motion ReadMotion(const std::string& path, std::vector<std::string>& notes, const ReadOptions& options) {
+    // The scene reader says little about a file that isn't there.
+    CheckReadable(path);
+    const FileFormat format = FindFileFormat(path);
+    if (format == FileFormat::Document) {
         throw Failure(fmt::format(
             "'{}' is a document where a rig or a clip is wanted; give a BVH, glTF, FBX or Collada file",
             path));
     }
-    Motion motion = extension == ".bvh" ? ReadBVH(path, notes) : ReadScene(path, notes);
+    Motion motion =
+        format == FileFormat::BVH ? ReadBVH(path, notes) : ReadScene(path, format, options, notes);
     motion.path = path;
     if (!std::all_of(motion.skeleton.bindPose.begin(), motion.skeleton.bindPose.end(), IsSound) ||
         !std::all_of(motion.poses.begin(), motion.poses.end(), IsSound)) {
@@ -56,6 +106,10 @@ Motion ReadMotion(const std::string& path, std::vector<std::string>& notes) {
             "'{}' holds positions or rotations that no body has, or that aren't numbers; export it again",
             path));
     }
+    if (format == FileFormat::BVH && options.framesPerSecond) {
+        Resample(motion, *options.framesPerSecond);
+    }
+    Cut(motion, options);
     return motion;
 }
 

@@ -2,17 +2,24 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
+#include "Text.h"
+#include "motion/FileFormat.h"
+#include "motion/HumanoidTable.h"
+#include "motion/SceneAnimation.h"
 
 #include <assimp/config.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 #include <assimp/Importer.hpp>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <map>
+#include <optional>
 #include <set>
 #include <string_view>
 
@@ -37,63 +44,28 @@ aiMatrix4x4 WorldMatrix(const aiNode& node) {
     return world;
 }
 
-/** The channels of one node at one time: linear between keys, and held before the first and after the last.
- */
-template <typename Key, typename Blend>
-auto SampleKeys(std::span<const Key> keys, double time, Blend blend) {
-    const auto next = std::upper_bound(
-        keys.begin(), keys.end(), time, [](double wanted, const Key& key) { return wanted < key.mTime; });
-    if (next == keys.begin()) {
-        return keys.front().mValue;
-    }
-    if (next == keys.end()) {
-        return keys.back().mValue;
-    }
-    const Key& before = *std::prev(next);
-    return blend(before.mValue, next->mValue,
-        static_cast<float>((time - before.mTime) / (next->mTime - before.mTime)));
-}
-
-aiMatrix4x4 SampleChannel(const aiNodeAnim& channel, const aiMatrix4x4& rest, double time) {
-    aiVector3D scale;
-    aiQuaternion rotation;
-    aiVector3D position;
-    rest.Decompose(scale, rotation, position);
-    const auto blendVectors = [](const aiVector3D& a, const aiVector3D& b, float t) {
-        return a + (b - a) * t;
-    };
-    if (channel.mNumPositionKeys > 0) {
-        position = SampleKeys(std::span<const aiVectorKey>(channel.mPositionKeys, channel.mNumPositionKeys),
-            time, blendVectors);
-    }
-    if (channel.mNumScalingKeys > 0) {
-        scale = SampleKeys(
-            std::span<const aiVectorKey>(channel.mScalingKeys, channel.mNumScalingKeys), time, blendVectors);
-    }
-    if (channel.mNumRotationKeys > 0) {
-        rotation = SampleKeys(std::span<const aiQuatKey>(channel.mRotationKeys, channel.mNumRotationKeys),
-            time, [](const aiQuaternion& a, const aiQuaternion& b, float t) {
-                aiQuaternion blended;
-                aiQuaternion::Interpolate(blended, a, b, t);
-                return blended;
-            });
-    }
-    return {scale, rotation, position};
-}
-
 /** A scene's nodes, parents before children, and what is known of each. */
 class SceneSkeleton {
   public:
-    SceneSkeleton(const std::string& path, const aiScene& scene) : path(path), scene(scene) {
+    /** `animation` is the one that is wanted, or null. */
+    SceneSkeleton(const std::string& path, const aiScene& scene, const aiAnimation* animation, bool isGLTF)
+        : path(path), scene(scene), isGLTF(isGLTF) {
         CollectNodes(*scene.mRootNode, -1, 0);
-        FindJoints();
+        for (const aiNode* node : nodes) {
+            const aiNode*& named = nodeByName[node->mName.C_Str()];
+            // A bone and the mesh that hangs from it may share a name; the bone is meant.
+            named = named == nullptr || (named->mNumMeshes > 0 && node->mNumMeshes == 0) ? node : named;
+        }
+        FindJoints(animation);
+        PlaceSkins();
     }
 
     FileSkeleton Skeleton() const {
         FileSkeleton skeleton;
         std::map<const aiNode*, aiMatrix4x4> worlds;
+        const bool hasSkin = !bindMatrices.empty();
         for (const aiNode* node : joints) {
-            const auto bone = bindMatrices.find(node->mName.C_Str());
+            const auto bone = bindMatrices.find(node);
             const auto parent = worlds.find(node->mParent);
             worlds[node] = bone != bindMatrices.end() ? bone->second
                            : parent != worlds.end()   ? parent->second * node->mTransformation
@@ -103,10 +75,22 @@ class SceneSkeleton {
             skeleton.parents.push_back(
                 parentJoint == joints.end() ? -1 : static_cast<int>(parentJoint - joints.begin()));
             skeleton.bindPose.push_back(WithoutScale(worlds[node]));
+            if (hasSkin) {
+                skeleton.storedPose.push_back(WithoutScale(WorldMatrix(*node)));
+                skeleton.isSkinned.push_back(bone != bindMatrices.end());
+            }
         }
         MakeNamesUnique(skeleton.jointNames);
         AddBlendShapes(skeleton);
         return skeleton;
+    }
+
+    /** The joint of a node's name; -1 if it is none. */
+    int JointOfNode(const std::string& name) const {
+        const auto node = nodeByName.find(name);
+        const auto joint =
+            node == nodeByName.end() ? joints.end() : std::find(joints.begin(), joints.end(), node->second);
+        return joint == joints.end() ? -1 : static_cast<int>(joint - joints.begin());
     }
 
     /** The animation's channel of each node; null where there is none. */
@@ -119,7 +103,7 @@ class SceneSkeleton {
         channels.reserve(nodes.size());
         for (const aiNode* node : nodes) {
             const auto found = byName.find(node->mName.C_Str());
-            channels.push_back(found == byName.end() ? nullptr : found->second);
+            channels.push_back(found == byName.end() || !IsMeantByName(*node) ? nullptr : found->second);
         }
         return channels;
     }
@@ -153,23 +137,8 @@ class SceneSkeleton {
         }
     }
 
-    /**
-     * Where a mesh's skin stands in the scene. In glTF a skinned mesh's own node says nothing about that,
-     * only its joints do: the first of them is taken to stand as it was bound.
-     */
-    aiMatrix4x4 SkinPlacement(const aiMesh& mesh, const aiNode& meshNode) const {
-        const std::string extension = LowerCaseExtension(path);
-        if (extension != ".gltf" && extension != ".glb") {
-            return WorldMatrix(meshNode);
-        }
-        for (const aiNode* node : nodes) {
-            for (const aiBone* bone : std::span(mesh.mBones, mesh.mNumBones)) {
-                if (bone->mName == node->mName) {
-                    return WorldMatrix(*node) * bone->mOffsetMatrix;
-                }
-            }
-        }
-        return {};
+    bool IsMeantByName(const aiNode& node) const {
+        return nodeByName.find(node.mName.C_Str())->second == &node;
     }
 
     bool IsCameraOrLight(const aiNode& node) const {
@@ -180,28 +149,149 @@ class SceneSkeleton {
                std::any_of(lights.begin(), lights.end(), isNode);
     }
 
-    void FindJoints() {
-        std::set<std::string_view> wanted;
+    /** A mesh's bones, each as the mesh's own space has it bound. */
+    struct Skin {
+        const aiNode* meshNode = nullptr;
+        std::vector<std::pair<const aiNode*, aiMatrix4x4>> bones;
+    };
+
+    void CollectSkins() {
         for (const aiNode* node : nodes) {
-            for (const unsigned mesh : std::span(node->mMeshes, node->mNumMeshes)) {
-                const aiMatrix4x4 placement = SkinPlacement(*scene.mMeshes[mesh], *node);
-                for (const aiBone* bone :
-                    std::span(scene.mMeshes[mesh]->mBones, scene.mMeshes[mesh]->mNumBones)) {
-                    wanted.insert(bone->mName.C_Str());
+            for (const unsigned index : std::span(node->mMeshes, node->mNumMeshes)) {
+                const aiMesh& mesh = *scene.mMeshes[index];
+                Skin skin;
+                skin.meshNode = node;
+                for (const aiBone* bone : std::span(mesh.mBones, mesh.mNumBones)) {
+                    const auto named = nodeByName.find(bone->mName.C_Str());
                     aiMatrix4x4 offset = bone->mOffsetMatrix;
-                    bindMatrices.emplace(bone->mName.C_Str(), placement * offset.Inverse());
+                    if (named != nodeByName.end() && offset.Determinant() != 0.0f) {
+                        skin.bones.emplace_back(named->second, offset.Inverse());
+                    }
+                }
+                if (!skin.bones.empty()) {
+                    skins.push_back(std::move(skin));
                 }
             }
         }
-        if (wanted.empty() && scene.mNumAnimations > 0) {
-            const aiAnimation& animation = *scene.mAnimations[0];
-            for (const aiNodeAnim* channel : std::span(animation.mChannels, animation.mNumChannels)) {
-                wanted.insert(channel->mNodeName.C_Str());
+    }
+
+    /**
+     * Where a skin stands in the scene. A mesh's own node says so, but not in glTF: there only the joints'
+     * way from bind to scene does. A program writes its skins in the world's space, the mesh's or the
+     * armature's; the joints as they are stored, though they may be in a pose, tell which, as most of them
+     * turn by less than another space would.
+     */
+    aiMatrix4x4 SkinPlacement(const Skin& skin) const {
+        if (!isGLTF) {
+            return WorldMatrix(*skin.meshNode);
+        }
+        const aiNode* armature = skin.bones.front().first;
+        const auto isBone = [&](const aiNode* node) {
+            return std::any_of(
+                skin.bones.begin(), skin.bones.end(), [&](const auto& bone) { return bone.first == node; });
+        };
+        while (armature->mParent != nullptr && isBone(armature)) {
+            armature = armature->mParent;
+        }
+        const auto& [first, firstBind] = skin.bones.front();
+        aiMatrix4x4 inverse = firstBind;
+        const std::array<aiMatrix4x4, 4> placements = {aiMatrix4x4(), WorldMatrix(*armature),
+            WorldMatrix(*skin.meshNode), WorldMatrix(*first) * inverse.Inverse()};
+        const auto best = std::min_element(
+            placements.begin(), placements.end(), [&](const aiMatrix4x4& a, const aiMatrix4x4& b) {
+                constexpr float clearly = 5.0f;
+                return UsualTurn(skin, a) + clearly < UsualTurn(skin, b);
+            });
+        return ScaledToScene(skin, *best);
+    }
+
+    /** The middle of the angles by which the bones turn from the placed bind to the scene, in degrees. */
+    static float UsualTurn(const Skin& skin, const aiMatrix4x4& placement) {
+        std::vector<float> angles;
+        for (const auto& [node, bind] : skin.bones) {
+            angles.push_back(AngleBetween(
+                WithoutScale(placement * bind).orientation, WithoutScale(WorldMatrix(*node)).orientation));
+        }
+        const auto middle = angles.begin() + static_cast<std::ptrdiff_t>(angles.size() / 2);
+        std::nth_element(angles.begin(), middle, angles.end());
+        return *middle;
+    }
+
+    /** The placement with the scale that makes the bones as long as the scene has them. */
+    static aiMatrix4x4 ScaledToScene(const Skin& skin, const aiMatrix4x4& placement) {
+        const auto place = [](const aiMatrix4x4& m) { return aiVector3D(m.a4, m.b4, m.c4); };
+        float bound = 0.0f;
+        float stored = 0.0f;
+        for (const auto& [node, bind] : skin.bones) {
+            for (const auto& [other, otherBind] : skin.bones) {
+                if (node->mParent == other) {
+                    bound += (place(placement * bind) - place(placement * otherBind)).Length();
+                    stored += (place(WorldMatrix(*node)) - place(WorldMatrix(*other))).Length();
+                }
+            }
+        }
+        constexpr float same = 1.1f;
+        if (!(bound > 0.0f && stored > 0.0f) || (stored < bound * same && bound < stored * same)) {
+            return placement;
+        }
+        aiMatrix4x4 scaling;
+        aiMatrix4x4::Scaling(aiVector3D(stored / bound), scaling);
+        return scaling * placement;
+    }
+
+    /** The placement moved to where the scene has the topmost bone, if that is far away: then no pose is why.
+     */
+    static aiMatrix4x4 MovedToScene(const Skin& skin, const aiMatrix4x4& placement) {
+        const auto place = [](const aiMatrix4x4& m) { return aiVector3D(m.a4, m.b4, m.c4); };
+        const auto hasParent = [&](const auto& bone) {
+            return std::any_of(skin.bones.begin(), skin.bones.end(),
+                [&](const auto& other) { return other.first == bone.first->mParent; });
+        };
+        const auto top = std::find_if_not(skin.bones.begin(), skin.bones.end(), hasParent);
+        const aiVector3D first = place(placement * top->second);
+        float size = 0.0f;
+        for (const auto& [node, bind] : skin.bones) {
+            size = std::max(size, (place(placement * bind) - first).Length());
+        }
+        const aiVector3D way = place(WorldMatrix(*top->first)) - first;
+        constexpr float farAway = 0.4f;
+        if (way.Length() < farAway * size) {
+            return placement;
+        }
+        aiMatrix4x4 moving;
+        aiMatrix4x4::Translation(way, moving);
+        return moving * placement;
+    }
+
+    void PlaceSkins() {
+        for (const Skin& skin : skins) {
+            const aiMatrix4x4 placement =
+                isGLTF ? MovedToScene(skin, SkinPlacement(skin)) : SkinPlacement(skin);
+            for (const auto& [node, bind] : skin.bones) {
+                bindMatrices.emplace(node, placement * bind);
+            }
+        }
+    }
+
+    void FindJoints(const aiAnimation* animation) {
+        CollectSkins();
+        std::set<const aiNode*> wanted;
+        for (const Skin& skin : skins) {
+            for (const auto& [node, bind] : skin.bones) {
+                wanted.insert(node);
+            }
+        }
+        if (wanted.empty() && animation != nullptr) {
+            for (const aiNodeAnim* channel : std::span(animation->mChannels, animation->mNumChannels)) {
+                const auto named = nodeByName.find(channel->mNodeName.C_Str());
+                if (named != nodeByName.end()) {
+                    wanted.insert(named->second);
+                }
             }
         }
         const auto isWanted = [&](const aiNode& node) {
             return wanted.empty() ? node.mNumMeshes == 0 && node.mParent != nullptr && !IsCameraOrLight(node)
-                                  : wanted.count(node.mName.C_Str()) > 0;
+                                  : wanted.count(&node) > 0;
         };
         // What hangs below a joint shows where it points; what stands above two joints connects them.
         std::set<const aiNode*> isJoint;
@@ -260,93 +350,23 @@ class SceneSkeleton {
 
     const std::string& path;
     const aiScene& scene;
+    bool isGLTF = false;
     std::vector<const aiNode*> nodes;
+    /** Of nodes with one name, the one that is meant by it. */
+    std::map<std::string, const aiNode*> nodeByName;
     /** Indices of nodes; -1 for the scene's root. */
     std::vector<int> parentNodes;
     std::vector<const aiNode*> joints;
     /** Where each joint stands among the nodes. */
     std::vector<size_t> jointNodes;
-    std::map<std::string, aiMatrix4x4> bindMatrices;
+    std::vector<Skin> skins;
+    std::map<const aiNode*, aiMatrix4x4> bindMatrices;
 };
 
-/** All times at which a channel has a key, in ascending order. */
-std::vector<double> KeyTimes(const aiNodeAnim& channel) {
-    std::vector<double> times;
-    for (const aiVectorKey& key : std::span(channel.mPositionKeys, channel.mNumPositionKeys)) {
-        times.push_back(key.mTime);
-    }
-    for (const aiQuatKey& key : std::span(channel.mRotationKeys, channel.mNumRotationKeys)) {
-        times.push_back(key.mTime);
-    }
-    std::erase_if(times, [](double time) { return !std::isfinite(time); });
-    std::sort(times.begin(), times.end());
-    times.erase(std::unique(times.begin(), times.end()), times.end());
-    return times;
-}
-
-/**
- * The time between two frames, from the times of at least two keys: the usual gap where most are alike; where
- * keys were left out, the smallest, as what is left still lies on frames.
- */
-double FrameGap(const std::vector<double>& keyTimes) {
-    std::vector<double> gaps;
-    for (size_t i = 1; i < keyTimes.size(); ++i) {
-        gaps.push_back(keyTimes[i] - keyTimes[i - 1]);
-    }
-    std::sort(gaps.begin(), gaps.end());
-    const double median = gaps[gaps.size() / 2];
-    // Files hold times in single precision.
-    constexpr double alike = 0.02;
-    double sum = 0.0;
-    size_t count = 0;
-    for (const double gap : gaps) {
-        const bool isAlike = std::fabs(gap - median) < alike * median;
-        sum += isAlike ? gap : 0.0;
-        count += isAlike ? 1 : 0;
-    }
-    const bool mostAreAlike = count * 5 >= gaps.size() * 4;
-    return mostAreAlike ? sum / static_cast<double>(count) : gaps.front();
-}
-
-/** When an animation's frames are, in ticks: from the first key of all channels to the last one. */
-struct FrameTimes {
-    double first = 0.0;
-    double step = 1.0;
-    int64_t count = 1;
-};
-
-FrameTimes FindFrameTimes(const aiAnimation& animation, double ticksPerSecond) {
-    std::vector<double> densest;
-    double first = std::numeric_limits<double>::max();
-    double last = std::numeric_limits<double>::lowest();
-    for (const aiNodeAnim* channel : std::span(animation.mChannels, animation.mNumChannels)) {
-        std::vector<double> times = KeyTimes(*channel);
-        if (!times.empty()) {
-            first = std::min(first, times.front());
-            last = std::max(last, times.back());
-        }
-        if (times.size() > densest.size()) {
-            densest = std::move(times);
-        }
-    }
-    constexpr double usualRate = 30.0;
-    constexpr double sparsestRate = 5.0;
-    constexpr double densestRate = 240.0;
-    FrameTimes frames = {densest.empty() ? 0.0 : first, ticksPerSecond / usualRate, 1};
-    if (densest.size() > 1) {
-        const double rate = ticksPerSecond / FrameGap(densest);
-        frames.step = ticksPerSecond / (rate < sparsestRate ? usualRate : std::min(rate, densestRate));
-    }
-    constexpr double mostFrames = 1e9;
-    frames.count += densest.empty() ? 0 : std::llround(std::min((last - first) / frames.step, mostFrames));
-    return frames;
-}
-
-void SampleAnimation(const aiAnimation& animation, const SceneSkeleton& skeleton, Motion& motion) {
-    constexpr double ticksPerSecondIfUnsaid = 25.0;
-    const double ticksPerSecond =
-        animation.mTicksPerSecond > 0.0 ? animation.mTicksPerSecond : ticksPerSecondIfUnsaid;
-    const FrameTimes frames = FindFrameTimes(animation, ticksPerSecond);
+void SampleAnimation(const aiAnimation& animation, std::optional<double> statedRate,
+    std::optional<double> wantedRate, const SceneSkeleton& skeleton, Motion& motion) {
+    const double ticksPerSecond = TicksPerSecond(animation);
+    const FrameTimes frames = FindFrameTimes(animation, statedRate, wantedRate);
     constexpr double mostTransforms = 2e7;
     if (static_cast<double>(frames.count) * motion.skeleton.JointCount() > mostTransforms) {
         throw Failure(
@@ -363,8 +383,8 @@ void SampleAnimation(const aiAnimation& animation, const SceneSkeleton& skeleton
 
 /** FBX says which axis is up and how many centimetres a unit has; the other formats are in metres with y up.
  */
-void ReadStatedSpace(const aiScene& scene, const std::string& path, Motion& motion) {
-    if (LowerCaseExtension(path) != ".fbx") {
+void ReadStatedSpace(const aiScene& scene, FileFormat format, Motion& motion) {
+    if (format != FileFormat::FBX) {
         motion.statedMetresPerUnit = 1.0;
         return;
     }
@@ -382,29 +402,87 @@ void ReadStatedSpace(const aiScene& scene, const std::string& path, Motion& moti
     motion.statedMetresPerUnit = centimetres * metresPerCentimetre;
 }
 
+/** By the file's content; the importer alone goes by its name. */
+const aiScene* Import(
+    Assimp::Importer& importer, const std::string& path, FileFormat format, const std::string& content) {
+    constexpr std::array<std::pair<FileFormat, const char*>, 4> extensions = {
+        std::pair{FileFormat::GLB, "glb"}, {FileFormat::GLTF, "gltf"}, {FileFormat::FBX, "fbx"},
+        {FileFormat::Collada, "dae"}};
+    for (const auto& [known, extension] : extensions) {
+        if (format == known && LowerCaseExtension(path) != std::string(".") + extension) {
+            return importer.ReadFileFromMemory(content.data(), content.size(), 0, extension);
+        }
+    }
+    return importer.ReadFile(path, 0);
+}
+
+/** The wanted animation: by its name, however it is written, or by its number from 1. */
+const aiAnimation* ChooseAnimation(const aiScene& scene, const std::string& path, const std::string& wanted,
+    std::vector<std::string>& notes) {
+    const std::span animations(scene.mAnimations, scene.mNumAnimations);
+    if (animations.empty() && wanted.empty()) {
+        return nullptr;
+    }
+    std::vector<std::string> names;
+    for (size_t i = 0; i < animations.size(); ++i) {
+        const std::string name = animations[i]->mName.C_Str();
+        if (!wanted.empty() && (name == wanted || LowerCase(name) == LowerCase(wanted))) {
+            return animations[i];
+        }
+        names.push_back(fmt::format("{} '{}'", i + 1, name));
+    }
+    if (wanted.empty()) {
+        if (animations.size() > 1) {
+            notes.push_back(
+                fmt::format("'{}' has {} animations; the first, '{}', is taken; --animation chooses: {}",
+                    path, animations.size(), animations[0]->mName.C_Str(), fmt::join(names, ", ")));
+        }
+        return animations[0];
+    }
+    size_t number = 0;
+    const char* const end = wanted.data() + wanted.size();
+    const auto parsed = std::from_chars(wanted.data(), end, number);
+    if (parsed.ptr != end || number < 1 || number > animations.size()) {
+        throw Failure(fmt::format("--animation {}: '{}' has {}", wanted, path,
+            names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "))));
+    }
+    return animations[number - 1];
+}
+
 } // namespace
 
-Motion ReadScene(const std::string& path, std::vector<std::string>& notes) {
-    // The reader says little about a file that isn't there.
-    CheckReadable(path);
+Motion ReadScene(
+    const std::string& path, FileFormat format, const ReadOptions& options, std::vector<std::string>& notes) {
+    const std::string content = ReadTextFile(path);
     Assimp::Importer importer;
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-    const aiScene* scene = importer.ReadFile(path, 0);
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
+    const aiScene* scene = Import(importer, path, format, content);
     if (scene == nullptr || scene->mRootNode == nullptr) {
         throw Failure(fmt::format(
             "can't read '{}': {}; export it again or as another format", path, importer.GetErrorString()));
     }
+    const bool isGLTF = format == FileFormat::GLB || format == FileFormat::GLTF;
     Motion motion;
     motion.path = path;
-    const SceneSkeleton skeleton(path, *scene);
+    const aiAnimation* const animation = ChooseAnimation(*scene, path, options.animation, notes);
+    const SceneSkeleton skeleton(path, *scene, animation, isGLTF);
     motion.skeleton = skeleton.Skeleton();
-    ReadStatedSpace(*scene, path, motion);
-    if (scene->mNumAnimations > 0) {
-        SampleAnimation(*scene->mAnimations[0], skeleton, motion);
+    ReadStatedSpace(*scene, format, motion);
+    if (isGLTF) {
+        for (const auto& [bone, node] : ReadHumanoidTable(JSONOfGLTF(content))) {
+            const int joint = skeleton.JointOfNode(node);
+            if (joint >= 0) {
+                motion.skeleton.humanoid.emplace(bone, joint);
+            }
+        }
     }
-    if (scene->mNumAnimations > 1) {
-        notes.push_back(fmt::format("'{}' has {} animations; the first, '{}', is taken", path,
-            scene->mNumAnimations, scene->mAnimations[0]->mName.C_Str()));
+    if (animation != nullptr) {
+        motion.animationName = animation->mName.C_Str();
+        // The importer counts FBX's time in frames.
+        const std::optional<double> statedRate =
+            format == FileFormat::FBX ? std::optional(TicksPerSecond(*animation)) : std::nullopt;
+        SampleAnimation(*animation, statedRate, options.framesPerSecond, skeleton, motion);
     }
     return motion;
 }

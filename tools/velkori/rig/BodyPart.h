@@ -1,10 +1,12 @@
 #pragma once
 
-#include "rig/JointName.h"
+#include <optional>
+#include <string_view>
 
 namespace Velkori_Tool {
 
-/** The parts of a body that joints are named after. */
+/** The parts of a body that joints are named after. Neighbours in the list are neighbours in the body,
+ * mostly. */
 enum class BodyPart {
     Root,
     Hips,
@@ -21,12 +23,23 @@ enum class BodyPart {
     LowerLeg,
     Ankle,
     Toe,
+    Eye,
+    Jaw,
+    Palm,
+    Thumb,
+    Index,
+    Middle,
+    Ring,
+    Little,
 };
 
-/** How well a name fits a part, 0 to 1. Some words fit two: a "shoulder" is a clavicle or an upper arm. */
-float NameFit(const JointName& name, BodyPart part);
+/** The part by its name in a file of names: "upperarm". */
+std::optional<BodyPart> FindBodyPart(std::string_view name);
 
-/** The name clearly belongs to another part, or to none of the body. */
-bool NamesAnotherPart(const JointName& name, BodyPart part);
+/** Whether a body has two of it. */
+bool HasSides(BodyPart part);
+
+/** Thumb, index, middle, ring and little finger. */
+bool IsNamedFinger(BodyPart part);
 
 } // namespace Velkori_Tool

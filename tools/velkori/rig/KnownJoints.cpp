@@ -1,7 +1,5 @@
 #include "rig/KnownJoints.h"
 
-#include "rig/BodyPart.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -42,7 +40,12 @@ struct Limb {
     float hierarchy = 0.0f;
     float position = 0.0f;
 
-    float Score() const { return 0.3f * upperName + 0.3f * endName + 0.2f * hierarchy + 0.2f * position; }
+    /** Whether a mesh is bound to both ends, of a rig where some joints only control others. */
+    float skin = 0.0f;
+
+    float Score() const {
+        return 0.3f * upperName + 0.3f * endName + 0.2f * hierarchy + 0.2f * position + 0.1f * skin;
+    }
 };
 
 /** 1 inside a range and falling to 0 within `margin` outside it. */
@@ -53,10 +56,11 @@ float FitRange(float value, float lowest, float highest, float margin) {
 
 class KnownJointFinder {
   public:
-    KnownJointFinder(const FileSkeleton& skeleton, const Vector3& up) : skeleton(skeleton), up(up) {
+    KnownJointFinder(const FileSkeleton& skeleton, std::span<const JointName> names,
+        std::span<const Transform> pose, const Vector3& up)
+        : skeleton(skeleton), names(names), pose(pose), up(up) {
         for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
-            names.push_back(ParseJointName(skeleton.jointNames[joint]));
-            heights.push_back(Dot(up, skeleton.bindPose[joint].position));
+            heights.push_back(Dot(up, pose[joint].position));
             childCounts.push_back(0);
             if (skeleton.parents[joint] >= 0) {
                 ++childCounts[skeleton.parents[joint]];
@@ -142,7 +146,7 @@ class KnownJointFinder {
         return share * fit;
     }
 
-    const Vector3& Position(int joint) const { return skeleton.bindPose[joint].position; }
+    const Vector3& Position(int joint) const { return pose[joint].position; }
 
     float Distance(int a, int b) const { return Length(Position(a) - Position(b)); }
 
@@ -183,6 +187,7 @@ class KnownJointFinder {
         limb.endName = NameFit(names[end], kind.end);
         const float branches = childCounts[end] != 1 ? 0.2f : 0.0f;
         limb.hierarchy = MiddleFit(kind, upper, end) + (kind.end == BodyPart::Ankle ? 0.2f : branches);
+        limb.skin = IsSkinned(upper) && IsSkinned(end) ? 1.0f : 0.0f;
         constexpr float margin = 0.12f;
         limb.position =
             (FitRange(heights[upper], kind.lowestUpper, kind.highestUpper, margin) +
@@ -191,6 +196,8 @@ class KnownJointFinder {
             3.0f;
         return limb;
     }
+
+    bool IsSkinned(int joint) const { return !skeleton.isSkinned.empty() && skeleton.isSkinned[joint]; }
 
     bool CanBe(int joint, BodyPart part) const { return !NamesAnotherPart(names[joint], part); }
 
@@ -297,11 +304,23 @@ class KnownJointFinder {
         return Cross(up, forward);
     }
 
-    void SetLimb(const LimbKind& kind, const Limb& limb, Side side, velkori_KnownJointType upperRole,
+    /** Of a wrist and a hand below it, or an ankle and a foot, the limb ends at the first. */
+    int FirstEnd(const LimbKind& kind, const Limb& limb) const {
+        constexpr float wellNamed = 0.9f;
+        int end = limb.end;
+        for (int joint = limb.end; joint >= 0 && joint != limb.upper; joint = skeleton.parents[joint]) {
+            end = NameFit(names[joint], kind.end) >= wellNamed ? joint : end;
+        }
+        return end;
+    }
+
+    void SetLimb(const LimbKind& kind, Limb limb, Side side, velkori_KnownJointType upperRole,
         velkori_KnownJointType endRole) {
+        limb.end = FirstEnd(kind, limb);
         if (limb.upper < 0) {
             SetByName(upperRole, kind.upper, side);
             SetByName(endRole, kind.end, side);
+            EndLimbNear(upperRole, endRole);
             return;
         }
         const float structure = 0.15f * limb.hierarchy + 0.15f * limb.position;
@@ -317,6 +336,31 @@ class KnownJointFinder {
         Set(upperRole, limb.upper, 0.55f * limb.upperName + sideShare + structure,
             reasons(limb.upper, limb.upperName));
         Set(endRole, limb.end, 0.55f * limb.endName + sideShare + structure, reasons(limb.end, limb.endName));
+    }
+
+    /** In rigs with IK the foot hangs elsewhere: the limb itself ends in the joint that stands where it is.
+     */
+    void EndLimbNear(velkori_KnownJointType upperRole, velkori_KnownJointType endRole) {
+        const int upper = Joint(upperRole);
+        const int end = Joint(endRole);
+        if (upper < 0 || end < 0 || IsAncestorOrSelf(upper, end) || overrides.count(endRole) > 0) {
+            return;
+        }
+        constexpr float farthest = 0.12f;
+        float nearest = farthest * bodyHeight;
+        int own = -1;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            if (joint != upper && skeleton.parents[joint] != upper && IsAncestorOrSelf(upper, joint) &&
+                Distance(joint, end) < nearest) {
+                nearest = Distance(joint, end);
+                own = joint;
+            }
+        }
+        if (own >= 0) {
+            Set(endRole, own, 0.65f,
+                fmt::format(
+                    "ends the limb where '{}' stands, which hangs elsewhere", skeleton.jointNames[end]));
+        }
     }
 
     /** A joint of a limb that isn't whole, if its name leaves no doubt. */
@@ -350,7 +394,7 @@ class KnownJointFinder {
         }
         joint = joint < 0 ? BestNamed(BodyPart::Chest) : joint;
         const float fit = joint < 0 ? 0.0f : NameFit(names[joint], BodyPart::Chest);
-        Set(velkori_KnownJointType_Chest, joint, 0.5f + 0.5f * fit,
+        Set(velkori_KnownJointType_Chest, joint, TrunkSureness(fit),
             TrunkReasons(joint, fit, "both arms hang from it"));
     }
 
@@ -369,7 +413,7 @@ class KnownJointFinder {
         if (best < 0 && chest >= 0) {
             best = ChildTowardsTop(chest);
         }
-        Set(velkori_KnownJointType_Neck, best, 0.35f + 0.65f * bestFit,
+        Set(velkori_KnownJointType_Neck, best, TrunkSureness(bestFit) - (bestFit > 0.0f ? 0.0f : 0.05f),
             TrunkReasons(best, bestFit, "leads from the chest to the head"));
     }
 
@@ -412,7 +456,7 @@ class KnownJointFinder {
         }
         joint = joint < 0 ? BestNamed(BodyPart::Hips) : joint;
         const float fit = joint < 0 ? 0.0f : NameFit(names[joint], BodyPart::Hips);
-        Set(velkori_KnownJointType_Hips, joint, 0.5f + 0.5f * fit,
+        Set(velkori_KnownJointType_Hips, joint, TrunkSureness(fit),
             TrunkReasons(joint, fit, "legs and trunk hang from it"));
     }
 
@@ -427,6 +471,17 @@ class KnownJointFinder {
         const float fit = isRoot ? NameFit(names[top], BodyPart::Root) : 0.0f;
         Set(velkori_KnownJointType_Root, isRoot ? top : -1, 0.6f + 0.4f * fit,
             TrunkReasons(isRoot ? top : -1, fit, "stands above the hips on the ground"));
+    }
+
+    /** A joint that the limbs hang from is as sure as these are; its own name adds the rest. */
+    float TrunkSureness(float nameFit) const {
+        float least = 1.0f;
+        for (const auto role : {velkori_KnownJointType_LeftUpperLeg, velkori_KnownJointType_RightUpperLeg,
+                 velkori_KnownJointType_LeftUpperArm, velkori_KnownJointType_RightUpperArm}) {
+            least = std::min(least, 0.01f * static_cast<float>(guesses.at(role).percent));
+        }
+        const float structure = 0.4f + 0.3f * least;
+        return structure + (1.0f - structure) * nameFit;
     }
 
     std::string TrunkReasons(int joint, float nameFit, std::string_view place) const {
@@ -451,8 +506,9 @@ class KnownJointFinder {
     }
 
     const FileSkeleton& skeleton;
-    const Vector3& up;
-    std::vector<JointName> names;
+    std::span<const JointName> names;
+    std::span<const Transform> pose;
+    Vector3 up;
     /** Above the lowest joint, in parts of the body's height. */
     std::vector<float> heights;
     std::vector<int> childCounts;
@@ -463,14 +519,14 @@ class KnownJointFinder {
 
 } // namespace
 
-KnownJointGuesses GuessKnownJoints(
-    const FileSkeleton& skeleton, const Vector3& up, const KnownJointOverrides& overrides) {
-    return KnownJointFinder(skeleton, up).Find(overrides);
+KnownJointGuesses GuessKnownJoints(const FileSkeleton& skeleton, std::span<const JointName> names,
+    std::span<const Transform> pose, const Vector3& up, const KnownJointOverrides& overrides) {
+    return KnownJointFinder(skeleton, names, pose, up).Find(overrides);
 }
 
-std::vector<int> KnownJointCandidates(
-    const FileSkeleton& skeleton, const Vector3& up, velkori_KnownJointType role) {
-    return KnownJointFinder(skeleton, up).Candidates(role);
+std::vector<int> KnownJointCandidates(const FileSkeleton& skeleton, std::span<const JointName> names,
+    std::span<const Transform> pose, const Vector3& up, velkori_KnownJointType role) {
+    return KnownJointFinder(skeleton, names, pose, up).Candidates(role);
 }
 
 } // namespace Velkori_Tool

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "motion/Motion.h"
+#include "rig/JointName.h"
 
 #include <array>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -25,14 +27,15 @@ using KnownJointGuesses = std::array<KnownJointGuess, VELKORI_KNOWN_JOINT_COUNT>
 using KnownJointOverrides = std::map<velkori_KnownJointType, int>;
 
 /**
- * Finds the known joints by their names and by where they stand, in the hierarchy and in the bind pose. `up`
- * is the axis that points up. A root is found only if the skeleton has one on the ground.
+ * Finds the known joints by their names and by where they stand, in the hierarchy and in `pose`, the
+ * skeleton's rest pose. `up` is the axis that points up. A root is found only if the skeleton has one on the
+ * ground. `names` are the joints' names, as ParseJointNames() gives them.
  */
-KnownJointGuesses GuessKnownJoints(
-    const FileSkeleton& skeleton, const Vector3& up, const KnownJointOverrides& overrides);
+KnownJointGuesses GuessKnownJoints(const FileSkeleton& skeleton, std::span<const JointName> names,
+    std::span<const Transform> pose, const Vector3& up, const KnownJointOverrides& overrides);
 
 /** The joints that come closest to a role that nothing was found for, best first. */
-std::vector<int> KnownJointCandidates(
-    const FileSkeleton& skeleton, const Vector3& up, velkori_KnownJointType role);
+std::vector<int> KnownJointCandidates(const FileSkeleton& skeleton, std::span<const JointName> names,
+    std::span<const Transform> pose, const Vector3& up, velkori_KnownJointType role);
 
 } // namespace Velkori_Tool

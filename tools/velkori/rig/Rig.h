@@ -2,30 +2,33 @@
 
 #include "host/Library.h"
 #include "motion/Motion.h"
+#include "rig/BodyView.h"
 #include "rig/KnownJoints.h"
+#include "rig/RigFile.h"
 
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace Velkori_Tool {
 
+/** A named subset of a skeleton's joints. */
+struct Manifestation {
+    std::string name;
+    std::vector<std::string> joints;
+};
+
 /** How a rig is to be made of a file's skeleton. */
 struct RigOptions {
     velkori_SkeletonType type = velkori_SkeletonType_Source;
-    /** "bind", "zero" or "frame:N" with frames counted from 0. */
-    std::string rest = "bind";
-    std::optional<double> metresPerUnit;
-    /** "leftWrist=LeftHand"; without a joint for a role that the skeleton doesn't have. */
-    std::vector<std::string> known;
+    BodyOptions body;
     /** Factors of the minimum and maximum rest poses. What lies between two poses is measured by their
         difference, so rigs need a real one; the rest pose is in its middle. */
     float smallest = 0.85f;
     float largest = 1.15f;
+    /** Joints that get no generated mapping. */
     std::vector<std::string> excluded;
-    /** "upper=Hips,Spine". */
-    std::vector<std::string> manifestations;
+    std::vector<Manifestation> manifestations;
 };
 
 /** A file's skeleton as the library can take it. */
@@ -36,7 +39,13 @@ struct Rig {
     /** Where up, forward and right are in the file's axes. */
     velkori_CoordinateSpace_ space = {};
     double metresPerUnit = 1.0;
+    /** What the file itself says of its unit; 1 if nothing. */
+    double statedMetresPerUnit = 1.0;
+    /** Where the origin of the rest pose is, in the file's axes and unit. */
+    Vector3 origin = {0.0f, 0.0f, 0.0f};
     KnownJointGuesses known;
+    /** Roles that no joint looks like, though nobody said that there is none, and what comes nearest. */
+    std::vector<std::pair<velkori_KnownJointType, std::vector<std::string>>> missing;
     /** What was decided, a line each. */
     std::vector<std::string> remarks;
 };
@@ -44,17 +53,12 @@ struct Rig {
 /** The name of the ground root that a skeleton gets if it has none. */
 inline constexpr const char* groundRootName = "GroundRoot";
 
-/** Where up, forward and right are in a file: from what it states, and from its body's bind pose. */
-velkori_CoordinateSpace_ FindSpace(const Motion& motion, const KnownJointOverrides& overrides);
-
-/** Throws Failure if a known joint can't be found or an option names what isn't there. */
 Rig MakeRig(const Motion& motion, const RigOptions& options);
 
 /** Makes the configuration with the rig as its only skeleton. */
 Configuration MakeConfiguration(const Rig& rig, const RigOptions& options);
 
-/** Reads a rig's file, or one of the skeletons' documents, as a configuration. */
-Configuration LoadRigOrDocument(
-    const std::string& path, velkori_SkeletonType type, std::vector<std::string>& notes);
+/** Which file a rig was made of. */
+RigFile FileOf(const Rig& rig, const std::string& path);
 
 } // namespace Velkori_Tool

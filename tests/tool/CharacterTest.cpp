@@ -1,0 +1,284 @@
+#include "SkinnedFile.h"
+#include "ToolRun.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+namespace Velkori_Tool_Test {
+namespace {
+
+using JSON = nlohmann::json;
+
+double Distance(const Point& a, const Point& b) {
+    return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
+}
+
+double AngleBetween(const Point& a, const Point& b) {
+    const double cosine =
+        (a.x * b.x + a.y * b.y + a.z * b.z) / (std::hypot(a.x, a.y, a.z) * std::hypot(b.x, b.y, b.z));
+    return std::acos(std::clamp(cosine, -1.0, 1.0)) * 180.0 / std::acos(-1.0);
+}
+
+Point Way(const std::vector<Point>& places, int from, int to) {
+    return {places[to].x - places[from].x, places[to].y - places[from].y, places[to].z - places[from].z};
+}
+
+constexpr int squatFrames = 60;
+
+/** Both legs bend and stretch over feet that stay, and the arms swing; then the body goes a step to the side.
+ */
+BipedFile SquatFile() {
+    BipedFile file;
+    file.frameCount = squatFrames;
+    file.frameSeconds = 1.0 / 30.0;
+    file.motion = [](int joint, int frame) {
+        const double pi = std::acos(-1.0);
+        const double bend = 25.0 - 25.0 * std::cos(2.0 * pi * frame / (squatFrames - 1));
+        JointMotion motion;
+        const auto isOneOf = [&](int left, int right) { return joint == left || joint == right; };
+        if (joint == Hips) {
+            // Thigh and shin are as long, and lean by the same angle to either side of the knee.
+            const double lean = std::atan2(0.01, 0.42);
+            const double length = std::hypot(0.42, 0.01);
+            motion.moved.y = -2.0 * length * (std::cos(lean) - std::cos(lean + bend * pi / 180.0));
+        } else if (isOneOf(LeftUpperLeg, RightUpperLeg) || isOneOf(LeftFoot, RightFoot)) {
+            motion.degrees.x = -bend;
+        } else if (isOneOf(LeftLowerLeg, RightLowerLeg)) {
+            motion.degrees.x = 2.0 * bend;
+        } else if (isOneOf(LeftUpperArm, RightUpperArm)) {
+            motion.degrees = {0.0, bend, joint == LeftUpperArm ? -60.0 : 60.0};
+        } else if (isOneOf(LeftLowerArm, RightLowerArm)) {
+            motion.degrees.y = joint == LeftLowerArm ? -bend : bend;
+        }
+        return motion;
+    };
+    return file;
+}
+
+/** A body of other proportions: short legs with long thighs, wide hips, a long trunk. */
+SkinnedFile OtherBody() {
+    SkinnedFile file;
+    for (int joint = 0; joint < BipedJointCount; ++joint) {
+        Point& p = file.positions.at(joint);
+        const bool isLeg = (joint >= LeftUpperLeg && joint <= LeftToe) || joint >= RightUpperLeg;
+        const int part = (joint - LeftUpperLeg) % (RightClavicle - LeftClavicle);
+        constexpr std::array<double, 4> heights = {0.72, 0.36, 0.10, 0.0};
+        if (isLeg) {
+            p.x *= 1.4;
+            p.y = heights.at(part);
+        } else {
+            p.y = 0.74 + (p.y - 0.95) * 1.1;
+        }
+    }
+    return file;
+}
+
+/** A directory with the squat, a character and the configuration between them. */
+class Character : public testing::Test {
+  protected:
+    void Prepare(const SkinnedFile& file, const std::string& name = "hero.glb") {
+        hero = directory.Write(name, file.Bytes());
+        const ToolRun run = RunTool({"prepare", "--source", clip, "--target", hero, "-o", config});
+        ASSERT_EQ(run.exitCode, 0) << run.errors;
+    }
+
+    GLBFile Retarget(std::vector<std::string> options = {}, const std::string& out = "out.glb") {
+        std::vector<std::string> arguments = {"retarget", config, clip, "-o", directory.Path(out)};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const ToolRun run = RunTool(arguments);
+        EXPECT_EQ(run.exitCode, 0) << run.errors << run.output;
+        return GLBFile(ReadFile(directory.Path(out)));
+    }
+
+    static int Node(const GLBFile& file, int joint) { return file.NodeNamed(PlainNames().at(joint)); }
+
+    TestDirectory directory;
+    std::string clip = directory.Write("squat.bvh", SquatFile().Text());
+    std::string config = directory.Path("config.json");
+    std::string hero;
+};
+
+TEST_F(Character, ComesBackAsItWasWithOneMoreAnimation) {
+    for (const bool isScaled : {false, true}) {
+        SkinnedFile skinned = OtherBody();
+        skinned.isUnderScaledArmature = isScaled;
+        Prepare(skinned);
+        const GLBFile before(ReadFile(hero));
+        const GLBFile after = Retarget();
+        for (const auto& [member, value] : before.document.items()) {
+            const JSON& now = after.document[member];
+            if (member == "buffers") {
+                continue;
+            }
+            // Lists only grow, and what they held is as it was.
+            const bool grows = member == "animations" || member == "accessors" || member == "bufferViews";
+            ASSERT_EQ(now.size() > value.size(), grows) << member;
+            for (size_t i = 0; value.is_array() && i < value.size(); ++i) {
+                EXPECT_EQ(now[i], value[i]) << member << " " << i;
+            }
+            EXPECT_TRUE(value.is_array() || now == value) << member;
+        }
+        ASSERT_EQ(after.document["animations"].size(), 2U);
+        EXPECT_EQ(after.document["animations"][1]["name"], "squat");
+        EXPECT_EQ(after.FrameCount(), squatFrames);
+        EXPECT_EQ(before.Floats(2), after.Floats(2));
+        // It stands in the world as the skeleton alone does.
+        const GLBFile bones = Retarget({"--bones"}, "bones.glb");
+        for (const int frame : {0, 10, 30}) {
+            const std::vector<Point> places = after.Frame(frame);
+            const std::vector<Point> expected = bones.Frame(frame);
+            for (int joint = 0; joint < BipedJointCount; ++joint) {
+                EXPECT_LT(Distance(places[Node(after, joint)], expected[Node(bones, joint)]), 1e-4)
+                    << PlainNames().at(joint) << " in frame " << frame;
+            }
+        }
+    }
+}
+
+TEST_F(Character, KeepsItsBonesAndItsFeetWhereTheyStand) {
+    const SkinnedFile skinned = OtherBody();
+    Prepare(skinned);
+    const GLBFile result = Retarget();
+    const auto node = [&](int joint) { return Node(result, joint); };
+    const double sourceLeg = 2.0 * std::hypot(0.42, 0.01);
+    const double targetLeg = Distance(skinned.positions[LeftUpperLeg], skinned.positions[LeftLowerLeg]) +
+                             Distance(skinned.positions[LeftLowerLeg], skinned.positions[LeftFoot]);
+    const double firstHeight = result.Frame(0)[node(LeftUpperLeg)].y;
+    double lowest = 0.0;
+    std::vector<Point> before;
+    for (int frame = 0; frame < squatFrames; ++frame) {
+        const std::vector<Point> places = result.Frame(frame);
+        for (int joint = 1; joint < BipedJointCount; ++joint) {
+            const int parent = bipedParents.at(joint);
+            EXPECT_NEAR(Distance(places[node(joint)], places[node(parent)]),
+                Distance(skinned.positions.at(joint), skinned.positions.at(parent)), 1e-4)
+                << PlainNames().at(joint);
+        }
+        for (const int foot : {LeftFoot, RightFoot, LeftToe, RightToe}) {
+            EXPECT_NEAR(places[node(foot)].y, skinned.positions.at(foot).y, 0.005) << foot << " " << frame;
+            if (!before.empty()) {
+                EXPECT_LT(Distance(places[node(foot)], before[node(foot)]), 0.002) << foot << " " << frame;
+            }
+        }
+        // The hips' way is the captured one in the scale of the legs.
+        const double lowered = SquatFile().motion(Hips, frame).moved.y * targetLeg / sourceLeg;
+        EXPECT_NEAR(places[node(LeftUpperLeg)].y - firstHeight, lowered, 0.005) << frame;
+        lowest = std::min(lowest, lowered);
+        // Knees stay in front; the arm points as the captured one, whatever the body's proportions.
+        EXPECT_GT(places[node(LeftLowerLeg)].z, places[node(LeftUpperLeg)].z - 0.01);
+        const double armTurn = -60.0 * std::acos(-1.0) / 180.0;
+        if (frame == 0) {
+            EXPECT_LT(AngleBetween(Way(places, node(LeftUpperArm), node(LeftLowerArm)),
+                          {std::cos(armTurn), std::sin(armTurn), 0.0}),
+                0.5);
+        }
+        before = places;
+    }
+    EXPECT_LT(lowest, -0.2);
+}
+
+TEST_F(Character, CarriesItsWayWhereItIsToldTo) {
+    BipedFile walk = SquatFile();
+    walk.motion = [squat = walk.motion](int joint, int frame) {
+        JointMotion motion = squat(joint, frame);
+        motion.moved.z += joint == Hips ? 0.02 * frame : 0.0;
+        return motion;
+    };
+    clip = directory.Write("walk.bvh", walk.Text());
+    Prepare(SkinnedFile());
+    const auto way = [&](const GLBFile& file, int node) {
+        return file.Frame(squatFrames - 1)[node].z - file.Frame(0)[node].z;
+    };
+    const double expected = 0.02 * (squatFrames - 1);
+    const GLBFile onHips = Retarget({"--force"});
+    EXPECT_NEAR(way(onHips, Node(onHips, Hips)), expected, 0.01);
+    const GLBFile inPlace = Retarget({"--force", "--root-motion", "in-place"});
+    EXPECT_NEAR(way(inPlace, Node(inPlace, Hips)), 0.0, 0.01);
+    // The skeleton alone has the root joint that this character lacks.
+    const GLBFile onRoot = Retarget({"--force", "--root-motion", "root", "--bones"});
+    const int root = onRoot.NodeNamed("GroundRoot");
+    ASSERT_GE(root, 0);
+    EXPECT_NEAR(way(onRoot, root), expected, 0.01);
+    EXPECT_NEAR(onRoot.Frame(30)[root].y, 0.0, 1e-4);
+    EXPECT_NEAR(way(onRoot, Node(onRoot, Hips)), expected, 0.01);
+}
+
+TEST_F(Character, TakesSeveralClipsAndIsFoundElsewhere) {
+    Prepare(SkinnedFile());
+    const std::string other = directory.Write("other.bvh", SquatFile().Text());
+    const GLBFile both = Retarget({other});
+    ASSERT_EQ(both.document["animations"].size(), 3U);
+    EXPECT_EQ(both.document["animations"][2]["name"], "other");
+    // A directory gets a file for each.
+    const ToolRun run = RunTool({"retarget", config, clip, other, "-o", directory.Path("moves/"), "--bones"});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    for (const std::string name : {"moves/squat.glb", "moves/other.glb"}) {
+        EXPECT_EQ(GLBFile(ReadFile(directory.Path(name))).FrameCount(), squatFrames);
+    }
+    // The file was moved: without it there are bones, with its new place the character.
+    std::filesystem::rename(hero, directory.Path("moved.glb"));
+    EXPECT_EQ(Retarget().NodeNamed("Hat"), -1);
+    EXPECT_GE(Retarget({"--character", directory.Path("moved.glb")}).NodeNamed("Hat"), 0);
+}
+
+TEST_F(Character, IsMendedWhereItsWeightsDoNotSumUp) {
+    SkinnedFile skinned;
+    skinned.hasFaultyWeights = true;
+    Prepare(skinned);
+    const std::vector<float> weights = Retarget().Floats(1);
+    for (size_t i = 0; i < weights.size(); i += 4) {
+        EXPECT_NEAR(weights[i] + weights[i + 1] + weights[i + 2] + weights[i + 3], 1.0, 1e-6) << i;
+    }
+}
+
+TEST_F(Character, OfVRMGetsItsMotionAloneToo) {
+    SkinnedFile skinned;
+    skinned.isVRM = true;
+    Prepare(skinned);
+    const GLBFile motion = Retarget({}, "motion.vrma");
+    const JSON& bones = motion.document["extensions"]["VRMC_vrm_animation"]["humanoid"]["humanBones"];
+    EXPECT_EQ(bones["hips"]["node"], Node(motion, Hips));
+    EXPECT_EQ(bones["leftUpperArm"]["node"], Node(motion, LeftUpperArm));
+    EXPECT_FALSE(motion.document.contains("meshes"));
+    const std::vector<Point> expected = Retarget().Frame(20);
+    const std::vector<Point> places = motion.Frame(20);
+    for (const int joint : {Hips, LeftHand, RightFoot}) {
+        EXPECT_LT(Distance(places[Node(motion, joint)], expected[Node(motion, joint)]), 1e-5);
+    }
+    Prepare(SkinnedFile());
+    const ToolRun run = RunTool({"retarget", config, clip, "-o", directory.Path("other.vrma")});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.errors.find("no VRM table"), std::string::npos) << run.errors;
+}
+
+TEST_F(Character, IsScoredAndABadResultIsRefused) {
+    Prepare(OtherBody());
+    const ToolRun good = RunTool({"score", config, clip, "--json", "-"});
+    EXPECT_EQ(good.exitCode, 0) << good.errors;
+    const JSON report = JSON::parse(good.output)["clips"][0];
+    EXPECT_EQ(report["measures"]["boneLength"]["verdict"], "good");
+    EXPECT_LT(report["measures"]["limbDirection"]["value"], 2.0);
+    EXPECT_LT(report["measures"]["footSlide"]["value"], 0.5);
+    EXPECT_LT(report["measures"]["footHeight"]["value"], 0.5);
+    // With stretched bones the same clip changes them, as far as the bodies differ.
+    const ToolRun stretched =
+        RunTool({"score", config, clip, "--json", "-", "--behavior", "match-proportions"});
+    EXPECT_GT(JSON::parse(stretched.output)["clips"][0]["measures"]["boneLength"]["value"], 10.0);
+    // Driven from the other side, a body is bad, and says so unless that is wanted.
+    RunTool({"prepare", "--source", clip, "--target", hero, "-o", config, "--map", "LeftArm=RightArm",
+        "--map", "RightArm=LeftArm"});
+    const std::vector<std::string> retarget = {"retarget", config, clip, "-o", directory.Path("bad.glb")};
+    const ToolRun bad = RunTool(retarget);
+    EXPECT_EQ(bad.exitCode, 1) << bad.output;
+    EXPECT_NE(bad.errors.find("bad result"), std::string::npos) << bad.errors;
+    std::vector<std::string> forced = retarget;
+    forced.emplace_back("--force");
+    EXPECT_EQ(RunTool(forced).exitCode, 0);
+}
+
+} // namespace
+} // namespace Velkori_Tool_Test

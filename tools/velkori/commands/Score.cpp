@@ -1,0 +1,54 @@
+#include "commands/Commands.h"
+#include "commands/ScoreReport.h"
+
+#include <memory>
+
+namespace Velkori_Tool {
+
+namespace {
+
+struct ScoreCommand {
+    std::string configuration;
+    std::vector<std::string> clips;
+    std::string json;
+    bool acceptsBad = false;
+    RetargetOptions options;
+};
+
+void Run(ScoreCommand& command) {
+    const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
+    SayWarnings();
+    std::vector<ClipScore> scores;
+    for (const std::string& path : command.clips) {
+        std::vector<std::string> notes;
+        const Motion motion = ReadMotion(path, notes, command.options.clip.reading);
+        const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
+        SayNotes(notes);
+        scores.push_back({path, ScoreClip(configuration, clip), motion.isIncomplete});
+        if (command.json != "-") {
+            PrintScore(scores.back());
+        }
+    }
+    if (!command.json.empty()) {
+        WriteScores(command.json, command.configuration, scores);
+    }
+    CheckScores(scores, command.acceptsBad);
+}
+
+} // namespace
+
+void AddScoreCommand(CLI::App& program) {
+    auto command = std::make_shared<ScoreCommand>();
+    CLI::App& app = *program.add_subcommand(
+        "score", "Measure how near results come to their captures; exit with 1 if one is bad");
+    app.add_option("CONFIG", command->configuration, "The configuration, as 'velkori prepare' writes it")
+        ->required();
+    app.add_option("CLIP", command->clips, "The captured clips of the source's rig")->required();
+    app.add_option("--json", command->json, "Write the measures as JSON; - for standard output alone");
+    app.add_flag("--force", command->acceptsBad, "Exit with 0 even if a result is bad");
+    AddRetargetOptions(app, command->options);
+    app.footer("Example:\n  velkori score walk_to_hero.json walk.bvh run.bvh --json scores.json");
+    app.callback([command] { Run(*command); });
+}
+
+} // namespace Velkori_Tool

@@ -1,0 +1,363 @@
+#include "rig/BodyView.h"
+
+#include "Failure.h"
+#include "rig/BodyUnit.h"
+#include "rig/Posture.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace Velkori_Tool {
+
+namespace {
+
+constexpr std::array<Vector3, 6> axes = {Vector3{1.0f, 0.0f, 0.0f}, {-1.0f, 0.0f, 0.0f}, {0.0f, 1.0f, 0.0f},
+    {0.0f, -1.0f, 0.0f}, {0.0f, 0.0f, 1.0f}, {0.0f, 0.0f, -1.0f}};
+
+/** Below this, a pose is no standing person's. */
+constexpr float leastStanding = 0.4f;
+
+/** Known joints from VRM's names of bones. */
+constexpr std::array<std::pair<velkori_KnownJointType, const char*>, 11> humanoidRoles = {
+    std::pair{velkori_KnownJointType_Hips, "hips"}, {velkori_KnownJointType_RightUpperArm, "rightUpperArm"},
+    {velkori_KnownJointType_LeftUpperArm, "leftUpperArm"}, {velkori_KnownJointType_RightWrist, "rightHand"},
+    {velkori_KnownJointType_LeftWrist, "leftHand"}, {velkori_KnownJointType_Chest, "upperChest"},
+    {velkori_KnownJointType_Neck, "neck"}, {velkori_KnownJointType_RightUpperLeg, "rightUpperLeg"},
+    {velkori_KnownJointType_LeftUpperLeg, "leftUpperLeg"}, {velkori_KnownJointType_RightAnkle, "rightFoot"},
+    {velkori_KnownJointType_LeftAnkle, "leftFoot"}};
+
+class BodyViewer {
+  public:
+    BodyViewer(const Motion& motion, const BodyOptions& options)
+        : motion(motion), skeleton(motion.skeleton), options(options), overrides(options.known) {
+        for (const auto& [role, bone] : humanoidRoles) {
+            auto joint = skeleton.humanoid.find(bone);
+            if (joint == skeleton.humanoid.end() && role == velkori_KnownJointType_Chest) {
+                joint = skeleton.humanoid.find("chest");
+            }
+            if (joint != skeleton.humanoid.end()) {
+                fromTable.emplace_back(role, joint->second);
+                overrides.emplace(role, joint->second);
+            }
+        }
+    }
+
+    BodyView See() {
+        view.names = ParseJointNames(skeleton.jointNames, options.names);
+        FindJointsInSomePose();
+        ChooseRest();
+        const Posture posture = MeasurePosture(skeleton, view.rest, view.known);
+        const Vector3 up = ChooseUp(posture);
+        Upright(posture, up);
+        view.known = Guess(view.rest, up);
+        Face(up);
+        SetReasonsOfTable();
+        FindUnit();
+        return std::move(view);
+    }
+
+  private:
+    KnownJointGuesses Guess(std::span<const Transform> pose, const Vector3& up) const {
+        return GuessKnownJoints(skeleton, view.names, pose, up, overrides);
+    }
+
+    static int Sureness(const KnownJointGuesses& known) {
+        int sum = 0;
+        for (const KnownJointGuess& guess : known) {
+            sum += guess.percent;
+        }
+        return sum;
+    }
+
+    /** Names tell joints in any pose; without them it takes a pose of a body that stands. */
+    void FindJointsInSomePose() {
+        std::vector<std::span<const Transform>> poses = {skeleton.bindPose};
+        if (!skeleton.storedPose.empty()) {
+            poses.emplace_back(skeleton.storedPose);
+        }
+        constexpr int mostFrames = 5;
+        for (int i = 0; i < std::min(mostFrames, motion.frameCount); ++i) {
+            poses.push_back(motion.Frame(motion.frameCount * i / mostFrames));
+        }
+        int best = -1;
+        for (const std::span<const Transform> pose : poses) {
+            const Vector3 stated = options.up.value_or(motion.statedUp);
+            KnownJointGuesses known = Guess(pose, stated);
+            const Vector3 up = NearestAxis(MeasurePosture(skeleton, pose, known).up);
+            if (Dot(up, stated) < 0.5f && !options.up) {
+                known = Guess(pose, up);
+            }
+            // The bind pose is the one that others have to beat.
+            constexpr int clearlyMore = 60;
+            const int sureness = Sureness(known) - (best < 0 ? 0 : clearlyMore);
+            if (sureness > best) {
+                best = Sureness(known);
+                view.known = known;
+            }
+        }
+    }
+
+    float Standing(std::span<const Transform> pose) const {
+        return MeasurePosture(skeleton, pose, view.known).standing;
+    }
+
+    void ChooseRest() {
+        using Kind = RestChoice::Kind;
+        if (options.rest.kind == Kind::Frame) {
+            TakeFrame(options.rest.frame);
+        } else if (options.rest.kind == Kind::Zero) {
+            view.rest = ZeroPose();
+        } else {
+            view.rest = skeleton.bindPose;
+        }
+        std::string what = options.rest.kind == Kind::Frame  ? fmt::format("frame {}", options.rest.frame)
+                           : options.rest.kind == Kind::Zero ? "no joint turned"
+                                                             : "as it is bound";
+        if (options.rest.kind == Kind::Best && Standing(view.rest) < leastStanding) {
+            what = ChooseStandingPose();
+        }
+        view.remarks.push_back(fmt::format(
+            "rest pose: {} ({:.0f} % like a standing person)", what, 100.0f * Standing(view.rest)));
+    }
+
+    void TakeFrame(int frame) {
+        if (frame < 0 || frame >= motion.frameCount) {
+            throw Failure(fmt::format("frame {} can't be the rest pose: '{}' has {} frames, counted from 0",
+                frame, motion.path, motion.frameCount));
+        }
+        const auto pose = motion.Frame(frame);
+        view.rest.assign(pose.begin(), pose.end());
+        isFrame = true;
+    }
+
+    /** The bind pose is none: as the nodes are stored, or the frame that comes nearest. */
+    std::string ChooseStandingPose() {
+        std::string what = "as it is bound";
+        float best = Standing(view.rest);
+        if (!skeleton.storedPose.empty() && Standing(skeleton.storedPose) > best) {
+            best = Standing(skeleton.storedPose);
+            view.rest = skeleton.storedPose;
+            what = "as the nodes are stored";
+        }
+        constexpr int mostFrames = 120;
+        const int step = 1 + motion.frameCount / mostFrames;
+        int bestFrame = -1;
+        for (int frame = 0; frame < motion.frameCount; frame += step) {
+            const float standing = Standing(motion.Frame(frame));
+            if (standing > best) {
+                best = standing;
+                bestFrame = frame;
+            }
+        }
+        if (bestFrame < 0) {
+            return what;
+        }
+        TakeFrame(bestFrame);
+        return fmt::format("frame {}, as the file's own zero pose is no standing body", bestFrame);
+    }
+
+    std::vector<Transform> ZeroPose() const {
+        std::vector<Transform> pose = skeleton.bindPose;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            pose[joint].orientation = identityRotation;
+            const int parent = skeleton.parents[joint];
+            if (parent >= 0) {
+                const Vector3 offset =
+                    RelativeTo(skeleton.bindPose[parent], skeleton.bindPose[joint]).position;
+                pose[joint].position = pose[parent].position + offset;
+            }
+        }
+        return pose;
+    }
+
+    /** In which share of the frames the body's up is near each axis. */
+    std::array<float, axes.size()> UprightShares() const {
+        std::array<float, axes.size()> shares = {};
+        constexpr int mostFrames = 200;
+        const int step = 1 + motion.frameCount / mostFrames;
+        int count = 0;
+        for (int frame = 0; frame < motion.frameCount; frame += step) {
+            const Vector3 up = MeasurePosture(skeleton, motion.Frame(frame), view.known).up;
+            for (size_t axis = 0; axis < axes.size(); ++axis) {
+                constexpr float near = 0.7f;
+                shares.at(axis) += Dot(up, axes.at(axis)) > near ? 1.0f : 0.0f;
+            }
+            ++count;
+        }
+        for (float& share : shares) {
+            share /= static_cast<float>(std::max(count, 1));
+        }
+        return shares;
+    }
+
+    static size_t AxisIndex(const Vector3& axis) {
+        size_t index = 0;
+        while (index + 1 < axes.size() && Dot(axes.at(index), axis) < 0.5f) {
+            ++index;
+        }
+        return index;
+    }
+
+    /**
+     * The motion says where up is, as people are upright more often than not; without a clear word of it, the
+     * rest pose does, if it is a standing body's, and then the file's format.
+     */
+    Vector3 ChooseUp(const Posture& posture) {
+        if (options.up) {
+            AddUpRemark(*options.up, "as told");
+            return *options.up;
+        }
+        const bool stands = posture.standing >= leastStanding;
+        const Vector3 own = stands ? NearestAxis(posture.up) : motion.statedUp;
+        if (motion.frameCount < 1) {
+            const Vector3 up =
+                Length(posture.up) > 0.0f && Dot(posture.up, own) < 0.5f ? NearestAxis(posture.up) : own;
+            AddUpRemark(
+                up, fmt::format("from the rest pose, {:.0f} % certain", 50.0f + 50.0f * posture.standing));
+            return up;
+        }
+        const auto shares = UprightShares();
+        const size_t most = std::max_element(shares.begin(), shares.end()) - shares.begin();
+        const float ownShare = shares.at(AxisIndex(own));
+        // Somebody may lie or turn somersaults all clip long; that they stand up once settles it.
+        constexpr float once = 0.1f;
+        constexpr float nearlyAlways = 0.6f;
+        const bool restDecides = !isFrame && ownShare >= once;
+        const Vector3 up = !restDecides && shares.at(most) >= nearlyAlways ? axes.at(most)
+                           : isFrame && shares.at(most) > 2.0f * ownShare  ? axes.at(most)
+                                                                           : own;
+        AddUpRemark(up, fmt::format("the body is upright along it in {:.0f} % of the frames",
+                            100.0f * shares.at(AxisIndex(up))));
+        return up;
+    }
+
+    void AddUpRemark(const Vector3& up, const std::string& why) {
+        upRemark = fmt::format("up: {}, {}", AxisName(up), why);
+    }
+
+    void Turn(const Quaternion& turn, bool turnsAncestors) {
+        const int hips = view.known[velkori_KnownJointType_Hips].joint;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            const bool isAbove = hips >= 0 && joint != hips && IsAncestorOrSelf(skeleton, joint, hips);
+            Transform& transform = view.rest[joint];
+            transform.position = Rotate(turn, transform.position);
+            if (turnsAncestors || !isAbove) {
+                transform.orientation = Normalized(turn * transform.orientation);
+            }
+        }
+    }
+
+    /** A body that is bound lying, or that leans in the frame that was chosen, is stood up. */
+    void Upright(const Posture& posture, const Vector3& up) {
+        if (Length(posture.up) == 0.0f) {
+            return;
+        }
+        const Vector3 own = NearestAxis(posture.up);
+        if (Dot(own, up) < 0.5f) {
+            const bool isOpposite = Dot(own, up) < -0.5f;
+            const Vector3 side =
+                isOpposite && Length(posture.left) > 0.0f ? NearestAxis(posture.left) : Cross(own, up);
+            Turn(TurnAbout(side, isOpposite ? 180.0f : 90.0f), true);
+        }
+        const Vector3 now = MeasurePosture(skeleton, view.rest, view.known).up;
+        constexpr float leaning = 15.0f;
+        if (AngleBetween(now, up) > leaning) {
+            Turn(ShortestTurn(now, up), false);
+        }
+    }
+
+    /** Files are right-handed: forward follows from left and up. Most with y up face z, others face -y. */
+    void Face(const Vector3& up) {
+        const Vector3 usual = up.y != 0.0f ? Vector3{0.0f, 0.0f, 1.0f} : Vector3{0.0f, -1.0f, 0.0f};
+        const Vector3 left = WithoutAxis(MeasurePosture(skeleton, view.rest, view.known).left, up);
+        constexpr float clear = 0.1f;
+        const bool isClear = Length(left) > clear;
+        const Vector3 own = isClear ? Normalized(Cross(left, up)) : usual;
+        const Vector3 forward = options.facing ? *options.facing : NearestAxis(own);
+        if (std::fabs(Dot(forward, up)) > 0.5f) {
+            throw Failure(fmt::format(
+                "'{}': the body can't face {} where up is {}", motion.path, AxisName(forward), AxisName(up)));
+        }
+        constexpr float noticeable = 3.0f;
+        const float angle = AngleBetween(own, forward);
+        if (!options.facing && angle > noticeable) {
+            Turn(ShortestTurn(own, forward), false);
+        }
+        if (isFrame) {
+            StandOverRoot(up);
+        }
+        view.space = {up, forward, Cross(forward, up)};
+        view.remarks.push_back(fmt::format("{}; the body faces {}{}", upRemark, AxisName(forward),
+            isClear ? "" : ", as most files have it"));
+    }
+
+    /** In a frame the body is anywhere; at rest it stands over the origin, and what is above the hips there.
+     */
+    void StandOverRoot(const Vector3& up) {
+        const int hips = view.known[velkori_KnownJointType_Hips].joint;
+        if (hips < 0) {
+            return;
+        }
+        const float ground = MeasureBodySpan(skeleton, view.rest, view.known, up).lowest;
+        const Vector3 place = WithoutAxis(view.rest[hips].position, up) + up * ground;
+        for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
+            const bool isAbove = joint != hips && IsAncestorOrSelf(skeleton, joint, hips);
+            Vector3& position = view.rest[joint].position;
+            position = isAbove ? Vector3{0.0f, 0.0f, 0.0f} : position - place;
+        }
+    }
+
+    void SetReasonsOfTable() {
+        for (const auto& [role, joint] : fromTable) {
+            if (options.known.count(role) == 0) {
+                view.known.at(role) = {joint, 100, "the file's own humanoid table"};
+            }
+        }
+    }
+
+    void FindUnit() {
+        if (options.metresPerUnit) {
+            view.metresPerUnit = *options.metresPerUnit;
+            return;
+        }
+        const BodySpan span = MeasureBodySpan(skeleton, view.rest, view.known, view.space.up);
+        const double height = span.highest - span.lowest;
+        if (!(height > 0.0)) {
+            throw Failure(fmt::format("'{}': the rest pose has no height; choose another", motion.path));
+        }
+        const BodyUnit unit = FindBodyUnit(height, motion.statedMetresPerUnit);
+        view.metresPerUnit = unit.metres;
+        view.remarks.push_back(
+            fmt::format("unit: {}; the body is {:.2f} m high", unit.reason, height * unit.metres));
+    }
+
+    const Motion& motion;
+    const FileSkeleton& skeleton;
+    const BodyOptions& options;
+    KnownJointOverrides overrides;
+    std::vector<std::pair<velkori_KnownJointType, int>> fromTable;
+    bool isFrame = false;
+    std::string upRemark;
+    BodyView view;
+};
+
+} // namespace
+
+Vector3 NearestAxis(const Vector3& direction) {
+    return *std::max_element(axes.begin(), axes.end(),
+        [&](const Vector3& a, const Vector3& b) { return Dot(a, direction) < Dot(b, direction); });
+}
+
+std::string AxisName(const Vector3& axis) {
+    return fmt::format("{}{}", axis.x + axis.y + axis.z < 0.0f ? "-" : "",
+        axis.x != 0.0f ? "x" : (axis.y != 0.0f ? "y" : "z"));
+}
+
+BodyView SeeBody(const Motion& motion, const BodyOptions& options) {
+    return BodyViewer(motion, options).See();
+}
+
+} // namespace Velkori_Tool
