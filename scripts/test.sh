@@ -13,27 +13,28 @@ scripts/install-packages.sh abigail-tools binutils blender build-essential clang
 scripts/install-npm-packages.sh
 
 jobs=$(nproc)
+heading() { printf '\n== %s, after %d:%02d ==\n' "$1" $((SECONDS / 60)) $((SECONDS % 60)); }
 build_and_test() {
     local preset=$1
-    printf '\n== %s ==\n' "$preset"
+    heading "$preset"
     cmake --preset "$preset" >/dev/null
     cmake --build --preset "$preset" -j "$jobs"
     ctest --preset "$preset" -j "$jobs"
 }
 
 build_and_test release
-printf '\n== package ==\n'
+heading "package"
 scripts/package.sh --check x64-linux
 build_and_test clang
-printf '\n== style ==\n'
+heading "style"
 scripts/check-style.sh build/clang
 build_and_test sanitize
-printf '\n== binary interface ==\n'
+heading "binary interface"
 scripts/check-abi.sh
-printf '\n== platforms ==\n'
+heading "platforms"
 # The others take longer to install or to build; test-platforms.sh without names has them all.
 scripts/test-platforms.sh x86-64-v3 libcxx x86-linux arm64-linux
-printf '\n== fuzzers ==\n'
+heading "fuzzers"
 scripts/fuzz.sh --seconds 20
 
-printf '\nAll tests passed.\n'
+heading "all tests passed"
