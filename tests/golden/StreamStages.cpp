@@ -4,6 +4,7 @@
 #include "Stages.h"
 
 #include <array>
+#include <cmath>
 #include <cstring>
 #include <numeric>
 
@@ -153,6 +154,48 @@ class Link {
     Hash interpolated;
 };
 
+// From which rotation on a joint goes out, by one threshold after another: the cosine of half the turn, found
+// to its last bit, as a record is longer with such a joint.
+Hash RotationThresholds(const std::string& document) {
+    const Instance sender(document);
+    Transforms pose = RestPose(sender.handle, Target, Min, LocalSpace);
+    std::vector<std::int32_t> joints(pose.size());
+    std::iota(joints.begin(), joints.end(), 0);
+    const auto recordSize = [&](std::int32_t ack, float cosine) {
+        const auto sine = static_cast<float>(std::sqrt(1.0 - static_cast<double>(cosine) * cosine));
+        for (velkori_Transform_& joint : pose) {
+            joint.orientation = {sine, 0, 0, cosine};
+        }
+        std::int32_t size = 0;
+        MUST(velkori_createSnapshot(sender.handle, ack, 0));
+        MUST(velkori_snapshotSkeleton(sender.handle, Target, pose.data(), joints.data(), Count(joints)));
+        MUST(velkori_serializeSnapshot(sender.handle, nullptr, &size));
+        return size;
+    };
+    const auto fromBits = [](std::uint32_t bits) {
+        float number = 0;
+        std::memcpy(&number, &bits, sizeof number);
+        return number;
+    };
+    Hash hash;
+    for (int step = 1; step <= 300; ++step) {
+        const velkori_SerializationSettings_ settings = {
+            velkori_CompressionType_Max, 1, static_cast<float>(step) * 0.59375F, 1, 254};
+        MUST(velkori_updateSerializationSettings(sender.handle, &settings));
+        recordSize(-1, 1);
+        const std::int32_t sizeAtRest = recordSize(0, 1);
+        // Positive floats are ordered as their bits are.
+        std::uint32_t turned = 0;
+        std::uint32_t resting = 0x3F800000;
+        while (resting - turned > 1) {
+            const std::uint32_t middle = turned + (resting - turned) / 2;
+            (recordSize(0, fromBits(middle)) > sizeAtRest ? turned : resting) = middle;
+        }
+        hash.Add(turned);
+    }
+    return hash;
+}
+
 Hash Headers() {
     velkori_StartHeader_ header = {};
     std::strcpy(header.text0, "first");
@@ -184,5 +227,6 @@ void RunStreamStages(Stages& stages, const Samples& samples) {
     for (const StreamOptions& options : streams) {
         Link(samples.full, options).Run(stages);
     }
+    stages.emplace_back("stream/rotation-thresholds", RotationThresholds(samples.simple));
     stages.emplace_back("stream/headers", Headers());
 }
