@@ -269,8 +269,9 @@ VELKORI_ENUM(velkori_RetargetingRootMotionBehavior){
     /** The root stays as it was tracked. */
     velkori_RetargetingRootMotionBehavior_Unchanged = 1,
     /** The root stands as in the reference pose and the other joints on it, each relative to its parent as
-        in this frame. But once velkori_getLastProcessedFramePose() has read the source in local space,
-        they stand as in what it read, until a frame with Unchanged. */
+        in this frame. But once velkori_getLastProcessedFramePose() has read the source in local space
+        (without an unscaled rest pose of the source, scaled local space counts, too), they stand as in
+        what it read, until a frame with Unchanged. */
     velkori_RetargetingRootMotionBehavior_RootFromReference = 2,
 };
 

@@ -217,7 +217,10 @@ TEST(Retargeting, ARestRotationOfAnyLengthComesOutWithLengthOne) {
 // is composed of another frame's pose.
 TEST(Retargeting, OnlyALocalPoseThatWasReadStaysBehindForRootMotion) {
     const SmallRecords records{};
-    const RecordedConfig config(records.Config());
+    velkori_UtilityConfigInitParams_ params = records.Config();
+    // Without it, scaled local space is local space.
+    params.sourceSkeleton.unscaledTPose = nullptr;
+    const RecordedConfig config(params);
     SetReference(config.handle, records.pose);
     const auto lastHips = [&](velkori_JointRelativeSpaceType space) {
         Transforms pose(records.pose.size());
@@ -232,20 +235,21 @@ TEST(Retargeting, OnlyALocalPoseThatWasReadStaysBehindForRootMotion) {
         int rootMotion;
         float hips;
         float expected;
-        bool isReadInLocalSpace;
+        // In which space the pose is read afterwards; root space leaves nothing behind.
+        velkori_JointRelativeSpaceType readSpace = RootSpace;
     };
 
-    const Frame frames[] = {{2, 0.1F, 0.1F, false}, {1, 0.2F, 0.2F, false}, {2, 0.3F, 0.3F, false},
-        {0, 0.4F, 0.4F, false}, {2, 0.5F, 0.5F, false}, {2, 0.6F, 0.6F, true}, {2, 0.7F, 0.6F, false},
-        {0, 0.8F, 0.8F, false}, {2, 0.9F, 0.6F, false}, {1, 1.0F, 1.0F, false}, {2, 1.1F, 1.1F, false}};
+    constexpr auto ScaledRoot = velkori_JointRelativeSpaceType_RootOriginRelativeScaled;
+    constexpr auto ScaledLocal = velkori_JointRelativeSpaceType_LocalScaled;
+    const Frame frames[] = {{2, 0.1F, 0.1F}, {1, 0.2F, 0.2F}, {2, 0.3F, 0.3F}, {0, 0.4F, 0.4F},
+        {2, 0.5F, 0.5F, ScaledRoot}, {2, 0.6F, 0.6F, LocalSpace}, {2, 0.7F, 0.6F}, {0, 0.8F, 0.8F},
+        {2, 0.9F, 0.6F}, {1, 1.0F, 1.0F}, {2, 1.1F, 1.1F, ScaledLocal}, {2, 1.2F, 1.1F}};
     for (const Frame& each : frames) {
         Transforms pose = records.pose;
         pose[1].position.x = each.hips;
         Retarget(config.handle, pose, Info(0, false, each.rootMotion));
         EXPECT_NEAR(lastHips(RootSpace), each.expected, 1e-6F);
-        if (each.isReadInLocalSpace) {
-            lastHips(LocalSpace);
-        }
+        lastHips(each.readSpace);
     }
 }
 
