@@ -23,7 +23,7 @@ struct SineAndCosine {
     float cosine = 1.0f;
 };
 
-/// Sine and cosine of an angle in radians, each within 1.6 ulp up to a whole turn and within 1.2e-7 beyond.
+/// Sine and cosine of an angle in radians, each within 1.6 ulp up to a whole turn and within 1.5e-7 beyond.
 /// Angles from 2^30 on count as 0: a float that large steps over whole turns and holds no direction.
 ///
 /// The angle less its nearest multiple k of a quarter turn is within an eighth of a turn, where
