@@ -20,7 +20,7 @@ describe() {
     linked_in=(rapidjson-dev)
     case $1 in
     x64-linux)
-        packages=(build-essential)
+        packages=()
         compiler=gcc emulator=() linked_in+=(libstdc++-12-dev)
         ;;
     arm64-linux)
@@ -79,7 +79,7 @@ archive_of() {
 
 make_package() {
     local folder=velkori_utility-$version-$1
-    scripts/install-packages.sh binutils cmake git ninja-build pkg-config rapidjson-dev "${packages[@]}"
+    scripts/install-packages.sh build-essential cmake git ninja-build pkg-config rapidjson-dev "${packages[@]}"
     cmake --preset "$1" >/dev/null
     cmake --build --preset "$1" -j "$(nproc)" --target Velkori_Utility
     rm -rf "build/packages/$1"

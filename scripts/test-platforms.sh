@@ -7,13 +7,13 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 all=(release clang debug sanitize x86-64-v3 libcxx x86-linux arm64-linux s390x-linux x64-windows wasm)
 [ $# -gt 0 ] || set -- "${all[@]}"
 
-# What a platform needs beside CMake, Ninja and RapidJSON.
+# What a platform needs beside CMake, Ninja, RapidJSON and, for the checks of what was built, the machine's own tools.
 packages_of() {
     case "$1" in
-    release | debug | sanitize) echo build-essential libbenchmark-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
-    clang) echo build-essential clang libbenchmark-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
-    x86-64-v3) echo build-essential ;;
-    libcxx) echo build-essential clang-19 libc++-19-dev libc++abi-19-dev ;;
+    release | debug | sanitize) echo libbenchmark-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
+    clang) echo clang libbenchmark-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
+    x86-64-v3) ;;
+    libcxx) echo clang-19 libc++-19-dev libc++abi-19-dev ;;
     x86-linux) echo g++-i686-linux-gnu ;;
     arm64-linux) echo g++-aarch64-linux-gnu qemu-user ;;
     s390x-linux) echo g++-s390x-linux-gnu qemu-user ;;
@@ -26,7 +26,7 @@ packages_of() {
     esac
 }
 
-packages=(cmake ninja-build rapidjson-dev)
+packages=(build-essential cmake ninja-build rapidjson-dev)
 for platform in "$@"; do
     list=$(packages_of "$platform")
     read -ra more <<<"$list"
