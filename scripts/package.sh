@@ -9,8 +9,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 version=$(sed -n 's/^ *VERSION \([0-9.]*\)$/\1/p' CMakeLists.txt)
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-export SOURCE_DATE_EPOCH TZ=UTC
+all=(x64-linux arm64-linux x64-windows wasm)
 archives=$PWD/out/packages
 umask 022
 
@@ -31,6 +30,8 @@ describe() {
     x64-windows)
         packages=(g++-mingw-w64-x86-64-posix wine wine64 zip)
         compiler=x86_64-w64-mingw32-gcc-posix emulator=(wine)
+        # As in the preset: Wine's files stay out of the user's home.
+        export WINEPREFIX=$PWD/build/wine WINEDEBUG=-all WINEDLLOVERRIDES=mscoree,mshtml,winemenubuilder.exe=
         linked_in+=(gcc-mingw-w64-base mingw-w64-common)
         ;;
     wasm) # Emscripten 3.1.6 would fetch its code, which newer Nodes do for other addresses than files.
@@ -40,7 +41,7 @@ describe() {
         export NODE_PATH=/usr/share/nodejs
         ;;
     *)
-        echo "There is no package for $1." >&2
+        echo "$1 is none of: ${all[*]}" >&2
         exit 1
         ;;
     esac
@@ -59,15 +60,17 @@ write_licences() {
     done
 }
 
-# Nothing in an archive tells when, where or by whom it was made.
+# Nothing in an archive tells when, where or by whom it was made. It has its name only when it is whole.
 write_archive() {
-    local folder=$1 archive=$2
-    rm -f "$archive"
+    local folder=$1 archive=$2 unfinished
+    unfinished=$PWD/$(basename "$2")
     find "$folder" -exec touch -hd "@$SOURCE_DATE_EPOCH" {} +
     case $archive in
-    *.zip) find "$folder" -type f | LC_ALL=C sort | zip -qX@ "$archive" ;;
-    *) tar --sort=name --owner=0 --group=0 --numeric-owner --format=ustar -cf - "$folder" | gzip -9n >"$archive" ;;
+    *.zip) find "$folder" -type f | LC_ALL=C sort | zip -qX@ "$unfinished" ;;
+    *) tar --sort=name --owner=0 --group=0 --numeric-owner --format=ustar -cf - "$folder" | gzip -9n >"$unfinished" ;;
     esac
+    cp "$unfinished" "$archive.part" || { rm -f "$archive.part"; exit 1; }
+    mv "$archive.part" "$archive"
 }
 
 archive_of() {
@@ -83,7 +86,7 @@ make_package() {
     cmake --preset "$1" >/dev/null
     cmake --build --preset "$1" -j "$(nproc)" --target Velkori_Utility
     rm -rf "build/packages/$1"
-    mkdir -p "build/packages/$1" "$archives"
+    mkdir -p "build/packages/$1"
     cmake --install "build/$1" --strip --prefix "build/packages/$1/$folder" >/dev/null
     write_licences "build/packages/$1/$folder"
     (cd "build/packages/$1" && write_archive "$folder" "$(archive_of "$1")")
@@ -116,9 +119,18 @@ if [ "${1:-}" = --check ]; then
     scratch=$(mktemp -d)
     trap 'rm -rf "$scratch"' EXIT
 fi
-if [ $# -eq 0 ]; then
-    set -- x64-linux arm64-linux x64-windows wasm
-fi
+[ $# -gt 0 ] || set -- "${all[@]}"
+for name in "$@"; do
+    (describe "$name")
+done
+# Minutes of building would be lost at the end.
+mkdir -p "$archives"
+[ -w "$archives" ] || { echo "Can't write to $archives." >&2; exit 1; }
+
+scripts/install-packages.sh git
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)} ||
+    { echo "Without the sources' history, set SOURCE_DATE_EPOCH to the archives' date in seconds." >&2; exit 1; }
+export SOURCE_DATE_EPOCH TZ=UTC
 for name in "$@"; do
     describe "$name"
     make_package "$name"
