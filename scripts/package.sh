@@ -83,7 +83,8 @@ archive_of() {
 make_package() {
     local folder=velkori_utility-$version-$1
     scripts/install-packages.sh build-essential cmake git ninja-build pkg-config rapidjson-dev "${packages[@]}"
-    cmake --preset "$1" >/dev/null
+    # A folder that another compiler was used in would keep that, or lose what the preset sets, without a word.
+    cmake --fresh --preset "$1" >/dev/null
     cmake --build --preset "$1" -j "$(nproc)" --target Velkori_Utility
     rm -rf "build/packages/$1"
     mkdir -p "build/packages/$1"

@@ -37,7 +37,8 @@ scripts/install-packages.sh "${packages[@]}"
 
 mkdir -p build/platforms
 build() {
-    cmake --preset "$1" && cmake --build --preset "$1" -j "$(nproc)" --target velkori_golden &&
+    # A folder that another compiler was used in would keep that, or lose what the preset sets, without a word.
+    cmake --fresh --preset "$1" && cmake --build --preset "$1" -j "$(nproc)" --target velkori_golden &&
         ctest --preset "$1" -R '^Library' --output-on-failure
 }
 
