@@ -25,7 +25,8 @@ cmake -S "$sample" -B "$build/cmake" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE
 cmake --build "$build/cmake" >/dev/null
 run "$build/cmake"
 
-read -ra flags <<<"$(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --cflags --libs velkori_utility)"
+# Its output is quoted for a shell: a prefix may have a space.
+eval "flags=($(PKG_CONFIG_PATH="$prefix/lib/pkgconfig" pkg-config --cflags --libs velkori_utility))"
 mkdir "$build/pkg-config"
 case $compiler in
 *mingw*) program=host.exe ;;
