@@ -17,3 +17,11 @@ if(NOT VELKORI_SANITIZE AND CMAKE_EXECUTABLE_FORMAT STREQUAL "ELF")
     endif()
     target_link_options(velkori_hardening INTERFACE "LINKER:-z,noexecstack")
 endif()
+
+# MinGW has both in a library of its own, which the first flag links in; its linker randomises addresses and keeps data
+# from being executed without being asked.
+if(NOT VELKORI_SANITIZE AND MINGW)
+    target_compile_options(velkori_hardening INTERFACE
+        -fstack-protector-strong $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+    target_link_options(velkori_hardening INTERFACE -fstack-protector-strong)
+endif()
