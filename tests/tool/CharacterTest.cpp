@@ -1,9 +1,12 @@
 #include "SkinnedFile.h"
 #include "ToolRun.h"
 
+#include <assimp/scene.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <assimp/Exporter.hpp>
+#include <assimp/Importer.hpp>
 #include <cmath>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -205,6 +208,10 @@ TEST_F(Character, CarriesItsWayWhereItIsToldTo) {
     EXPECT_NEAR(way(onRoot, root), expected, 0.01);
     EXPECT_NEAR(onRoot.Frame(30)[root].y, 0.0, 1e-4);
     EXPECT_NEAR(way(onRoot, Node(onRoot, Hips)), expected, 0.01);
+    const ToolRun said = RunTool(
+        {"retarget", config, clip, "-o", directory.Path("out.glb"), "--force", "--root-motion", "root"});
+    EXPECT_NE(said.errors.find("has no root joint, so its hips carry the way"), std::string::npos)
+        << said.errors;
 }
 
 TEST_F(Character, TakesSeveralClipsAndIsFoundElsewhere) {
@@ -219,6 +226,12 @@ TEST_F(Character, TakesSeveralClipsAndIsFoundElsewhere) {
     for (const std::string name : {"moves/squat.glb", "moves/other.glb"}) {
         EXPECT_EQ(GLBFile(ReadFile(directory.Path(name))).FrameCount(), squatFrames);
     }
+    std::filesystem::create_directory(directory.Path("more"));
+    std::filesystem::copy_file(clip, directory.Path("more/squat.bvh"));
+    const ToolRun twice =
+        RunTool({"retarget", config, clip, directory.Path("more/squat.bvh"), "-o", directory.Path("moves/")});
+    EXPECT_EQ(twice.exitCode, 2);
+    EXPECT_NE(twice.errors.find("would both become"), std::string::npos) << twice.errors;
     // The file was moved: without it there are bones, with its new place the character.
     std::filesystem::rename(hero, directory.Path("moved.glb"));
     EXPECT_EQ(Retarget().NodeNamed("Hat"), -1);
@@ -255,6 +268,84 @@ TEST_F(Character, OfVRMGetsItsMotionAloneToo) {
     EXPECT_NE(run.errors.find("no VRM table"), std::string::npos) << run.errors;
 }
 
+TEST_F(Character, OfVRMIsKnownByItsTableAndSoIsItsMotion) {
+    // Nothing but the table says what these joints are.
+    SkinnedFile skinned;
+    skinned.isVRM = true;
+    for (int joint = 0; joint < BipedJointCount; ++joint) {
+        skinned.names.at(joint) = "n" + std::to_string((8 * joint) % BipedJointCount);
+    }
+    Prepare(skinned, "hero.vrm");
+    const GLBFile result = Retarget();
+    const GLBFile motion = Retarget({}, "motion.vrma");
+    const auto node = [&](int joint) { return motion.NodeNamed(skinned.names.at(joint)); };
+    const Point arm = Way(result.Frame(0), node(LeftUpperArm), node(LeftLowerArm));
+    EXPECT_LT(arm.y, -0.2);
+    // The motion is a clip in turn.
+    clip = directory.Path("motion.vrma");
+    Prepare(SkinnedFile());
+    const GLBFile again = Retarget({}, "again.glb");
+    for (const int frame : {0, 29}) {
+        for (const int joint : {Hips, LeftHand, RightLowerLeg}) {
+            EXPECT_LT(
+                Distance(again.Frame(frame)[Node(again, joint)], motion.Frame(frame)[node(joint)]), 0.01)
+                << joint << " " << frame;
+        }
+    }
+}
+
+TEST_F(Character, OfColladaComesBackAsGLBWithItsMesh) {
+    Assimp::Importer importer;
+    const aiScene* scene = importer.ReadFile(std::string(VELKORI_SAMPLES_DIRECTORY) + "/character.glb", 0);
+    ASSERT_NE(scene, nullptr);
+    hero = directory.Path("hero.dae");
+    ASSERT_EQ(Assimp::Exporter().Export(scene, "collada", hero), aiReturn_SUCCESS);
+    ASSERT_EQ(RunTool({"prepare", "--source", clip, "--target", hero, "-o", config}).exitCode, 0);
+    const GLBFile result = Retarget();
+    ASSERT_EQ(result.document["skins"].size(), 1U);
+    EXPECT_GT(result.document["skins"][0]["joints"].size(), 20U);
+    const JSON& mesh = result.document["meshes"][0]["primitives"][0];
+    EXPECT_GE(result.document["accessors"][mesh["attributes"]["POSITION"].get<size_t>()]["count"],
+        scene->mMeshes[0]->mNumVertices / 2);
+    const GLBFile bones = Retarget({"--bones"}, "bones.glb");
+    for (const std::string joint : {"Hand_L", "Foot_R"}) {
+        const Point way = Way(result.Frame(20), result.NodeNamed("Hips"), result.NodeNamed(joint));
+        EXPECT_LT(Distance(way, Way(bones.Frame(20), bones.NodeNamed("Hips"), bones.NodeNamed(joint))), 1e-3)
+            << joint;
+    }
+}
+
+TEST_F(Character, HoldsItsHandsTogetherWhereTheClipDoes) {
+    // The hands meet before the chest and part again.
+    BipedFile clap = SquatFile();
+    clap.motion = [](int joint, int frame) {
+        const double share = 0.5 - 0.5 * std::cos(2.0 * std::acos(-1.0) * frame / (squatFrames - 1));
+        const double side = joint >= RightClavicle ? 1.0 : -1.0;
+        JointMotion motion;
+        if (joint == LeftUpperArm || joint == RightUpperArm) {
+            motion.degrees.y = side * 80.0 * share;
+        } else if (joint == LeftLowerArm || joint == RightLowerArm) {
+            motion.degrees.y = side * 71.5 * share;
+        }
+        return motion;
+    };
+    clip = directory.Write("clap.bvh", clap.Text());
+    SkinnedFile wide;
+    for (const int left : {LeftUpperArm, LeftLowerArm, LeftHand}) {
+        wide.positions.at(left).x += 0.08;
+        wide.positions.at(left + RightClavicle - LeftClavicle).x -= 0.08;
+    }
+    Prepare(wide);
+    const auto apart = [](const GLBFile& file, int frame) {
+        return Distance(file.Frame(frame)[Node(file, LeftHand)], file.Frame(frame)[Node(file, RightHand)]);
+    };
+    const GLBFile plain = Retarget();
+    const GLBFile held = Retarget({"--hold-hands"}, "held.glb");
+    EXPECT_GT(apart(plain, squatFrames / 2), 0.14);
+    EXPECT_LT(apart(held, squatFrames / 2), 0.02);
+    EXPECT_NEAR(apart(held, 0), apart(plain, 0), 1e-3);
+}
+
 TEST_F(Character, IsScoredAndABadResultIsRefused) {
     Prepare(OtherBody());
     const ToolRun good = RunTool({"score", config, clip, "--json", "-"});
@@ -268,6 +359,22 @@ TEST_F(Character, IsScoredAndABadResultIsRefused) {
     const ToolRun stretched =
         RunTool({"score", config, clip, "--json", "-", "--behavior", "match-proportions"});
     EXPECT_GT(JSON::parse(stretched.output)["clips"][0]["measures"]["boneLength"]["value"], 10.0);
+    // A head by a name of one's own is measured where the name is explained.
+    SkinnedFile named;
+    named.names.at(Head) = "Noggin";
+    const std::string names = directory.Write("names.txt", "head: noggin\n");
+    hero = directory.Write("named.glb", named.Bytes());
+    for (const bool isExplained : {false, true}) {
+        std::vector<std::string> prepare = {"prepare", "--source", clip, "--target", hero, "-o", config};
+        std::vector<std::string> score = {"score", config, clip, "--json", "-"};
+        for (std::vector<std::string>* arguments : {&prepare, &score}) {
+            arguments->insert(
+                arguments->end(), {"--names", isExplained ? names : directory.Write("none", "")});
+        }
+        ASSERT_EQ(RunTool(prepare).exitCode, 0);
+        const JSON measures = JSON::parse(RunTool(score).output)["clips"][0]["measures"];
+        EXPECT_EQ(measures.contains("headRotation"), isExplained);
+    }
     // Driven from the other side, a body is bad, and says so unless that is wanted.
     RunTool({"prepare", "--source", clip, "--target", hero, "-o", config, "--map", "LeftArm=RightArm",
         "--map", "RightArm=LeftArm"});

@@ -160,7 +160,7 @@ TEST_F(Failure, OfAnOptionSaysHowToSayIt) {
 
     const std::vector<Case> cases = {{"--known", "leftWrist", "role=joint", 2},
         {"--known", "tail=Hips", "leftWrist", 2}, {"--known", "hips=Nothing", "no joint 'Nothing'"},
-        {"--rest", "frame:9", "1 frames"}, {"--rest", "sitting", "bind"},
+        {"--rest", "frame:9", "1 frames"}, {"--rest", "sitting", "bind", 2},
         {"--size-range", "2:1", "0.85:1.2", 2}, {"--size-range", "a", "0.85:1.2", 2},
         {"--exclude", "Nothing", "no joint 'Nothing'"}, {"--manifestation", "upper", "name=joint", 2},
         {"--manifestation", "upper=", "at least one", 2},

@@ -199,14 +199,20 @@ TEST(PrepareCommand, MapsWhatTheGeneratedMappingsLeaveOut) {
     EXPECT_FALSE(told.contains("jaw"));
 }
 
-/** Where a joint's way to another points in the last frame of what becomes of a clip. */
-Point WayInResult(const std::string& clip, const std::string& from, const std::string& to) {
+/** Where a joint's way to another points in the last frame of what becomes of a clip, whose configuration is
+ * made of itself unless another file of its rig is given. */
+Point WayInResult(const std::string& clip, const std::string& from, const std::string& to,
+    const std::string& rigText = {}, const std::vector<std::string>& options = {}) {
     const TestDirectory directory;
     const std::string path = directory.Write("clip.bvh", clip);
+    const std::string source = rigText.empty() ? path : directory.Write("rig.bvh", rigText);
     const std::string hero = directory.Write("hero.bvh", TreeText(BipedTree(), 1, NoMotion));
     const std::string config = directory.Path("config.json");
-    EXPECT_EQ(RunTool({"prepare", "--source", path, "--target", hero, "-o", config}).exitCode, 0);
-    const ToolRun run = RunTool({"retarget", config, path, "-o", directory.Path("out.bvh"), "--force"});
+    EXPECT_EQ(RunTool({"prepare", "--source", source, "--target", hero, "-o", config}).exitCode, 0);
+    std::vector<std::string> arguments = {
+        "retarget", config, path, "-o", directory.Path("out.bvh"), "--force"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const ToolRun run = RunTool(arguments);
     EXPECT_EQ(run.exitCode, 0) << run.errors;
     // The last frame is the rig's rest pose, which shows where its joints are.
     const ToolRun rig = RunTool({"rig", directory.Path("out.bvh"), "-o", directory.Path("rig.json"), "--rest",
@@ -240,6 +246,19 @@ TEST(RetargetCommand, SeesTheBodyInItsMotionWhereTheZeroPoseIsNone) {
         const Point other = WayInResult(clip, "RightArm", "RightForeArm");
         EXPECT_GT(std::hypot(other.x, other.z), 0.95 * 0.28) << name;
     }
+}
+
+TEST(RetargetCommand, IsToldWhereAClipWithOtherAxesStandsAtRest) {
+    // Every joint's axes are others than the configuration's, and frame 0 is its rest pose.
+    const TreeMotion bow = [](const std::string& joint, int frame) {
+        return joint == "Spine" && frame > 0 ? Point{30.0, 0.0, 0.0} : Point{};
+    };
+    const std::string clip = TreeTextAlongX(BipedTree(), 4, bow);
+    const std::string rig = TreeText(BipedTree(), 1, NoMotion);
+    const Point plain = WayInResult(TreeText(BipedTree(), 4, bow), "Spine", "Neck", rig);
+    ASSERT_GT(plain.z, 0.1);
+    const Point told = WayInResult(clip, "Spine", "Neck", rig, {"--rest", "frame:0"});
+    EXPECT_LT(std::hypot(told.x - plain.x, told.y - plain.y, told.z - plain.z), 0.01);
 }
 
 TEST(RigCommand, ReadsAFileByItsContentAndTheWantedPartOfItsMotion) {

@@ -161,9 +161,10 @@ TEST(RetargetCommand, WritesWhatTheLibraryReturnsForOtherProgramsToRead) {
     const std::string config = directory.Path("config.json");
     Succeed({"prepare", "--source", clip, "--target", fullSample, "-o", config});
     for (const std::string out : {"out.bvh", "out.glb"}) {
-        Succeed({"retarget", config, clip, "-o", directory.Path(out), "--behavior", "match-proportions"});
+        Succeed({"retarget", config, clip, "-o", directory.Path(out), "--behavior", "match-proportions",
+            "--metres-per-bvh-unit", "0.0254"});
     }
-    const ReadMotion bvh(directory.Path("out.bvh"), 0.01);
+    const ReadMotion bvh(directory.Path("out.bvh"), 0.0254);
     const ReadMotion glb(directory.Path("out.glb"), 1.0);
 
     velkori_Handle handle = 0;

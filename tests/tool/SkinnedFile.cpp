@@ -85,7 +85,7 @@ std::string SkinnedFile::Bytes() const {
         const Point p = inArmature(positions.at(joint));
         const Point above = parent < 0 ? Point() : inArmature(positions.at(parent));
         JSON node = {
-            {"name", PlainNames().at(joint)}, {"translation", {p.x - above.x, p.y - above.y, p.z - above.z}}};
+            {"name", names.at(joint)}, {"translation", {p.x - above.x, p.y - above.y, p.z - above.z}}};
         for (int child = joint + 1; child < BipedJointCount; ++child) {
             if (bipedParents.at(child) == joint) {
                 node["children"].push_back(firstJoint + child);
@@ -132,8 +132,13 @@ std::string SkinnedFile::Bytes() const {
         {"channels", {{{"sampler", 0}, {"target", {{"node", firstJoint + Head}, {"path", "rotation"}}}}}}}};
     if (isVRM) {
         JSON& bones = document["extensions"]["VRMC_vrm"]["humanoid"]["humanBones"];
-        bones["hips"]["node"] = firstJoint + Hips;
-        bones["leftUpperArm"]["node"] = firstJoint + LeftUpperArm;
+        constexpr std::array<const char*, BipedJointCount> table = {"hips", "spine", "chest", "neck", "head",
+            "leftShoulder", "leftUpperArm", "leftLowerArm", "leftHand", "leftUpperLeg", "leftLowerLeg",
+            "leftFoot", "leftToes", "rightShoulder", "rightUpperArm", "rightLowerArm", "rightHand",
+            "rightUpperLeg", "rightLowerLeg", "rightFoot", "rightToes"};
+        for (int joint = 0; joint < BipedJointCount; ++joint) {
+            bones[table.at(joint)]["node"] = firstJoint + joint;
+        }
         document["extensionsUsed"] = {"VRMC_vrm"};
     }
     document["buffers"] = {{{"byteLength", binary.size()}}};

@@ -19,6 +19,7 @@ struct SkinnedFile {
         }
         return places;
     }();
+    BipedNames names = PlainNames();
     /** An armature that lies on its back and is in centimetres, as exporters from z-up programs write it. */
     bool isUnderScaledArmature = false;
     /** The table of a VRM character. */

@@ -49,6 +49,11 @@ Matrix FromX(const Point& direction) {
 /** In degrees, for channels in the order Z X Y. */
 Point AnglesZXY(const Matrix& m) {
     const double x = std::asin(std::clamp(m[1].z, -1.0, 1.0));
+    constexpr double pole = 1.0 - 1e-12;
+    if (std::fabs(m[1].z) > pole) {
+        // Z and Y turn about the same line.
+        return {x / degree, 0, std::atan2(m[0].y, m[0].x) / degree};
+    }
     const double z = std::atan2(-m[1].x, m[1].y);
     const double y = std::atan2(-m[0].z, m[2].z);
     return {x / degree, y / degree, z / degree};

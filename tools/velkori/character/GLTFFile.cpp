@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
+#include "motion/GLTFDocument.h"
 
 #include <fmt/format.h>
 
@@ -57,9 +58,7 @@ Failure Damaged(const std::string& path, std::string_view what) {
 
 JSON ParseDocument(const std::string& path, std::string_view text) {
     JSON document = JSON::parse(text, nullptr, false);
-    if (document.is_discarded() || !document.is_object() || !document.contains("asset")) {
-        throw Damaged(path, "its document can't be read");
-    }
+    CheckGLTF(path, document);
     return document;
 }
 

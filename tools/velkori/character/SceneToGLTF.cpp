@@ -4,8 +4,8 @@
 #include "OutputFile.h"
 #include "Text.h"
 #include "Transforms.h"
+#include "motion/SceneImport.h"
 
-#include <assimp/config.h>
 #include <assimp/material.h>
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
@@ -106,9 +106,10 @@ class SceneConverter {
         std::string flat = name;
         std::replace(flat.begin(), flat.end(), '\\', '/');
         const std::filesystem::path directory = std::filesystem::path(path).parent_path();
+        std::error_code isntThere;
         for (const std::filesystem::path& place :
             {directory / flat, directory / std::filesystem::path(flat).filename()}) {
-            if (std::filesystem::is_regular_file(place)) {
+            if (std::filesystem::is_regular_file(place, isntThere)) {
                 const std::string text = ReadTextFile(place.string());
                 return {text.begin(), text.end()};
             }
@@ -318,18 +319,13 @@ class SceneConverter {
 GLTFFile ReadSceneAsGLTF(const std::string& path, std::vector<std::string>& notes) {
     CheckReadable(path);
     Assimp::Importer importer;
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-    const aiScene* scene = importer.ReadFile(
-        path, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_LimitBoneWeights);
-    if (scene == nullptr || scene->mRootNode == nullptr) {
-        throw Failure(fmt::format(
-            "can't read '{}': {}; export it again or as another format", path, importer.GetErrorString()));
-    }
-    if (scene->mNumAnimations > 0) {
+    const aiScene& scene = ImportScene(importer, path, FindFileFormat(path), ReadTextFile(path),
+        aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_LimitBoneWeights);
+    if (scene.mNumAnimations > 0) {
         notes.push_back(
             fmt::format("the animations that '{}' has itself aren't carried over into the GLB", path));
     }
-    return SceneConverter(path, *scene).Convert();
+    return SceneConverter(path, scene).Convert();
 }
 
 } // namespace Velkori_Tool

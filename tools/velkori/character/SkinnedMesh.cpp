@@ -120,7 +120,11 @@ class SkinReader {
         if (entry.contains("inverseBindMatrices")) {
             skin.matrices = reader.Read(entry["inverseBindMatrices"].get<int>(), matrixSize);
         }
-        skin.matrices.resize(skin.joints.size() * matrixSize);
+        // Joints that have none are bound in the mesh's own space.
+        while (skin.matrices.size() < skin.joints.size() * matrixSize) {
+            const size_t place = skin.matrices.size() % matrixSize;
+            skin.matrices.push_back(place % 5 == 0 ? 1.0f : 0.0f);
+        }
         return skin;
     }
 

@@ -56,8 +56,9 @@ void Run(DrawCommand& command) {
     SayNotes(notes);
     const std::string clipName = std::filesystem::path(command.clip).filename().string();
     const std::optional<RigFile> character = FindTargetFile(ReadTextFile(command.configuration));
+    std::error_code isntThere;
     const bool hasSkin = character && CanCarryMotion(character->path) &&
-                         std::filesystem::exists(character->path) && clip.keepsBones;
+                         std::filesystem::exists(character->path, isntThere) && clip.keepsBones;
     const SheetContent content = {configuration.Name(), clipName, clip,
         MakeFigure(configuration, velkori_SkeletonType_Source),
         MakeFigure(configuration, velkori_SkeletonType_Target),

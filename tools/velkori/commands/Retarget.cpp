@@ -1,6 +1,7 @@
 #include "Failure.h"
 #include "OutputFile.h"
 #include "commands/Commands.h"
+#include "commands/RigTexts.h"
 #include "commands/ScoreReport.h"
 #include "host/FootContact.h"
 #include "host/ResultFile.h"
@@ -9,6 +10,7 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 
 namespace Velkori_Tool {
@@ -25,6 +27,7 @@ struct RetargetCommand {
     bool reports = false;
     bool acceptsBad = false;
     std::string json;
+    std::string namesFile;
     RetargetOptions options;
 };
 
@@ -51,12 +54,15 @@ void PrintReport(const Configuration& configuration, const RetargetedClip& clip)
 }
 
 /** The character's file that the result is written into, if it is to be and can be. */
-std::optional<RigFile> FindCharacter(const RetargetCommand& command, std::vector<std::string>& notes) {
+std::optional<RigFile> FindCharacter(
+    const RetargetCommand& command, const NamingHabits& names, std::vector<std::string>& notes) {
     std::optional<RigFile> file = FindTargetFile(ReadTextFile(command.configuration));
     if (!command.character.empty()) {
-        if (!file || !std::filesystem::exists(file->path) ||
-            !std::filesystem::equivalent(file->path, command.character)) {
-            const Rig rig = MakeRig(ReadMotion(command.character, notes), {});
+        std::error_code isntThere;
+        if (!file || !std::filesystem::equivalent(file->path, command.character, isntThere)) {
+            RigOptions options;
+            options.body.names = names;
+            const Rig rig = MakeRig(ReadMotion(command.character, notes), options);
             file = FileOf(rig, command.character);
         }
         return file;
@@ -64,7 +70,8 @@ std::optional<RigFile> FindCharacter(const RetargetCommand& command, std::vector
     if (!file || command.writesBones || !CanCarryMotion(file->path)) {
         return std::nullopt;
     }
-    if (!std::filesystem::exists(file->path)) {
+    std::error_code isntThere;
+    if (!std::filesystem::exists(file->path, isntThere)) {
         notes.push_back(fmt::format("the character's file '{}' isn't there any more, so the result is bones "
                                     "alone; say where it is with --character",
             file->path));
@@ -74,7 +81,8 @@ std::optional<RigFile> FindCharacter(const RetargetCommand& command, std::vector
 }
 
 bool IsDirectory(const std::string& path) {
-    return path.ends_with('/') || std::filesystem::is_directory(path);
+    std::error_code isntThere;
+    return path.ends_with('/') || std::filesystem::is_directory(path, isntThere);
 }
 
 /** Where a clip's result goes, and which clips share that file. */
@@ -96,8 +104,15 @@ void CheckOutput(const RetargetCommand& command) {
         std::error_code ignored;
         std::filesystem::create_directories(command.output, ignored);
     }
+    std::map<std::string, std::string> clipOf;
     for (const std::string& clip : command.clips) {
         const std::string path = OutputPath(command, clip);
+        const auto [same, isNew] = clipOf.emplace(path, clip);
+        if (!isNew && path != command.output) {
+            throw UsageFailure(
+                fmt::format("'{}' and '{}' would both become '{}'; give one of them another directory",
+                    same->second, clip, path));
+        }
         if (LowerCaseExtension(path) != ".vrma") {
             CheckMotionFormat(path);
         }
@@ -136,8 +151,9 @@ void Run(RetargetCommand& command) {
     CheckOutput(command);
     const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
+    const NamingHabits names = LoadNames(command.namesFile);
     std::vector<std::string> notes;
-    const std::optional<RigFile> character = FindCharacter(command, notes);
+    const std::optional<RigFile> character = FindCharacter(command, names, notes);
     std::vector<Output> outputs;
     std::vector<ClipScore> scores;
     for (const std::string& path : command.clips) {
@@ -147,7 +163,7 @@ void Run(RetargetCommand& command) {
         if (command.reports) {
             PrintReport(configuration, named.clip);
         }
-        scores.push_back({path, ScoreClip(configuration, named.clip), motion.isIncomplete});
+        scores.push_back({path, ScoreClip(configuration, named.clip, names), motion.isIncomplete});
         const std::string outputPath = OutputPath(command, path);
         if (outputs.empty() || outputs.back().path != outputPath) {
             outputs.push_back({outputPath, {}});
@@ -193,6 +209,8 @@ void AddRetargetCommand(CLI::App& program) {
         ->check(NumberWithin(smallestUnit, largestUnit));
     app.add_option("--json", command->json, "Write the results' measures as JSON; - for standard output");
     app.add_flag("--force", command->acceptsBad, "Exit with 0 even if a result is bad");
+    app.add_option(
+        "--names", command->namesFile, "A file of words that joints are named by, see docs/rigs.md");
     AddRetargetOptions(app, command->options);
     app.add_flag("--report", command->reports, "Print how far the feet of source and target slide");
     app.footer("Example:\n  velkori retarget walk_to_hero.json walk.bvh run.bvh -o hero_moves.glb");

@@ -45,28 +45,6 @@ KnownJointOverrides ParseKnown(const FileSkeleton& skeleton, const std::vector<s
     return overrides;
 }
 
-RestChoice ParseRest(const std::string& text, const Motion& motion) {
-    using Kind = RestChoice::Kind;
-    constexpr std::array<std::pair<std::string_view, Kind>, 3> kinds = {
-        std::pair<std::string_view, Kind>{"best", Kind::Best}, {"bind", Kind::Bind}, {"zero", Kind::Zero}};
-    for (const auto& [name, kind] : kinds) {
-        if (text == name) {
-            return {kind, 0};
-        }
-    }
-    constexpr std::string_view prefix = "frame:";
-    const size_t begin = text.compare(0, prefix.size(), prefix) == 0 ? prefix.size() : 0;
-    int frame = -1;
-    const char* const end = text.data() + text.size();
-    const auto parsed = std::from_chars(text.data() + begin, end, frame);
-    if (parsed.ec != std::errc() || parsed.ptr != end || frame < 0 || frame >= motion.frameCount) {
-        throw Failure(
-            fmt::format("--rest {}: say best, bind, zero or frame:N; '{}' has {} frames, counted from 0",
-                text, motion.path, motion.frameCount));
-    }
-    return {Kind::Frame, frame};
-}
-
 void ParseSizeRange(const std::string& text, RigOptions& options) {
     if (text.empty()) {
         return;
@@ -177,6 +155,26 @@ Vector3 ParseAxis(const std::string& text, const std::string& option) {
     return axes.at(letter.front() - 'x') * (text.front() == '-' ? -1.0f : 1.0f);
 }
 
+RestChoice ParseRest(const std::string& text) {
+    using Kind = RestChoice::Kind;
+    constexpr std::array<std::pair<std::string_view, Kind>, 3> kinds = {
+        std::pair<std::string_view, Kind>{"best", Kind::Best}, {"bind", Kind::Bind}, {"zero", Kind::Zero}};
+    for (const auto& [name, kind] : kinds) {
+        if (text == name) {
+            return {kind, 0};
+        }
+    }
+    constexpr std::string_view prefix = "frame:";
+    const size_t begin = text.starts_with(prefix) ? prefix.size() : text.size();
+    int frame = -1;
+    const char* const end = text.data() + text.size();
+    const auto parsed = std::from_chars(text.data() + begin, end, frame);
+    if (parsed.ec != std::errc() || parsed.ptr != end || frame < 0) {
+        throw UsageFailure(fmt::format("--rest {}: say best, bind, zero or frame:N, counted from 0", text));
+    }
+    return {Kind::Frame, frame};
+}
+
 NamingHabits LoadNames(const std::string& namesFile) {
     NamingHabits names = NamingHabits::BuiltIn();
     if (!namesFile.empty()) {
@@ -203,7 +201,11 @@ Rig MakeRigAsTold(const Motion& motion, const RigTexts& texts, RigOptions& optio
     ParseSizeRange(texts.sizeRange, options);
     options.body.names = LoadNames(texts.namesFile);
     options.body.known = ParseKnown(motion.skeleton, texts.known);
-    options.body.rest = ParseRest(texts.rest, motion);
+    options.body.rest = ParseRest(texts.rest);
+    if (options.body.rest.frame >= std::max(1, motion.frameCount)) {
+        throw Failure(fmt::format(
+            "--rest {}: '{}' has {} frames, counted from 0", texts.rest, motion.path, motion.frameCount));
+    }
     if (!texts.up.empty()) {
         options.body.up = ParseAxis(texts.up, "--up");
     }

@@ -24,6 +24,9 @@ struct RigTexts {
 /** An axis by its name, such as "-z". Throws UsageFailure, naming the option, if it is none. */
 Vector3 ParseAxis(const std::string& text, const std::string& option);
 
+/** "best", "bind", "zero" or "frame:N". Throws UsageFailure if it is none of them. */
+RestChoice ParseRest(const std::string& text);
+
 /** Makes the rig that a file and the options say. Throws Failure if a known joint is missing. */
 Rig MakeRigAsTold(const Motion& motion, const RigTexts& texts, RigOptions& options);
 

@@ -1,4 +1,5 @@
 #include "commands/Commands.h"
+#include "commands/RigTexts.h"
 #include "commands/ScoreReport.h"
 
 #include <memory>
@@ -11,6 +12,7 @@ struct ScoreCommand {
     std::string configuration;
     std::vector<std::string> clips;
     std::string json;
+    std::string namesFile;
     bool acceptsBad = false;
     RetargetOptions options;
 };
@@ -18,13 +20,14 @@ struct ScoreCommand {
 void Run(ScoreCommand& command) {
     const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
+    const NamingHabits names = LoadNames(command.namesFile);
     std::vector<ClipScore> scores;
     for (const std::string& path : command.clips) {
         std::vector<std::string> notes;
         const Motion motion = ReadMotion(path, notes, command.options.clip.reading);
         const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
         SayNotes(notes);
-        scores.push_back({path, ScoreClip(configuration, clip), motion.isIncomplete});
+        scores.push_back({path, ScoreClip(configuration, clip, names), motion.isIncomplete});
         if (command.json != "-") {
             PrintScore(scores.back());
         }
@@ -46,6 +49,8 @@ void AddScoreCommand(CLI::App& program) {
     app.add_option("CLIP", command->clips, "The captured clips of the source's rig")->required();
     app.add_option("--json", command->json, "Write the measures as JSON; - for standard output alone");
     app.add_flag("--force", command->acceptsBad, "Exit with 0 even if a result is bad");
+    app.add_option(
+        "--names", command->namesFile, "A file of words that joints are named by, see docs/rigs.md");
     AddRetargetOptions(app, command->options);
     app.footer("Example:\n  velkori score walk_to_hero.json walk.bvh run.bvh --json scores.json");
     app.callback([command] { Run(*command); });

@@ -79,6 +79,10 @@ void AddRetargetOptions(CLI::App& command, RetargetOptions& options) {
         "--facing",
         [&options](const std::string& axis) { options.clip.facing = ParseAxis(axis, "--facing"); },
         "The clip's axis that the body faces in its rest pose");
+    command.add_option_function<std::string>(
+        "--rest", [&options](const std::string& text) { options.clip.rest = ParseRest(text); },
+        "The clip's pose in which its body stands as the configuration's source does at rest: bind, zero or "
+        "frame:N; needed where its joints have other axes than the configuration's");
     AddReadOptions(command, options.clip.reading);
     command.add_flag("--keep-height", options.clip.keepsHeight,
         "Leave the clip as high as it is, instead of putting its feet on the ground");

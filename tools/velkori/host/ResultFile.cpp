@@ -114,6 +114,14 @@ void WriteCharacter(const std::string& path, const Configuration& configuration,
                         "the file that the configuration was made of with --character",
                 character.path, found, names.size()));
     }
+    const int root = configuration.KnownJoint(target, velkori_KnownJointType_Root);
+    const bool wantsRoot = std::any_of(clips.begin(), clips.end(),
+        [](const NamedClip& named) { return named.clip.path == MotionPath::Root; });
+    if (wantsRoot && root >= 0 && nodes[root] < 0) {
+        notes.push_back(fmt::format("--root-motion root: '{}' has no root joint, so its hips carry the way; "
+                                    "with --bones the result has one",
+            character.path));
+    }
     if (isVRMA) {
         file = MakeVRMA(file);
     }

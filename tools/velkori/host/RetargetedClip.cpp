@@ -142,6 +142,10 @@ RetargetedClip RetargetClip(const Configuration& configuration, const Motion& mo
     if (clip.keepsBones) {
         const Body target = TargetBody(configuration, options.standingHeights);
         clip.restPose = target.rest;
+        clip.path = options.keep.path;
+        if (clip.path == MotionPath::Root && target.root < 0) {
+            notes.emplace_back("--root-motion root: the target has no root joint, so its hips carry the way");
+        }
         KeepBones(SourceBody(configuration, clip), clip.source.poses, target,
             FindFollowers(configuration, target), clip.source.frameSeconds, options.keep, clip.poses);
     }

@@ -34,6 +34,8 @@ struct RetargetedClip {
     StandingHeights standingHeights;
     /** No bone of the target has another length than in the rest pose. */
     bool keepsBones = false;
+    /** What carries the body, where bones are kept. */
+    MotionPath path = MotionPath::Hips;
     /** The pose that the target starts each frame from. */
     std::vector<Transform> restPose;
     /** Frame by frame, one world transform per target joint, in metres and the default coordinate space. */

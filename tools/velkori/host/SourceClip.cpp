@@ -4,7 +4,6 @@
 #include "Text.h"
 #include "host/FootContact.h"
 #include "rig/BodyUnit.h"
-#include "rig/BodyView.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -60,15 +59,27 @@ class SourceClipMaker {
         MatchJoints(notes);
         const double lengthRatio = MeasureBones();
         metresPerUnit = options.metresPerUnit ? *options.metresPerUnit : UsualUnitNear(lengthRatio);
-        notes.push_back(fmt::format("unit of '{}': {:g} m", motion.path, metresPerUnit));
+        notes.push_back(fmt::format("'{}': unit: {:g} m{}", motion.path, metresPerUnit,
+            options.metresPerUnit ? ", as told" : DescribeUnit(lengthRatio)));
         BodyOptions body;
+        body.rest = options.rest;
         body.known = ClipKnownJoints();
         body.up = options.up;
         body.facing = options.facing;
         body.metresPerUnit = metresPerUnit;
-        space = SeeBody(motion, body).space;
-        FindAxisTurn();
-        CheckJointAxes(notes);
+        BodyView view = SeeBody(motion, body);
+        space = view.space;
+        for (const std::string& remark : view.remarks) {
+            notes.push_back(fmt::format("'{}': {}", motion.path, remark));
+        }
+        clipRest = motion.skeleton.bindPose;
+        if (options.rest.kind == RestChoice::Kind::Best) {
+            jointTurns.assign(names.size(), FindAxisTurn());
+            CheckJointAxes(notes);
+        } else {
+            clipRest = std::move(view.rest);
+            FindJointTurns();
+        }
 
         SourceClip clip;
         clip.frameSeconds = motion.frameSeconds;
@@ -180,6 +191,12 @@ class SourceClipMaker {
         return length / clipLength;
     }
 
+    /** How well the unit makes the bones as long as the configuration's. */
+    std::string DescribeUnit(double lengthRatio) const {
+        return fmt::format(
+            "; its bones are {:.2f} times as long as the configuration's", metresPerUnit / lengthRatio);
+    }
+
     KnownJointOverrides ClipKnownJoints() const {
         KnownJointOverrides known;
         for (int index = 0; index < VELKORI_KNOWN_JOINT_COUNT; ++index) {
@@ -193,7 +210,7 @@ class SourceClipMaker {
     /** Calls `visit` with each bone's direction in its parent's axes, in the source and in the clip. */
     template <typename Visit>
     void VisitBones(Visit visit) const {
-        std::vector<Transform> bind = motion.skeleton.bindPose;
+        std::vector<Transform> bind = clipRest;
         ConvertSpace(bind, space, VELKORI_DEFAULT_COORDINATE_SPACE);
         for (size_t joint = 0; joint < names.size(); ++joint) {
             if (HasClipBone(joint) && BoneLength(joint) > 0.0 && ClipBoneLength(joint) > 0.0) {
@@ -205,7 +222,7 @@ class SourceClipMaker {
     }
 
     /** Of two exports of one rig, one may have z up and the other y, and so may all their joints' axes. */
-    void FindAxisTurn() {
+    Quaternion FindAxisTurn() const {
         const std::vector<Quaternion> turns = AxisRotations();
         std::vector<float> agreements(turns.size(), 0.0f);
         float total = 0.0f;
@@ -217,14 +234,25 @@ class SourceClipMaker {
         });
         const size_t best = std::max_element(agreements.begin(), agreements.end()) - agreements.begin();
         constexpr float clearly = 0.2f;
-        axisTurn = agreements[best] > agreements[0] + clearly * total ? turns[best] : identityRotation;
+        return agreements[best] > agreements[0] + clearly * total ? turns[best] : identityRotation;
+    }
+
+    /** The clip's joints as they lie in its rest pose are the source's in its own. */
+    void FindJointTurns() {
+        std::vector<Transform> pose = clipRest;
+        ConvertSpace(pose, space, VELKORI_DEFAULT_COORDINATE_SPACE);
+        for (size_t joint = 0; joint < names.size(); ++joint) {
+            jointTurns.push_back(clipJoints[joint] < 0 ? identityRotation
+                                                       : Inverse(pose[clipJoints[joint]].orientation) *
+                                                             rest[joint].orientation);
+        }
     }
 
     /** A clip whose joints have other axes than the configuration's would turn every bone. */
     void CheckJointAxes(std::vector<std::string>& notes) const {
         std::vector<float> angles;
         VisitBones([&](const Vector3& own, const Vector3& clip) {
-            angles.push_back(AngleBetween(Rotate(axisTurn, own), clip));
+            angles.push_back(AngleBetween(Rotate(jointTurns.front(), own), clip));
         });
         const auto middle = angles.begin() + static_cast<std::ptrdiff_t>(angles.size() / 2);
         std::nth_element(angles.begin(), middle, angles.end());
@@ -251,7 +279,7 @@ class SourceClipMaker {
         }
         ConvertSpace(pose, space, VELKORI_DEFAULT_COORDINATE_SPACE);
         for (size_t joint = 0; joint < pose.size(); ++joint) {
-            pose[joint].orientation = pose[joint].orientation * axisTurn;
+            pose[joint].orientation = pose[joint].orientation * jointTurns[joint];
             if (clipJoints[joint] < 0 && static_cast<int>(joint) != root) {
                 RideOnParent(static_cast<int>(joint), pose);
             }
@@ -309,7 +337,7 @@ class SourceClipMaker {
         if (largestDifference < noticeable) {
             return reference;
         }
-        reference = MakePose(motion.skeleton.bindPose);
+        reference = MakePose(clipRest);
         for (int above = hips < 0 ? -1 : parents[hips]; above >= 0; above = parents[above]) {
             reference[above] = rest[above];
             reference[above].position =
@@ -333,8 +361,10 @@ class SourceClipMaker {
     /** The clip's joint for each source joint; -1 where it has none. */
     std::vector<int> clipJoints;
     double metresPerUnit = 1.0;
-    /** From the configuration's axes of the joints to the clip's. */
-    Quaternion axisTurn = identityRotation;
+    /** The clip's rest pose, in its own joints, axes and unit. */
+    std::vector<Transform> clipRest;
+    /** From the configuration's axes of each joint to the clip's. */
+    std::vector<Quaternion> jointTurns;
     velkori_CoordinateSpace_ space = VELKORI_DEFAULT_COORDINATE_SPACE;
 };
 

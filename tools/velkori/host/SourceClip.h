@@ -2,6 +2,7 @@
 
 #include "host/Library.h"
 #include "motion/Motion.h"
+#include "rig/BodyView.h"
 
 #include <optional>
 #include <span>
@@ -16,6 +17,9 @@ struct SourceClipOptions {
     /** Axes of the clip's file. */
     std::optional<Vector3> up;
     std::optional<Vector3> facing;
+    /** The clip's pose in which its body stands as the configuration's source does at rest. By default the
+        joints' axes are taken to be the same in both. */
+    RestChoice rest;
     /** Leave the clip as high as the file has it, instead of putting the feet on the ground. */
     bool keepsHeight = false;
 };

@@ -64,7 +64,9 @@ std::map<std::string, std::string> ReadHumanoidTable(std::string_view text) {
 std::string_view JSONOfGLTF(std::string_view content) {
     constexpr std::string_view magic = "glTF";
     if (content.substr(0, magic.size()) != magic) {
-        return content.substr(0, 1) == "{" ? content : std::string_view();
+        // An editor's byte order mark and blanks may stand before it.
+        const size_t begin = content.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+        return begin < content.size() && content[begin] == '{' ? content.substr(begin) : std::string_view();
     }
     // A header of 12 bytes, then chunks: a length, a kind, and the content. JSON comes first.
     constexpr size_t headerSize = 20;

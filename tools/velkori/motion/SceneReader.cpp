@@ -6,8 +6,8 @@
 #include "motion/FileFormat.h"
 #include "motion/HumanoidTable.h"
 #include "motion/SceneAnimation.h"
+#include "motion/SceneImport.h"
 
-#include <assimp/config.h>
 #include <assimp/scene.h>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -402,20 +402,6 @@ void ReadStatedSpace(const aiScene& scene, FileFormat format, Motion& motion) {
     motion.statedMetresPerUnit = centimetres * metresPerCentimetre;
 }
 
-/** By the file's content; the importer alone goes by its name. */
-const aiScene* Import(
-    Assimp::Importer& importer, const std::string& path, FileFormat format, const std::string& content) {
-    constexpr std::array<std::pair<FileFormat, const char*>, 4> extensions = {
-        std::pair{FileFormat::GLB, "glb"}, {FileFormat::GLTF, "gltf"}, {FileFormat::FBX, "fbx"},
-        {FileFormat::Collada, "dae"}};
-    for (const auto& [known, extension] : extensions) {
-        if (format == known && LowerCaseExtension(path) != std::string(".") + extension) {
-            return importer.ReadFileFromMemory(content.data(), content.size(), 0, extension);
-        }
-    }
-    return importer.ReadFile(path, 0);
-}
-
 /** The wanted animation: by its name, however it is written, or by its number from 1. */
 const aiAnimation* ChooseAnimation(const aiScene& scene, const std::string& path, const std::string& wanted,
     std::vector<std::string>& notes) {
@@ -455,20 +441,14 @@ Motion ReadScene(
     const std::string& path, FileFormat format, const ReadOptions& options, std::vector<std::string>& notes) {
     const std::string content = ReadTextFile(path);
     Assimp::Importer importer;
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
-    importer.SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);
-    const aiScene* scene = Import(importer, path, format, content);
-    if (scene == nullptr || scene->mRootNode == nullptr) {
-        throw Failure(fmt::format(
-            "can't read '{}': {}; export it again or as another format", path, importer.GetErrorString()));
-    }
+    const aiScene& scene = ImportScene(importer, path, format, content);
     const bool isGLTF = format == FileFormat::GLB || format == FileFormat::GLTF;
     Motion motion;
     motion.path = path;
-    const aiAnimation* const animation = ChooseAnimation(*scene, path, options.animation, notes);
-    const SceneSkeleton skeleton(path, *scene, animation, isGLTF);
+    const aiAnimation* const animation = ChooseAnimation(scene, path, options.animation, notes);
+    const SceneSkeleton skeleton(path, scene, animation, isGLTF);
     motion.skeleton = skeleton.Skeleton();
-    ReadStatedSpace(*scene, format, motion);
+    ReadStatedSpace(scene, format, motion);
     if (isGLTF) {
         for (const auto& [bone, node] : ReadHumanoidTable(JSONOfGLTF(content))) {
             const int joint = skeleton.JointOfNode(node);

@@ -55,9 +55,10 @@ std::optional<double> Correlation(const std::vector<float>& a, const std::vector
 
 class ClipScorer {
   public:
-    ClipScorer(const Configuration& configuration, const RetargetedClip& clip)
+    ClipScorer(const Configuration& configuration, const RetargetedClip& clip, const NamingHabits& habits)
         : configuration(configuration),
           clip(clip),
+          habits(habits),
           source(SourceBody(configuration, clip)),
           target(TargetBody(configuration, clip.standingHeights)),
           frameCount(clip.source.frameCount),
@@ -318,7 +319,7 @@ class ClipScorer {
     }
 
     std::vector<JointName> Names(velkori_SkeletonType type) const {
-        return ParseJointNames(configuration.JointNames(type), NamingHabits::BuiltIn());
+        return ParseJointNames(configuration.JointNames(type), habits);
     }
 
     /** -1 where no joint above the neck is named so. */
@@ -336,6 +337,7 @@ class ClipScorer {
 
     const Configuration& configuration;
     const RetargetedClip& clip;
+    const NamingHabits& habits;
     Body source;
     Body target;
     int frameCount;
@@ -364,8 +366,8 @@ Verdict Score::Judged() const {
     return worst;
 }
 
-Score ScoreClip(const Configuration& configuration, const RetargetedClip& clip) {
-    return ClipScorer(configuration, clip).Run();
+Score ScoreClip(const Configuration& configuration, const RetargetedClip& clip, const NamingHabits& names) {
+    return ClipScorer(configuration, clip, names).Run();
 }
 
 std::string Summary(const Score& score) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/RetargetedClip.h"
+#include "rig/NamingHabits.h"
 
 #include <string>
 #include <vector>
@@ -35,8 +36,8 @@ struct Score {
     Verdict Judged() const;
 };
 
-/** Measures a retargeted clip against its capture. */
-Score ScoreClip(const Configuration& configuration, const RetargetedClip& clip);
+/** Measures a retargeted clip against its capture; heads and sides are told by the joints' names. */
+Score ScoreClip(const Configuration& configuration, const RetargetedClip& clip, const NamingHabits& names);
 
 /** One line: the verdict, and what isn't good. */
 std::string Summary(const Score& score);
