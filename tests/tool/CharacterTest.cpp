@@ -248,6 +248,37 @@ TEST_F(Character, IsMendedWhereItsWeightsDoNotSumUp) {
     }
 }
 
+TEST_F(Character, MayHaveASkinWithoutBindMatricesButNoDamagedDocument) {
+    SkinnedFile bare;
+    bare.hasNoBindMatrices = true;
+    Prepare(bare);
+    EXPECT_GE(Retarget().NodeNamed("Hat"), 0);
+    const std::vector<std::pair<const char*, std::function<void(JSON&)>>> damages = {
+        {"names 99 of its", [](JSON& d) { d["nodes"][3]["children"].push_back(99); }},
+        {"two parents", [](JSON& d) { d["nodes"][3]["children"].push_back(3); }},
+        {"below itself", [](JSON& d) { d["nodes"][5]["children"] = {3}, d["nodes"][0].erase("children"); }},
+        {"the 3 numbers", [](JSON& d) { d["nodes"][3]["translation"] = "here"; }},
+        {"names 99 of its", [](JSON& d) { d["skins"][0]["joints"][2] = 99; }},
+        {"fewer matrices", [](JSON& d) { d["accessors"][2]["count"] = 3; }},
+        {"'nodes' are no list", [](JSON& d) {
+             d["nodes"] = {{"a", 1}};
+         }}};
+    for (const auto& [message, change] : damages) {
+        SkinnedFile damaged;
+        damaged.change = change;
+        const std::string path = directory.Write("hero.glb", damaged.Bytes());
+        // As a rig, and as the character that it was when the configuration was made.
+        for (const std::vector<std::string>& arguments :
+            {std::vector<std::string>{"rig", path, "-o", directory.Path("rig.json")},
+                {"retarget", config, clip, "-o", directory.Path("damaged.glb")}}) {
+            const ToolRun run = RunTool(arguments);
+            EXPECT_EQ(run.exitCode, 1) << message;
+            EXPECT_NE(run.errors.find(message), std::string::npos) << message << " isn't in " << run.errors;
+        }
+    }
+    EXPECT_FALSE(std::filesystem::exists(directory.Path("damaged.glb")));
+}
+
 TEST_F(Character, OfVRMGetsItsMotionAloneToo) {
     SkinnedFile skinned;
     skinned.isVRM = true;

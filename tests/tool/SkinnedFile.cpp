@@ -123,7 +123,9 @@ std::string SkinnedFile::Bytes() const {
     for (const float joint : joints) {
         binary.push_back(static_cast<char>(joint));
     }
-    document["skins"][0]["inverseBindMatrices"] = 2;
+    if (!hasNoBindMatrices) {
+        document["skins"][0]["inverseBindMatrices"] = 2;
+    }
     document["meshes"] = {{{"name", "Body"},
         {"primitives", {{{"mode", 0}, {"attributes", {{"POSITION", 0}, {"WEIGHTS_0", 1}, {"JOINTS_0", 5}}},
                            {"material", 0}}}}}};
@@ -142,6 +144,7 @@ std::string SkinnedFile::Bytes() const {
         document["extensionsUsed"] = {"VRMC_vrm"};
     }
     document["buffers"] = {{{"byteLength", binary.size()}}};
+    change(document);
     std::string text = document.dump();
     text.resize((text.size() + 3) / 4 * 4, ' ');
     binary.resize((binary.size() + 3) / 4 * 4);

@@ -3,6 +3,7 @@
 #include "BipedFile.h"
 
 #include <array>
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -24,6 +25,10 @@ struct SkinnedFile {
     bool isUnderScaledArmature = false;
     /** The table of a VRM character. */
     bool isVRM = false;
+    /** The skin says no inverse bind matrices, which then are identities. */
+    bool hasNoBindMatrices = false;
+    /** Does something to the document before it is written. */
+    std::function<void(nlohmann::json&)> change = [](nlohmann::json&) {};
     /** One vertex's weights sum up to 1.2. */
     bool hasFaultyWeights = false;
 

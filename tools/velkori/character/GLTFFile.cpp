@@ -233,6 +233,12 @@ int GLTFFile::AddIndices(std::span<const uint32_t> values) {
     return accessor;
 }
 
+bool GLTFFile::Holds(size_t first, size_t stride, size_t count, size_t size) const {
+    // A file's own numbers may be too large for their products.
+    return count > 0 && count <= binary.size() && stride <= binary.size() && first <= binary.size() &&
+           first + (count - 1) * stride + size <= binary.size();
+}
+
 void GLTFFile::SetTarget(int accessor, int target) {
     const int view = List("accessors").at(accessor)["bufferView"].get<int>();
     List("bufferViews").at(view)["target"] = target;

@@ -32,9 +32,8 @@ WeightPlaces FindWeights(const GLTFFile& file, const JSON& accessor) {
     places.first = view.value("byteOffset", size_t{0}) + accessor.value("byteOffset", size_t{0});
     places.stride = view.value("byteStride", elementSize);
     places.count = accessor.value("count", size_t{0});
-    const bool isInside =
-        view.value("buffer", 0) == 0 && !view.contains("extensions") && places.count > 0 &&
-        places.first + (places.count - 1) * places.stride + elementSize <= file.binary.size();
+    const bool isInside = view.value("buffer", 0) == 0 && !view.contains("extensions") &&
+                          file.Holds(places.first, places.stride, places.count, elementSize);
     return isInside ? places : WeightPlaces();
 }
 

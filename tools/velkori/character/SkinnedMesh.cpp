@@ -27,8 +27,8 @@ class AccessorReader {
         const size_t stride = view.value("byteStride", size * components);
         const size_t first = view.value("byteOffset", size_t{0}) + accessor.value("byteOffset", size_t{0});
         const size_t count = accessor.value("count", size_t{0});
-        if (size == 0 || count == 0 || view.contains("extensions") ||
-            first + (count - 1) * stride + size * components > file.binary.size()) {
+        if (size == 0 || view.contains("extensions") ||
+            !file.Holds(first, stride, count, size * components)) {
             return {};
         }
         const bool isNormalized = accessor.value("normalized", false);

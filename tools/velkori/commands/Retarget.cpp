@@ -118,6 +118,9 @@ void CheckOutput(const RetargetCommand& command) {
         }
         CheckWritable(path);
     }
+    if (!command.json.empty()) {
+        CheckWritable(command.json);
+    }
 }
 
 void Write(const RetargetCommand& command, const Configuration& configuration,

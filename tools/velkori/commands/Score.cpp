@@ -1,3 +1,4 @@
+#include "OutputFile.h"
 #include "commands/Commands.h"
 #include "commands/RigTexts.h"
 #include "commands/ScoreReport.h"
@@ -18,6 +19,9 @@ struct ScoreCommand {
 };
 
 void Run(ScoreCommand& command) {
+    if (!command.json.empty()) {
+        CheckWritable(command.json);
+    }
     const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
     const NamingHabits names = LoadNames(command.namesFile);

@@ -6,6 +6,7 @@
 #include "character/NodeAnimation.h"
 #include "character/SceneToGLTF.h"
 #include "character/VRMA.h"
+#include "motion/FileFormat.h"
 
 #include <fmt/format.h>
 
@@ -18,8 +19,8 @@ namespace {
 constexpr velkori_SkeletonType target = velkori_SkeletonType_Target;
 
 bool IsGLTF(const std::string& path) {
-    const std::string extension = LowerCaseExtension(path);
-    return extension == ".glb" || extension == ".gltf" || extension == ".vrm";
+    const FileFormat format = FindFileFormat(path);
+    return format == FileFormat::GLB || format == FileFormat::GLTF;
 }
 
 GLTFFile LoadCharacter(const std::string& path, std::vector<std::string>& notes) {
@@ -76,6 +77,9 @@ SkinnedMesh LoadSkin(const Configuration& configuration, const RigFile& characte
     const GLTFFile file = LoadCharacter(character.path, ignored);
     SkinnedMesh mesh =
         ReadSkin(file, FindNodes(file, configuration.JointNames(target), configuration.Parents(target)));
+    if (mesh.vertices.empty()) {
+        return mesh;
+    }
     std::vector<Transform> places;
     for (SkinnedMesh::Vertex& vertex : mesh.vertices) {
         for (SkinnedMesh::Influence& influence : vertex) {
@@ -96,7 +100,7 @@ SkinnedMesh LoadSkin(const Configuration& configuration, const RigFile& characte
 }
 
 bool CanCarryMotion(const std::string& path) {
-    return LowerCaseExtension(path) != ".bvh";
+    return FindFileFormat(path) != FileFormat::BVH;
 }
 
 void WriteCharacter(const std::string& path, const Configuration& configuration, const RigFile& character,

@@ -26,6 +26,11 @@ class DocumentCheck {
         if (!document.is_object() || !document.contains("asset")) {
             Refuse("its document can't be read");
         }
+        // Whatever is named by a number is in a list of objects.
+        for (const char* list :
+            {"nodes", "meshes", "skins", "accessors", "bufferViews", "buffers", "materials", "scenes"}) {
+            List(list);
+        }
         CheckNodes();
         CheckData();
         for (const JSON& skin : List("skins")) {
@@ -84,9 +89,12 @@ class DocumentCheck {
     }
 
     void CheckIndexValue(const JSON& value, const char* list) const {
-        const bool isThere = value.is_number() && value.get<double>() >= 0.0 &&
-                             value.get<double>() < static_cast<double>(List(list).size());
-        Require(isThere, fmt::format("it names {} of its {} {}", value.dump(), List(list).size(), list));
+        const auto found = document.find(list);
+        const size_t size = found == document.end() ? 0 : found->size();
+        if (!value.is_number() ||
+            !(value.get<double>() >= 0.0 && value.get<double>() < static_cast<double>(size))) {
+            Refuse(fmt::format("it names {} of its {} {}", value.dump(), size, list));
+        }
     }
 
     void CheckIndex(const JSON& owner, const char* member, const char* list) const {
@@ -135,29 +143,26 @@ class DocumentCheck {
             CheckIndices(nodes[node], "children", "nodes");
             for (const JSON& child : nodes[node].value("children", JSON::array())) {
                 int& parent = parents[child.get<size_t>()];
-                Require(parent < 0, fmt::format("node {} has two parents", child.get<size_t>()));
+                if (parent >= 0) {
+                    Refuse(fmt::format("node {} has two parents", child.get<size_t>()));
+                }
                 parent = static_cast<int>(node);
             }
         }
         CheckIsForest(parents);
     }
 
-    /** With one parent at most, what can't be reached from a node without parents is a circle. */
+    /** Who reads a scene goes down its trees step by step; no skeleton is so deep that this could fail. */
     void CheckIsForest(const std::vector<int>& parents) const {
-        std::vector<bool> isSafe(parents.size(), false);
+        constexpr size_t deepest = 1000;
         for (size_t node = 0; node < parents.size(); ++node) {
-            std::vector<size_t> way;
-            size_t above = node;
-            while (!isSafe[above] && way.size() <= parents.size()) {
-                way.push_back(above);
-                if (parents[above] < 0) {
-                    break;
-                }
-                above = parents[above];
+            size_t depth = 0;
+            for (int above = parents[node]; above >= 0 && depth <= deepest; above = parents[above]) {
+                ++depth;
             }
-            Require(way.size() <= parents.size(), fmt::format("node {} stands below itself", node));
-            for (const size_t passed : way) {
-                isSafe[passed] = true;
+            if (depth > deepest) {
+                Refuse(
+                    fmt::format("node {} is more than {} levels deep or stands below itself", node, deepest));
             }
         }
     }
