@@ -32,7 +32,8 @@ struct GLTFFile {
     /** Appends indices, as 32 bits. */
     int AddIndices(std::span<const uint32_t> values);
 
-    /** Whether elements of a size lie within the binary data: the first one's place, their distance, count. */
+    /** Whether elements of a size lie within the binary data: the first one's place, their distance, count.
+     */
     bool Holds(size_t first, size_t stride, size_t count, size_t size) const;
 
     /** Says what a view holds: 34962 for what vertices have, 34963 for indices. */

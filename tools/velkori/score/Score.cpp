@@ -216,8 +216,11 @@ class ClipScorer {
             isPlanted = isPlanted || slower.HasAny();
             slide = std::max(slide, slower.Value());
         }
-        if (isPlanted) {
+        // A body that is kept in place treads as on a belt.
+        if (isPlanted && clip.path != MotionPath::InPlace) {
             Add("footSlide", "planted feet's slide", "cm/s", 100.0 * slide, 3.0, 12.0);
+        }
+        if (isPlanted) {
             Add("footHeight", "planted feet's height", "cm", 100.0 * height.Value(), 2.0, 6.0);
         }
     }
@@ -230,9 +233,12 @@ class ClipScorer {
         Vector3 low = {0.0f, 0.0f, 0.0f};
         Vector3 high = low;
         for (int frame = 0; frame < frameCount; ++frame) {
-            const Vector3 from =
+            Vector3 from =
                 (source.HipsMiddle(clip.source.Frame(frame)) - source.HipsMiddle(clip.source.Frame(0))) *
                 scale;
+            if (clip.path == MotionPath::InPlace) {
+                from = {0.0f, from.y, 0.0f};
+            }
             const Vector3 to = target.HipsMiddle(clip.Frame(frame)) - target.HipsMiddle(clip.Frame(0));
             off.Add(Length(to - from));
             low = {std::min(low.x, from.x), std::min(low.y, from.y), std::min(low.z, from.z)};
