@@ -42,7 +42,7 @@ void Run(RigCommand& command) {
     SayNotes(rig.remarks);
     const Configuration configuration = MakeConfiguration(rig, command.options);
     SayWarnings();
-    const std::string document = configuration.Document(rig.space);
+    const std::string document = configuration.Document(DocumentSpace(rig.space));
     WriteTextFile(
         command.output, command.isTarget ? WithTargetFile(document, FileOf(rig, command.file)) : document);
     if (command.output != "-") {

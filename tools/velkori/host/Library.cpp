@@ -17,6 +17,10 @@ std::vector<LogLine>& Log() {
     return log;
 }
 
+bool IsLeftHanded(const velkori_CoordinateSpace_& space) {
+    return Dot(Cross(space.up, space.forward), space.right) > 0.0f;
+}
+
 void AddLogLine(velkori_LogLevel level, const char* message) {
     const std::string_view text(message);
     constexpr std::string_view prefixEnd = "]: ";
@@ -177,9 +181,21 @@ Configuration LoadDocumentFile(const std::string& path) {
 
 void ConvertSpace(std::vector<Transform>& transforms, const velkori_CoordinateSpace_& from,
     const velkori_CoordinateSpace_& to) {
-    Check(velkori_applyWorldSpaceCoordinateSpaceConversion(
-              transforms.data(), static_cast<int32_t>(transforms.size()), from, to),
-        "can't convert poses between coordinate spaces");
+    // The library mirrors along the axis that is right in the end, and does so before it turns. Both axes are
+    // the same only if nothing is left to turn.
+    velkori_CoordinateSpace_ between = to;
+    if (IsLeftHanded(from) != IsLeftHanded(to)) {
+        between.right = to.right * -1.0f;
+    }
+    for (const auto& [before, after] : {std::pair{from, between}, std::pair{between, to}}) {
+        Check(velkori_applyWorldSpaceCoordinateSpaceConversion(
+                  transforms.data(), static_cast<int32_t>(transforms.size()), before, after),
+            "can't convert poses between coordinate spaces");
+    }
+}
+
+velkori_CoordinateSpace_ DocumentSpace(const velkori_CoordinateSpace_& space) {
+    return space.right.x != 0.0f ? space : fileSpace;
 }
 
 } // namespace Velkori_Tool

@@ -75,4 +75,8 @@ void ConvertSpace(std::vector<Transform>& transforms, const velkori_CoordinateSp
 inline constexpr velkori_CoordinateSpace_ fileSpace = {
     {0.0f, 1.0f, 0.0f}, {0.0f, 0.0f, 1.0f}, {-1.0f, 0.0f, 0.0f}};
 
+/** The space for the document of a rig whose file has another one: the file's own, if the library converts to
+ * and from it, which takes one where right lies along x. */
+velkori_CoordinateSpace_ DocumentSpace(const velkori_CoordinateSpace_& space);
+
 } // namespace Velkori_Tool
