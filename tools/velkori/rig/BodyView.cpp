@@ -193,6 +193,30 @@ class BodyViewer {
         return shares;
     }
 
+    /**
+     * How likely an axis is up that the body is along in a share of the frames. A body that lies along it is,
+     * too; but only along the true one the lowest part of it is at one height, standing and lying, and that
+     * mostly at nought. And few files have another axis up than the format's or z.
+     */
+    float Uprightness(const Vector3& axis, float share) const {
+        std::vector<float> lowest;
+        float size = 1e-6f;
+        constexpr int mostFrames = 200;
+        const int step = 1 + motion.frameCount / mostFrames;
+        for (int frame = 0; frame < motion.frameCount; frame += step) {
+            const BodySpan span = MeasureBodySpan(skeleton, motion.Frame(frame), view.known, axis);
+            lowest.push_back(span.lowest);
+            size = std::max(size, span.highest - span.lowest);
+        }
+        std::sort(lowest.begin(), lowest.end());
+        const float ground = lowest[lowest.size() / 10];
+        const float spread = lowest[lowest.size() * 9 / 10] - ground;
+        constexpr float little = 0.15f;
+        const float usual = Dot(axis, motion.statedUp) > 0.5f ? 6.0f : (axis.z > 0.5f ? 3.0f : 1.0f);
+        return share * usual /
+               ((little + spread / size) * (little + std::min(1.0f, std::fabs(ground) / size)));
+    }
+
     static size_t AxisIndex(const Vector3& axis) {
         size_t index = 0;
         while (index + 1 < axes.size() && Dot(axes.at(index), axis) < 0.5f) {
@@ -220,15 +244,21 @@ class BodyViewer {
             return up;
         }
         const auto shares = UprightShares();
-        const size_t most = std::max_element(shares.begin(), shares.end()) - shares.begin();
         const float ownShare = shares.at(AxisIndex(own));
         // Somebody may lie or turn somersaults all clip long; that they stand up once settles it.
         constexpr float once = 0.1f;
-        constexpr float nearlyAlways = 0.6f;
-        const bool restDecides = !isFrame && ownShare >= once;
-        const Vector3 up = !restDecides && shares.at(most) >= nearlyAlways ? axes.at(most)
-                           : isFrame && shares.at(most) > 2.0f * ownShare  ? axes.at(most)
-                                                                           : own;
+        constexpr float shareOfRest = 0.3f;
+        const bool restDecides = stands && !isFrame && ownShare >= once;
+        Vector3 up = own;
+        float best = Uprightness(own, std::max(ownShare, stands && !isFrame ? shareOfRest : 0.0f));
+        for (size_t axis = 0; axis < axes.size() && !restDecides; ++axis) {
+            const float uprightness =
+                shares.at(axis) >= once ? Uprightness(axes.at(axis), shares.at(axis)) : 0.0f;
+            if (uprightness > best) {
+                best = uprightness;
+                up = axes.at(axis);
+            }
+        }
         AddUpRemark(up, fmt::format("the body is upright along it in {:.0f} % of the frames",
                             100.0f * shares.at(AxisIndex(up))));
         return up;
