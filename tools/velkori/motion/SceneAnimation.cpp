@@ -98,6 +98,48 @@ double FindRate(const std::vector<double>& keyTimes, std::optional<double> state
     return rateOfFreeKeys;
 }
 
+/** Whether all keys but each `count`-th lie where a straight way between those leads. */
+bool LiesOnEach(const aiNodeAnim& channel, unsigned count) {
+    const std::span keys(channel.mRotationKeys, channel.mNumRotationKeys);
+    constexpr float exact = 3e-7f;
+    for (size_t i = 0; i < keys.size(); ++i) {
+        const size_t before = i - i % count;
+        const size_t after = std::min<size_t>(before + count, keys.size() - 1);
+        const auto share = static_cast<float>(i - before) / static_cast<float>(after - before);
+        aiQuaternion between;
+        aiQuaternion::Interpolate(
+            between, keys[before].mValue, keys[after].mValue, after > before ? share : 0.0f);
+        const aiQuaternion& q = keys[i].mValue;
+        const float cosine = q.x * between.x + q.y * between.y + q.z * between.z + q.w * between.w;
+        if (1.0f - std::fabs(cosine) > exact) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/** How many keys a file has for each frame that was captured: some exporters put keys between. */
+unsigned KeysPerFrame(const aiAnimation& animation, double keysPerSecond) {
+    constexpr double leastDense = 100.0;
+    constexpr double leastFrameRate = 23.9;
+    for (const unsigned count : {10U, 8U, 6U, 5U, 4U, 3U, 2U}) {
+        bool isOnEach = keysPerSecond >= leastDense && keysPerSecond / count >= leastFrameRate;
+        size_t testedKeys = 0;
+        for (unsigned i = 0; isOnEach && i < animation.mNumChannels; ++i) {
+            const aiNodeAnim& channel = *animation.mChannels[i];
+            // What never turns tells nothing.
+            if (channel.mNumRotationKeys > 2 * count && !LiesOnEach(channel, channel.mNumRotationKeys - 1)) {
+                isOnEach = LiesOnEach(channel, count);
+                testedKeys += channel.mNumRotationKeys;
+            }
+        }
+        if (isOnEach && testedKeys > 0) {
+            return count;
+        }
+    }
+    return 1;
+}
+
 } // namespace
 
 double TicksPerSecond(const aiAnimation& animation) {
@@ -123,6 +165,9 @@ FrameTimes FindFrameTimes(const aiAnimation& animation, std::optional<double> st
     }
     constexpr double usualRate = 30.0;
     double rate = densest.size() > 1 ? FindRate(densest, statedFramesPerSecond) : usualRate;
+    if (!statedFramesPerSecond) {
+        rate /= KeysPerFrame(animation, rate);
+    }
     rate = wantedFramesPerSecond.value_or(rate);
     FrameTimes frames = {densest.empty() ? 0.0 : first * ticksPerSecond, ticksPerSecond / rate, 1};
     constexpr double mostFrames = 1e9;

@@ -18,6 +18,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <optional>
 #include <set>
@@ -34,6 +35,10 @@ Transform WithoutScale(const aiMatrix4x4& matrix) {
     matrix.Decompose(scale, rotation, position);
     return {Normalized(Quaternion{rotation.x, rotation.y, rotation.z, rotation.w}),
         {position.x, position.y, position.z}, {1.0f, 1.0f, 1.0f}};
+}
+
+aiVector3D PlaceOf(const aiMatrix4x4& matrix) {
+    return {matrix.a4, matrix.b4, matrix.c4};
 }
 
 aiMatrix4x4 WorldMatrix(const aiNode& node) {
@@ -67,9 +72,12 @@ class SceneSkeleton {
         for (const aiNode* node : joints) {
             const auto bone = bindMatrices.find(node);
             const auto parent = worlds.find(node->mParent);
+            const aiNode* const carrier = bone != bindMatrices.end() ? nullptr : BoneUnder(*node);
             worlds[node] = bone != bindMatrices.end() ? bone->second
-                           : parent != worlds.end()   ? parent->second * node->mTransformation
-                                                      : WorldMatrix(*node);
+                           : carrier != nullptr ? bindMatrices.at(carrier) * WorldMatrix(*carrier).Inverse() *
+                                                      WorldMatrix(*node)
+                           : parent != worlds.end() ? parent->second * node->mTransformation
+                                                    : WorldMatrix(*node);
             skeleton.jointNames.emplace_back(node->mName.C_Str());
             const auto parentJoint = std::find(joints.begin(), joints.end(), node->mParent);
             skeleton.parents.push_back(
@@ -176,6 +184,32 @@ class SceneSkeleton {
     }
 
     /**
+     * The bone on which a node lies as the scene is stored, though it hangs from elsewhere: a handle, which
+     * lies there when the mesh is bound, too. Null if there is none.
+     */
+    const aiNode* BoneUnder(const aiNode& node) const {
+        for (const aiNode* above = node.mParent; above != nullptr; above = above->mParent) {
+            if (bindMatrices.count(above) > 0) {
+                return nullptr;
+            }
+        }
+        const aiNode* bone = nullptr;
+        const aiVector3D own = PlaceOf(WorldMatrix(node));
+        float nearest = std::numeric_limits<float>::max();
+        float farthest = 0.0f;
+        for (const auto& [other, place] : bonePlaces) {
+            const float distance = (place - own).Length();
+            farthest = std::max(farthest, distance);
+            if (distance < nearest) {
+                nearest = distance;
+                bone = other;
+            }
+        }
+        constexpr float onBone = 0.001f;
+        return nearest < onBone * farthest ? bone : nullptr;
+    }
+
+    /**
      * Where a skin stands in the scene. A mesh's own node says so, but not in glTF: there only the joints'
      * way from bind to scene does. A program writes its skins in the world's space, the mesh's or the
      * armature's; the joints as they are stored, though they may be in a pose, tell which, as most of them
@@ -219,14 +253,13 @@ class SceneSkeleton {
 
     /** The placement with the scale that makes the bones as long as the scene has them. */
     static aiMatrix4x4 ScaledToScene(const Skin& skin, const aiMatrix4x4& placement) {
-        const auto place = [](const aiMatrix4x4& m) { return aiVector3D(m.a4, m.b4, m.c4); };
         float bound = 0.0f;
         float stored = 0.0f;
         for (const auto& [node, bind] : skin.bones) {
             for (const auto& [other, otherBind] : skin.bones) {
                 if (node->mParent == other) {
-                    bound += (place(placement * bind) - place(placement * otherBind)).Length();
-                    stored += (place(WorldMatrix(*node)) - place(WorldMatrix(*other))).Length();
+                    bound += (PlaceOf(placement * bind) - PlaceOf(placement * otherBind)).Length();
+                    stored += (PlaceOf(WorldMatrix(*node)) - PlaceOf(WorldMatrix(*other))).Length();
                 }
             }
         }
@@ -242,18 +275,17 @@ class SceneSkeleton {
     /** The placement moved to where the scene has the topmost bone, if that is far away: then no pose is why.
      */
     static aiMatrix4x4 MovedToScene(const Skin& skin, const aiMatrix4x4& placement) {
-        const auto place = [](const aiMatrix4x4& m) { return aiVector3D(m.a4, m.b4, m.c4); };
         const auto hasParent = [&](const auto& bone) {
             return std::any_of(skin.bones.begin(), skin.bones.end(),
                 [&](const auto& other) { return other.first == bone.first->mParent; });
         };
         const auto top = std::find_if_not(skin.bones.begin(), skin.bones.end(), hasParent);
-        const aiVector3D first = place(placement * top->second);
+        const aiVector3D first = PlaceOf(placement * top->second);
         float size = 0.0f;
         for (const auto& [node, bind] : skin.bones) {
-            size = std::max(size, (place(placement * bind) - first).Length());
+            size = std::max(size, (PlaceOf(placement * bind) - first).Length());
         }
-        const aiVector3D way = place(WorldMatrix(*top->first)) - first;
+        const aiVector3D way = PlaceOf(WorldMatrix(*top->first)) - first;
         constexpr float farAway = 0.4f;
         if (way.Length() < farAway * size) {
             return placement;
@@ -263,12 +295,27 @@ class SceneSkeleton {
         return moving * placement;
     }
 
+    /** Skins that share a bone are bound in one pose. */
+    std::optional<aiMatrix4x4> PlacementByOthers(const Skin& skin) const {
+        for (const auto& [node, bind] : skin.bones) {
+            const auto placed = bindMatrices.find(node);
+            if (placed != bindMatrices.end()) {
+                aiMatrix4x4 inverse = bind;
+                return placed->second * inverse.Inverse();
+            }
+        }
+        return std::nullopt;
+    }
+
     void PlaceSkins() {
         for (const Skin& skin : skins) {
-            const aiMatrix4x4 placement =
-                isGLTF ? MovedToScene(skin, SkinPlacement(skin)) : SkinPlacement(skin);
+            const std::optional<aiMatrix4x4> shared = PlacementByOthers(skin);
+            const aiMatrix4x4 placement = !isGLTF  ? SkinPlacement(skin)
+                                          : shared ? *shared
+                                                   : MovedToScene(skin, SkinPlacement(skin));
             for (const auto& [node, bind] : skin.bones) {
                 bindMatrices.emplace(node, placement * bind);
+                bonePlaces.emplace_back(node, PlaceOf(WorldMatrix(*node)));
             }
         }
     }
@@ -361,6 +408,8 @@ class SceneSkeleton {
     std::vector<size_t> jointNodes;
     std::vector<Skin> skins;
     std::map<const aiNode*, aiMatrix4x4> bindMatrices;
+    /** Where each bone is as the scene is stored. */
+    std::vector<std::pair<const aiNode*, aiVector3D>> bonePlaces;
 };
 
 void SampleAnimation(const aiAnimation& animation, std::optional<double> statedRate,
