@@ -1,6 +1,7 @@
 #include "host/RestPoseMatch.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace Velkori_Tool {
 
@@ -18,6 +19,7 @@ class RestPoseMatcher {
         for (const Side side : {Side::Left, Side::Right}) {
             TurnBone(BodyPart::UpperArm, BodyPart::LowerArm, side);
             TurnBone(BodyPart::LowerArm, BodyPart::Wrist, side);
+            TurnHand(side);
             const int ankle = target.map.JointAt(BodyPart::Ankle, side);
             const Quaternion foot = ankle < 0 ? identityRotation : pose[ankle].orientation;
             TurnBone(BodyPart::UpperLeg, BodyPart::LowerLeg, side);
@@ -95,6 +97,73 @@ class RestPoseMatcher {
         if (joint >= 0 && end >= 0 && IsBelow(joint, end)) {
             Turn(joint, ShortestTurn(Way(pose, joint, end), wanted));
         }
+    }
+
+    /** Where a hand's knuckles lie from its wrist, and from the index to the little finger; none where fewer
+     * than two fingers are known. */
+    static std::optional<Quaternion> HandOrientation(
+        const MappedBody& body, const std::vector<Transform>& pose, Side side) {
+        std::vector<Vector3> knuckles;
+        for (const BodyPart finger : {BodyPart::Index, BodyPart::Middle, BodyPart::Ring, BodyPart::Little}) {
+            const int joint = body.map.JointAt(finger, side);
+            if (joint >= 0) {
+                knuckles.push_back(pose[joint].position);
+            }
+        }
+        const int wrist = body.map.JointAt(BodyPart::Wrist, side);
+        if (wrist < 0 || knuckles.size() < 2) {
+            return std::nullopt;
+        }
+        const Vector3 out = (knuckles.front() + knuckles.back()) * 0.5f - pose[wrist].position;
+        const Vector3 across = knuckles.front() - knuckles.back();
+        const Quaternion swing = ShortestTurn({0.0f, 0.0f, 1.0f}, out);
+        const Quaternion twist =
+            ShortestTurn(Rotate(swing, {1.0f, 0.0f, 0.0f}), WithoutAxis(across, Normalized(out)));
+        return twist * swing;
+    }
+
+    /** Hands and fingers that are held alike keep what their own shapes differ by. */
+    static bool IsAnotherWay(float degrees) {
+        constexpr float alike = 15.0f;
+        constexpr float beyondDoubt = 130.0f;
+        return degrees > alike && degrees < beyondDoubt;
+    }
+
+    void TurnHand(Side side) {
+        const int wrist = target.map.JointAt(BodyPart::Wrist, side);
+        const auto own = HandOrientation(target, pose, side);
+        const auto wanted = HandOrientation(source, source.skeleton.rest, side);
+        if (own && wanted && IsAnotherWay(AngleBetween(*own, *wanted))) {
+            Turn(wrist, *wanted * Inverse(*own));
+        }
+        for (const BodyPart finger :
+            {BodyPart::Thumb, BodyPart::Index, BodyPart::Middle, BodyPart::Ring, BodyPart::Little}) {
+            for (int number = 0; number < 3; ++number) {
+                const int joint = target.map.JointAt(finger, side, number);
+                const Vector3 bone = FingerBone(target, pose, {finger, side, number});
+                const Vector3 counterpart = FingerBone(source, source.skeleton.rest, {finger, side, number});
+                if (joint >= 0 && Length(bone) > 0.0f && Length(counterpart) > 0.0f &&
+                    IsAnotherWay(AngleBetween(bone, counterpart))) {
+                    Turn(joint, ShortestTurn(bone, counterpart));
+                }
+            }
+        }
+    }
+
+    /** To the finger's next joint, to the one joint at its end, or else straight on. */
+    static Vector3 FingerBone(
+        const MappedBody& body, const std::vector<Transform>& pose, const BodyPlace& place) {
+        const int joint = body.map.JointAt(place.part, place.side, place.number);
+        const int next = body.map.JointAt(place.part, place.side, place.number + 1);
+        if (joint < 0 || next >= 0) {
+            return Way(pose, joint, next);
+        }
+        const std::vector<int>& parents = body.skeleton.parents;
+        const auto child = std::find(parents.begin(), parents.end(), joint);
+        if (child != parents.end()) {
+            return Way(pose, joint, static_cast<int>(child - parents.begin()));
+        }
+        return Way(pose, body.map.JointAt(place.part, place.side, place.number - 1), joint);
     }
 
     /** From the middle of the hip joints to the neck. */
