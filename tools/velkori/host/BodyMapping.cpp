@@ -148,8 +148,10 @@ class MappingCompleter {
         for (const FollowingJoint& follower : target.map.followers) {
             Follow(follower);
         }
-        for (const int joint : target.map.ends) {
-            mappings.erase(target.skeleton.jointNames[joint]);
+        for (const auto* const riding : {&target.map.ends, &target.map.palms}) {
+            for (const int joint : *riding) {
+                mappings.erase(target.skeleton.jointNames[joint]);
+            }
         }
         DropTwistsOffTheBone();
         for (const WantedMapping& mapping : wanted) {

@@ -76,6 +76,9 @@ class BodyMapper {
         MapHumanoidTable();
         for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
             const bool follows = FindFollower(joint);
+            if (IsUnplacedPalm(joint)) {
+                map.palms.push_back(joint);
+            }
             if (!follows && names[joint].isHelper && children[joint].empty() && !HasPlace(joint)) {
                 map.ends.push_back(joint);
             }
@@ -142,10 +145,18 @@ class BodyMapper {
     /** Where nothing is named a head: a neck that is numbered on ends in it, or else carries it. */
     int EndOfNeck(int neck) const {
         int joint = neck;
-        while (joint >= 0 && children[joint].size() == 1 &&
+        int before = neck;
+        while (joint >= 0 && children[joint].size() == 1 && !names[children[joint].front()].isHelper &&
                names[children[joint].front()].word == names[joint].word) {
+            before = joint;
             joint = children[joint].front();
         }
+        // Without names, the bone above the head's joint is longer than the neck's and ends at its top.
+        const bool endsAtTop = before != neck && before >= 0 && names[joint].word.empty() &&
+                               children[joint].empty() &&
+                               Length(Position(joint) - Position(before)) >
+                                   Length(Position(before) - Position(skeleton.parents[before]));
+        joint = endsAtTop ? before : joint;
         const bool carriesOne = joint >= 0 && joint == neck && children[joint].size() == 1 &&
                                 !names[children[joint].front()].isHelper;
         return carriesOne ? children[joint].front() : (joint == neck ? -1 : joint);
@@ -251,6 +262,15 @@ class BodyMapper {
         return NameFit(names[joint], BodyPart::Palm) > 0.0f ||
                names[joint].word.find("metacarpal") != std::string::npos ||
                names[joint].word.find("inhand") != std::string::npos;
+    }
+
+    /** A hand below a wrist, a metacarpal or what else of the palm isn't of a finger. */
+    bool IsUnplacedPalm(int joint) const {
+        const auto isBelow = [&](velkori_KnownJointType wrist) {
+            return Known(wrist) >= 0 && joint != Known(wrist) && IsBelow(Known(wrist), joint);
+        };
+        return !HasPlace(joint) && (NameFit(names[joint], BodyPart::Wrist) > 0.0f || IsPalm(joint)) &&
+               (isBelow(velkori_KnownJointType_LeftWrist) || isBelow(velkori_KnownJointType_RightWrist));
     }
 
     void MapFingers(Side side) {

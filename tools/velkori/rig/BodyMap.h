@@ -64,6 +64,8 @@ struct BodyMap {
     std::vector<FollowingJoint> followers;
     /** Joints that end a chain and turn nothing. */
     std::vector<int> ends;
+    /** Joints inside the palm, which ride on the wrist. */
+    std::vector<int> palms;
     /** Every joint's side by its name. */
     std::vector<Side> sides;
 

@@ -44,16 +44,24 @@ std::pair<char32_t, size_t> FirstCodePoint(std::string_view text) {
 std::string Fold(std::string_view text) {
     // U+00C0 to U+00FF; a dash where a letter stays as it is.
     constexpr std::string_view latin = "AAAAAA-CEEEEIIII-NOOOOO-OUUUUY--aaaaaa-ceeeeiiii-nooooo-ouuuuy-y";
+    // U+0100 to U+017F.
+    constexpr std::string_view moreLatin =
+        "AaAaAaCcCcCcCcDdDdEeEeEeEeEeGgGgGgGgHhHhIiIiIiIiIi--JjKk-LlLlLlLlLlNnNnNn---OoOoOo--"
+        "RrRrRrSsSsSsSsTtTtTtUuUuUuUuUuUuWwYyYZzZzZz-";
     std::string folded;
     while (!text.empty()) {
         const auto [point, length] = FirstCodePoint(text);
         const bool isWide = point >= 0xFF01 && point <= 0xFF5E;
         const bool isAccented = length == 2 && point >= 0xC0 && point <= 0xFF && latin[point - 0xC0] != '-';
+        const bool isOfMore =
+            length == 2 && point >= 0x100 && point <= 0x17F && moreLatin[point - 0x100] != '-';
         const bool isCapitalCyrillic = point >= 0x410 && point <= 0x42F;
         if (isWide) {
             folded += static_cast<char>(point - 0xFEE0);
         } else if (isAccented) {
             folded += latin[point - 0xC0];
+        } else if (isOfMore) {
+            folded += moreLatin[point - 0x100];
         } else if (isCapitalCyrillic) {
             const char32_t small = point + 0x20;
             folded += static_cast<char>(0xC0 | small >> 6);
@@ -96,23 +104,40 @@ std::vector<std::string> Words(std::string_view name) {
     return words;
 }
 
-JointName Parse(const std::vector<std::string>& words, const NamingHabits& habits, std::string_view rigName) {
+/** What a whole rig's names say of each. */
+struct RigHabit {
+    /** The rig's own name, which says nothing of the body. */
+    std::string name;
+    /** What says the sides in it besides the words that always do. */
+    SideWords sides;
+};
+
+JointName Parse(const std::vector<std::string>& words, const NamingHabits& habits, const RigHabit& rig) {
     JointName parsed;
-    for (std::string word : words) {
+    for (size_t i = 0; i < words.size(); ++i) {
+        std::string word = words[i];
         if (IsDigit(word.front())) {
             constexpr size_t mostDigits = 6;
             parsed.numbers.push_back(std::stoi(word.substr(0, mostDigits)));
             continue;
         }
-        if (word == rigName) {
+        if (word == rig.name) {
             continue;
         }
         if (parsed.side == Side::None) {
-            parsed.side = habits.SideOf(word);
+            parsed.side = word == rig.sides.left    ? Side::Left
+                          : word == rig.sides.right ? Side::Right
+                                                    : habits.SideOf(word);
             if (parsed.side != Side::None) {
                 continue;
             }
             parsed.side = habits.TakeGluedSide(word);
+        }
+        // "SpineA", "SpineB" and so on are numbered.
+        const bool isLetter = word.size() == 1 && word.front() >= 'a' && word.front() <= 'e';
+        if (isLetter && i + 1 == words.size() && !habits.MeaningsOf(parsed.word).empty()) {
+            parsed.numbers.push_back(word.front() - 'a' + 1);
+            continue;
         }
         // A "neck twist" is a neck.
         const bool completesWord = !parsed.word.empty() && !habits.MeaningsOf(parsed.word + word).empty();
@@ -176,10 +201,32 @@ std::string FindRigName(const std::vector<std::vector<std::string>>& names, cons
     return isRigName ? most->first : std::string();
 }
 
+/** The pair of words that most names have one of, while others have its counterpart; empty if few do. */
+SideWords FindSides(const std::vector<std::vector<std::string>>& names, const NamingHabits& habits) {
+    const std::set<std::vector<std::string>> all(names.begin(), names.end());
+    SideWords best;
+    constexpr size_t few = 3;
+    size_t most = few;
+    for (const SideWords& pair : habits.Pairs()) {
+        size_t count = 0;
+        for (const std::vector<std::string>& words : names) {
+            const auto place = std::find(words.begin(), words.end(), pair.left);
+            std::vector<std::string> counterpart = words;
+            std::replace(counterpart.begin(), counterpart.end(), pair.left, pair.right);
+            count += place != words.end() && all.count(counterpart) > 0 ? 1 : 0;
+        }
+        if (count > most) {
+            most = count;
+            best = pair;
+        }
+    }
+    return best;
+}
+
 } // namespace
 
 JointName ParseJointName(std::string_view name, const NamingHabits& habits) {
-    return Parse(Words(name), habits, "");
+    return Parse(Words(name), habits, {});
 }
 
 std::vector<JointName> ParseJointNames(const std::vector<std::string>& names, const NamingHabits& habits) {
@@ -195,11 +242,11 @@ std::vector<JointName> ParseJointNames(const std::vector<std::string>& names, co
             }
         }
     }
-    const std::string rigName = FindRigName(words, habits);
+    const RigHabit rig = {FindRigName(words, habits), FindSides(words, habits)};
     std::vector<JointName> parsed;
     parsed.reserve(names.size());
     for (const std::vector<std::string>& list : words) {
-        parsed.push_back(Parse(list, habits, rigName));
+        parsed.push_back(Parse(list, habits, rig));
     }
     return parsed;
 }

@@ -70,6 +70,14 @@ void NamingHabits::AddWord(std::string_view kind, std::string_view word, const s
         sides[std::string(word)] = kind == "left" ? Side::Left : Side::Right;
         return;
     }
+    if (kind == "pairs") {
+        const size_t slash = word.find('/');
+        if (slash == std::string_view::npos || slash == 0 || slash + 1 == word.size()) {
+            throw Failure(fmt::format("{}: '{}' isn't a pair such as g/d", where, word));
+        }
+        pairs.push_back({std::string(word.substr(0, slash)), std::string(word.substr(slash + 1))});
+        return;
+    }
     if (kind == "nothing" || kind == "helper") {
         (kind == "nothing" ? nothing : helpers)[std::string(word)] = true;
         return;

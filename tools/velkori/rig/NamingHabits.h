@@ -21,6 +21,12 @@ struct WordMeaning {
     int needsSide = -1;
 };
 
+/** A word for left and the one for right. */
+struct SideWords {
+    std::string left;
+    std::string right;
+};
+
 /** What the words in joints' names mean. */
 class NamingHabits {
   public:
@@ -34,6 +40,9 @@ class NamingHabits {
     void Add(std::string_view text, const std::string& origin);
 
     Side SideOf(std::string_view word) const;
+
+    /** Words that say a side only where names with the one pair up with names with the other. */
+    std::span<const SideWords> Pairs() const { return pairs; }
 
     bool SaysNothing(std::string_view word) const { return Has(nothing, word); }
 
@@ -54,6 +63,7 @@ class NamingHabits {
     bool MeansSidedPart(std::string_view word) const;
 
     std::map<std::string, Side, std::less<>> sides;
+    std::vector<SideWords> pairs;
     Words nothing;
     Words helpers;
     std::map<std::string, std::vector<WordMeaning>, std::less<>> meanings;

@@ -32,18 +32,21 @@ void FindMissing(const BodyView& body, const BodyOptions& options, Rig& rig) {
     }
 }
 
-/** Moves the body so that the ground under its hips is the origin. */
-void MoveOntoGround(Rig& rig) {
-    FileSkeleton& skeleton = rig.skeleton;
+/** Moves the body so that a place is its origin. */
+void MoveToOrigin(const Vector3& place, Rig& rig) {
+    for (Transform& transform : rig.skeleton.bindPose) {
+        transform.position = transform.position - place;
+    }
+    rig.origin = place * static_cast<float>(1.0 / rig.metresPerUnit);
+}
+
+/** The ground under the hips. */
+Vector3 GroundUnderHips(const Rig& rig) {
+    const FileSkeleton& skeleton = rig.skeleton;
     const Vector3& up = rig.space.up;
     const int hips = rig.known[velkori_KnownJointType_Hips].joint;
-    Vector3 ground = hips < 0 ? skeleton.bindPose.front().position : skeleton.bindPose[hips].position;
-    ground =
-        WithoutAxis(ground, up) + up * MeasureBodySpan(skeleton, skeleton.bindPose, rig.known, up).lowest;
-    for (Transform& transform : skeleton.bindPose) {
-        transform.position = transform.position - ground;
-    }
-    rig.origin = ground * static_cast<float>(1.0 / rig.metresPerUnit);
+    const Vector3 place = hips < 0 ? skeleton.bindPose.front().position : skeleton.bindPose[hips].position;
+    return WithoutAxis(place, up) + up * MeasureBodySpan(skeleton, skeleton.bindPose, rig.known, up).lowest;
 }
 
 /** Puts a joint at the origin, above all joints without parent. */
@@ -102,8 +105,13 @@ Rig MakeRig(const Motion& motion, const RigOptions& options) {
     FindMissing(body, options.body, rig);
     rig.remarks = std::move(body.remarks);
     rig.skeleton.bindPose = Scaled(std::move(rig.skeleton.bindPose), static_cast<float>(rig.metresPerUnit));
-    if (rig.known[velkori_KnownJointType_Root].joint < 0) {
-        MoveOntoGround(rig);
+    const int root = rig.known[velkori_KnownJointType_Root].joint;
+    // Somebody may have put the character anywhere in its scene.
+    constexpr float elsewhere = 0.05f;
+    if (root >= 0 && Length(rig.skeleton.bindPose[root].position) > elsewhere) {
+        MoveToOrigin(rig.skeleton.bindPose[root].position, rig);
+    } else if (root < 0) {
+        MoveToOrigin(GroundUnderHips(rig), rig);
         if (options.body.known.count(velkori_KnownJointType_Root) == 0) {
             AddGroundRoot(rig);
         }
