@@ -67,6 +67,29 @@ Vector3 Over(const Vector3& a, const Vector3& b) {
     return {b.x == 0.0f ? 0.0f : a.x / b.x, b.y == 0.0f ? 0.0f : a.y / b.y, b.z == 0.0f ? 0.0f : a.z / b.z};
 }
 
+/**
+ * What a scale's signs turn by: two of them are half a turn, and so are one or three, but for a mirroring
+ * through the point, which goes with every turn and stays in the scale.
+ */
+Quaternion TurnOfSigns(const Vector3& scale) {
+    const float all = scale.x * scale.y * scale.z < 0.0f ? -1.0f : 1.0f;
+    const bool keepsX = scale.x * all >= 0.0f;
+    const bool keepsY = scale.y * all >= 0.0f;
+    const bool keepsZ = scale.z * all >= 0.0f;
+    return keepsX && keepsY && keepsZ ? identityRotation
+           : keepsX                   ? Quaternion{1.0f, 0.0f, 0.0f, 0.0f}
+           : keepsY                   ? Quaternion{0.0f, 1.0f, 0.0f, 0.0f}
+                                      : Quaternion{0.0f, 0.0f, 1.0f, 0.0f};
+}
+
+/** The same transform with signs that all are alike. */
+Transform WithLikeSigns(const Transform& local) {
+    const Vector3& s = local.scale;
+    const float sign = s.x * s.y * s.z < 0.0f ? -1.0f : 1.0f;
+    return {local.orientation * TurnOfSigns(s), local.position,
+        {sign * std::fabs(s.x), sign * std::fabs(s.y), sign * std::fabs(s.z)}};
+}
+
 /** The world transform below a parent's, both with their scale. */
 Transform ComposeScaled(const Transform& parent, const Transform& local) {
     return {Normalized(parent.orientation * local.orientation),
@@ -234,7 +257,8 @@ class AnimationMaker {
                 NodeTrack& track = tracks[trackOfNode[i]];
                 const Transform& wanted = pose[jointOfNode[node]];
                 const Quaternion inverse = Inverse(above.orientation);
-                local.orientation = Normalized(inverse * wanted.orientation);
+                local.orientation =
+                    Normalized(inverse * wanted.orientation * Inverse(TurnOfSigns(local.scale)));
                 if (track.isMoved) {
                     local.position = Over(Rotate(inverse, wanted.position - above.position), above.scale);
                     const Vector3& p = local.position;
@@ -242,7 +266,7 @@ class AnimationMaker {
                 }
                 AddRotation(local.orientation, track.rotations);
             }
-            worlds[node] = ComposeScaled(above, local);
+            worlds[node] = ComposeScaled(above, WithLikeSigns(local));
         }
     }
 
