@@ -199,14 +199,15 @@ TEST(PrepareCommand, MapsWhatTheGeneratedMappingsLeaveOut) {
     EXPECT_FALSE(told.contains("jaw"));
 }
 
-/** Where a joint's way to another points in the last frame of what becomes of a clip, whose configuration is
- * made of itself unless another file of its rig is given. */
+/** Where a joint's way to another points in the fourth frame of what becomes of a clip on such a hero. The
+ * clip's configuration is made of itself unless another file of its rig is given. */
 Point WayInResult(const std::string& clip, const std::string& from, const std::string& to,
-    const std::string& rigText = {}, const std::vector<std::string>& options = {}) {
+    const std::string& rigText = {}, const std::vector<std::string>& options = {},
+    const std::vector<TreeJoint>& heroJoints = BipedTree()) {
     const TestDirectory directory;
     const std::string path = directory.Write("clip.bvh", clip);
     const std::string source = rigText.empty() ? path : directory.Write("rig.bvh", rigText);
-    const std::string hero = directory.Write("hero.bvh", TreeText(BipedTree(), 1, NoMotion));
+    const std::string hero = directory.Write("hero.bvh", TreeText(heroJoints, 1, NoMotion));
     const std::string config = directory.Path("config.json");
     EXPECT_EQ(RunTool({"prepare", "--source", source, "--target", hero, "-o", config}).exitCode, 0);
     std::vector<std::string> arguments = {
@@ -214,7 +215,7 @@ Point WayInResult(const std::string& clip, const std::string& from, const std::s
     arguments.insert(arguments.end(), options.begin(), options.end());
     const ToolRun run = RunTool(arguments);
     EXPECT_EQ(run.exitCode, 0) << run.errors;
-    // The last frame is the rig's rest pose, which shows where its joints are.
+    // That frame is the rig's rest pose, which shows where its joints are.
     const ToolRun rig = RunTool({"rig", directory.Path("out.bvh"), "-o", directory.Path("rig.json"), "--rest",
         "frame:3", "--up", "y"});
     EXPECT_EQ(rig.exitCode, 0) << rig.errors;
@@ -259,6 +260,57 @@ TEST(RetargetCommand, IsToldWhereAClipWithOtherAxesStandsAtRest) {
     ASSERT_GT(plain.z, 0.1);
     const Point told = WayInResult(clip, "Spine", "Neck", rig, {"--rest", "frame:0"});
     EXPECT_LT(std::hypot(told.x - plain.x, told.y - plain.y, told.z - plain.z), 0.01);
+}
+
+TEST(RetargetCommand, StandsWhicheverWayTheClipsBodyFaces) {
+    // Up and facing along each axis; the library takes them one by one, and mirrors.
+    using Axes = Point (*)(const Point&);
+    for (const Axes axes : {Axes([](const Point& p) {
+                                return Point{p.z, p.y, -p.x};
+                            }),
+             Axes([](const Point& p) {
+                 return Point{-p.z, p.y, p.x};
+             }),
+             Axes([](const Point& p) {
+                 return Point{p.z, p.x, p.y};
+             }),
+             Axes([](const Point& p) {
+                 return Point{p.y, -p.x, p.z};
+             })}) {
+        std::vector<TreeJoint> joints = BipedTree();
+        for (TreeJoint& joint : joints) {
+            joint.position = axes(joint.position);
+        }
+        const std::string clip = TreeText(joints, 4, NoMotion);
+        EXPECT_GT(WayInResult(clip, "Hips", "Neck").y, 0.4);
+        EXPECT_GT(WayInResult(clip, "LeftArm", "LeftForeArm").x, 0.2);
+        EXPECT_GT(WayInResult(clip, "LeftFoot", "LeftToeBase").z, 0.05);
+    }
+}
+
+TEST(RetargetCommand, TakesABodyThatLiesMostOfAClipForALyingOne) {
+    // Upright in the first frames, and then on its back; nothing but the frames says where up is.
+    const std::string clip = TreeTextAlongX(BipedTree(), 20, [](const std::string& joint, int frame) {
+        return Point{joint == "Hips" && frame > 4 ? -90.0 : 0.0, 0.0, joint == "LeftArm" ? -80.0 : 0.0};
+    });
+    EXPECT_GT(WayInResult(clip, "Hips", "Neck").y, 0.4);
+}
+
+TEST(RetargetCommand, BendsFingersAsTheyAreWhereTheRestPoseIsAFrame) {
+    // A fist in all frames, and in the zero pose no body at all; the hero's fingers are straight.
+    const FingerHabit& habit = FingerHabits().front();
+    const std::vector<TreeJoint> joints = WithFingers(habit);
+    const std::string clip = TreeTextAlongX(joints, 4, [](const std::string& joint, int /*frame*/) {
+        return Point{0.0, 0.0,
+            joint == "LeftArm"                                       ? -80.0
+            : joint == "LeftHandIndex2" || joint == "LeftHandIndex3" ? -60.0
+                                                                     : 0.0};
+    });
+    const Point first = WayInResult(clip, "LeftHandIndex1", "LeftHandIndex2", {}, {}, joints);
+    const Point second = WayInResult(clip, "LeftHandIndex2", "LeftHandIndex3", {}, {}, joints);
+    const double bend =
+        std::atan2(first.x * second.y - first.y * second.x, first.x * second.x + first.y * second.y);
+    EXPECT_NEAR(bend * 180.0 / std::acos(-1.0), -60.0, 5.0);
 }
 
 TEST(RigCommand, ReadsAFileByItsContentAndTheWantedPartOfItsMotion) {

@@ -349,6 +349,32 @@ TEST(RetargetCommand, KeepsTheFrameRateOfASceneFile) {
     }
 }
 
+TEST(RetargetCommand, LeavesOutKeysOnTheStraightWayBetweenFrames) {
+    const TestDirectory directory;
+    constexpr int keysPerFrame = 8;
+    BipedFile file;
+    file.frameSeconds = 1.0 / (30.0 * keysPerFrame);
+    file.frameCount = 10 * keysPerFrame + 1;
+    file.motion = [](int joint, int key) {
+        const auto captured = [](int frame) { return 40.0 * std::sin(1.0 * frame); };
+        const double share = 1.0 * (key % keysPerFrame) / keysPerFrame;
+        const int frame = key / keysPerFrame;
+        const double degrees = captured(frame) * (1.0 - share) + captured(frame + 1) * share;
+        return JointMotion{{0.0, 0.0, joint == LeftUpperArm ? degrees : 0.0}, {}};
+    };
+    const std::string clip = directory.Write("keys.bvh", file.Text());
+    const std::string config = directory.Path("config.json");
+    const std::string scene = directory.Path("keys.glb");
+    const std::string result = directory.Path("out.glb");
+    Succeed({"prepare", "--source", clip, "--target", clip, "-o", config});
+    Succeed({"retarget", config, clip, "-o", scene});
+    Succeed({"prepare", "--source", scene, "--target", clip, "-o", config});
+    Succeed({"retarget", config, scene, "-o", result});
+    const ReadMotion motion(result, 1.0);
+    EXPECT_EQ(motion.FrameCount(), 11);
+    EXPECT_NEAR(motion.SecondsBetweenFrames(), 1.0 / 30.0, 1e-5);
+}
+
 TEST(RetargetCommand, TellsJointsApartByTheirNamespaceAndTakesPartOfThem) {
     const TestDirectory directory;
     BipedFile file = WalkFile();
