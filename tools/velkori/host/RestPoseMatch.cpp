@@ -138,6 +138,10 @@ class RestPoseMatcher {
         }
         for (const BodyPart finger :
             {BodyPart::Thumb, BodyPart::Index, BodyPart::Middle, BodyPart::Ring, BodyPart::Little}) {
+            // Of a finger of one joint nothing tells reliably where it points.
+            if (source.map.JointAt(finger, side, 1) < 0 || target.map.JointAt(finger, side, 1) < 0) {
+                continue;
+            }
             for (int number = 0; number < 3; ++number) {
                 const int joint = target.map.JointAt(finger, side, number);
                 const Vector3 bone = FingerBone(target, pose, {finger, side, number});
