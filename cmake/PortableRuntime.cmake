@@ -19,6 +19,6 @@ function(velkori_make_portable library objects)
         return()
     endif()
     # The unwinder (libgcc_s) stays outside: a process should have one, and every system has it.
-    target_sources(${library} PRIVATE private/src/SingleThreadedFlag.c)
+    target_sources(${library} PRIVATE private/src/shared/SingleThreadedFlag.c)
     target_link_options(${library} PRIVATE -static-libstdc++ "LINKER:--gc-sections")
 endfunction()

@@ -1,6 +1,5 @@
 #include "core/PoseData.h"
 
-#include "UtilityContextInstance.h"
 #include "core/SkeletonData.h"
 #include "support/AllocationCount.h"
 #include "support/PoseMatchers.h"

@@ -1,6 +1,6 @@
 #include "retargeting/alignment/LimbProportions.h"
 
-#include "UtilityContextInstance.h"
+#include "shared/ProcessSpace.h"
 #include "support/PlacedBody.h"
 #include "support/PoseMatchers.h"
 
@@ -46,7 +46,7 @@ TEST(LimbProportions, EqualBodiesStayAsTheyAre) {
 // The source has no root joint: of the trunk, hips and chest are what both have.
 TEST(LimbProportions, TheTrunkMovesForwardAndBackOnly) {
     const PlacedJoints source = {{"hips", "", {1, 2, 3}}, {"chest", "hips", {3, 2, 9}}};
-    const velkori_CoordinateSpace_ defaultSpace = UtilityContext::GetCoordinateSpace();
+    const velkori_CoordinateSpace_ defaultSpace = ProcessSpace();
 
     struct Case {
         velkori_Vector3f_ forward{};
@@ -57,14 +57,14 @@ TEST(LimbProportions, TheTrunkMovesForwardAndBackOnly) {
         {Case{{0, 0, 1}, {0, 0, 6}}, Case{{0, 0, -1}, {0, 0, 6}}, Case{{-1, 0, 0}, {2, 0, 0}}}) {
         velkori_CoordinateSpace_ space = defaultSpace;
         space.forward = c.forward;
-        UtilityContext::SetCoordinateSpace(space);
+        SetProcessSpace(space);
         const MatchedBody matched(DeformationLimbsToMatchSourceProportion, source, Trunk());
         ExpectPositions(matched, {{"root", c.offset}, {"hips", c.offset + Vector3f(0, 1, 0)},
                                      {"chest", c.offset + Vector3f(0, 1.4F, 0)}});
         const MatchedBody kept(DeformationLimbsToMatchSourceProportion, source, {{"pelvis", "", {1, 1, 1}}});
         EXPECT_TRUE(kept.pose.IsApproxEqual(kept.target.pose)) << "nothing in common";
     }
-    UtilityContext::SetCoordinateSpace(defaultSpace);
+    SetProcessSpace(defaultSpace);
 }
 
 TEST(LimbProportions, AnArmStretchesAlongItsDirectionAndTheHandComesAlongAsItIs) {

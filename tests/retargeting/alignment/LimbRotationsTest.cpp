@@ -1,6 +1,6 @@
 #include "retargeting/alignment/LimbRotations.h"
 
-#include "UtilityContextInstance.h"
+#include "shared/ProcessSpace.h"
 #include "support/PlacedBiped.h"
 #include "support/PoseMatchers.h"
 
@@ -100,9 +100,9 @@ TEST(LimbRotations, FeetStayLevelAndTheBodyOnItsFloor) {
             "the foot hangs on the ankle as it was");
     }
     // Along another up axis the body keeps its height.
-    UtilityContext::SetCoordinateSpace({{0, 0, -1}, {0, 1, 0}, {1, 0, 0}});
+    SetProcessSpace({{0, 0, -1}, {0, 1, 0}, {1, 0, 0}});
     const MatchedBody lifted(MatchPoseLimbRotations, source, PlacedBiped());
-    UtilityContext::SetCoordinateSpace(VELKORI_DEFAULT_COORDINATE_SPACE);
+    SetProcessSpace(VELKORI_DEFAULT_COORDINATE_SPACE);
     ExpectNear(lifted.PositionOf("hips"), {0, 1, 0}, 1e-5F);
     EXPECT_NEAR(lifted.PositionOf("leftAnkle").y, 0.1F + sunk, 1e-4F);
 }

@@ -1,7 +1,7 @@
 #include "core/ConfigurationData.h"
 
-#include "UtilityContextInstance.h"
 #include "shared/JSONKeywords.h"
+#include "shared/Log.h"
 #include "shared/RapidJSONHelpers.h"
 
 #include <cmath>
@@ -12,8 +12,8 @@ namespace {
 
 void LogIfOffAxis(const Vector3f& axis, const char* name) {
     if (!axis.IsAxisAligned()) {
-        UtilityContext::Log(velkori_LogLevel_Error, "Coordinate Space %s Vector is not Axis Aligned: %s",
-            name, axis.ToString().c_str());
+        Log(velkori_LogLevel_Error, "Coordinate Space %s Vector is not Axis Aligned: %s", name,
+            axis.ToString().c_str());
     }
 }
 

@@ -1,6 +1,6 @@
 #include "core/JointMappingData.h"
 
-#include "UtilityContextInstance.h"
+#include "shared/Log.h"
 #include "shared/RapidJSONHelpers.h"
 
 namespace Velkori_Utility {
@@ -75,7 +75,7 @@ JointMappingData::JointMappingData(const SourceSkeletonData& source, const Targe
     for (const SerializedJointMapping& mapping : mappings) {
         MappingMap& map = mapping.type == velkori_SkeletonType_Source ? sourceMappings : targetMappings;
         if (map.contains(mapping.targetJointIndex)) {
-            UtilityContext::Log(velkori_LogLevel_Warning,
+            Log(velkori_LogLevel_Warning,
                 "Duplicate %s Mapping Entry for Target Joint named \"%s\".  Skipping Duplicate.",
                 JointMappingTypeStrings[mapping.type], target.GetJointName(mapping.targetJointIndex).c_str());
         } else if (mapping.targetJointIndex >= 0 && mapping.targetJointIndex < jointCount) {
@@ -151,10 +151,10 @@ void JointMappingData::CopyMissingMapping(
     MappingMap& map = type == velkori_SkeletonType_Source ? sourceMappings : targetMappings;
     const JointMappingSet* own = map.Find(from->GetTargetJointIndex());
     if (own == nullptr) {
-        UtilityContext::Log(velkori_LogLevel_Warning,
-            "Unmapped joint \"%s\" identified.  Copying Mapping Record.", targetJointName.c_str());
+        Log(velkori_LogLevel_Warning, "Unmapped joint \"%s\" identified.  Copying Mapping Record.",
+            targetJointName.c_str());
     } else if (own->GetBehavior() != from->GetBehavior()) {
-        UtilityContext::Log(velkori_LogLevel_Warning,
+        Log(velkori_LogLevel_Warning,
             "Joint \"%s\" has different blend behavior set for Min/Max mapping data.  Min mapping data "
             "will be used for both.",
             targetJointName.c_str());

@@ -1,10 +1,10 @@
 // Poses made from other poses: blends, scaled ones, and ones with the bone lengths of another.
 
-#include "UtilityContextInstance.h"
 #include "core/InterpolationRatio.h"
 #include "core/JointSpaces.h"
 #include "core/PoseData.h"
 #include "core/SkeletonData.h"
+#include "shared/ProcessSpace.h"
 
 namespace Velkori_Utility {
 
@@ -74,7 +74,7 @@ PoseData PoseData::CalculatePoseAtHeight(float height) const {
     if (!IsInitialized()) {
         return *this;
     }
-    const Vector3f up(UtilityContext::GetCoordinateSpace().up);
+    const Vector3f up(ProcessSpace().up);
     return CalculatePoseAtScale(height / GetEstimatedExtentRange().Multiply(up).Length());
 }
 

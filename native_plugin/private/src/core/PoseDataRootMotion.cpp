@@ -1,9 +1,9 @@
 // A frame's root, rewritten from its hips.
 
-#include "UtilityContextInstance.h"
 #include "core/JointSpaces.h"
 #include "core/PoseData.h"
 #include "core/SkeletonData.h"
+#include "shared/ProcessSpace.h"
 
 namespace Velkori_Utility {
 
@@ -61,7 +61,7 @@ void PoseData::InitializeAndApplyRootMotionBehavior(
     rootSpacePose = pose.GetJointPoses(RootSpace);
     validFlags = RootSpaceFlag;
     if (behavior == velkori_RetargetingRootMotionBehavior_RootFromHips) {
-        const velkori_CoordinateSpace_& space = UtilityContext::GetCoordinateSpace();
+        const velkori_CoordinateSpace_& space = ProcessSpace();
         const Vector3f up(space.up);
         JointPose& rootPose = rootSpacePose[root];
         const JointPose& hipsPose = rootSpacePose[hips];

@@ -1,11 +1,11 @@
 // The sizes that a body can take between the skeleton's minimum and maximum rest pose, and the conversions
 // between root and local space.
 
-#include "UtilityContextInstance.h"
 #include "core/InterpolationRatio.h"
 #include "core/JointComposition.h"
 #include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
+#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 
@@ -58,7 +58,7 @@ std::vector<float> SkeletonData::CalculateJointInterpolationRatios(
 float SkeletonData::ConvertHeightToInterpolationDelta(float height) const {
     const PoseData& minPose = GetTPoseData(velkori_SkeletonTPoseType_Min);
     const PoseData& maxPose = GetTPoseData(velkori_SkeletonTPoseType_Max);
-    const Vector3f up(UtilityContext::GetCoordinateSpace().up);
+    const Vector3f up(ProcessSpace().up);
     return CalculateInterpolationRatio(height, minPose.GetExtents().range.Multiply(up).Length(),
         maxPose.GetExtents().range.Multiply(up).Length());
 }

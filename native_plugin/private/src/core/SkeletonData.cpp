@@ -1,7 +1,7 @@
 #include "core/SkeletonData.h"
 
-#include "UtilityContextInstance.h"
-#include "retargeting/LimbClassification.h"
+#include "core/LimbClassification.h"
+#include "shared/Log.h"
 
 #include <algorithm>
 #include <iterator>
@@ -81,11 +81,10 @@ bool SkeletonData::ConvertStringArrayToLookupMap(
     for (std::size_t i = 0; i < names.size(); ++i) {
         bufferSize += names[i].size() + 1;
         if (names[i].empty()) {
-            UtilityContext::Log(velkori_LogLevel_Error, "String in Name array cannot be an empty string");
+            Log(velkori_LogLevel_Error, "String in Name array cannot be an empty string");
             allAccepted = false;
         } else if (!map.Insert(names[i], static_cast<int>(i))) {
-            UtilityContext::Log(
-                velkori_LogLevel_Error, "Duplicate name found in string array: \"%s\"", names[i].c_str());
+            Log(velkori_LogLevel_Error, "Duplicate name found in string array: \"%s\"", names[i].c_str());
             allAccepted = false;
         }
     }
@@ -104,7 +103,7 @@ void SkeletonData::GenerateParentChildLookupTables(std::span<const std::string> 
             childIndices[*parent].push_back(joint);
         } else {
             // Neither a root nor a child: out of every walk.
-            UtilityContext::Log(velkori_LogLevel_Error, "Could not find Joint Parent named \"%s\"",
+            Log(velkori_LogLevel_Error, "Could not find Joint Parent named \"%s\"",
                 parentJointNames[joint].c_str());
         }
     }

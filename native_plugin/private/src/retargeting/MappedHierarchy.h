@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UtilityConfigData.h"
+#include "core/UtilityConfigData.h"
 #include "shared/FastRangedIntegralContainers.h"
 
 #include <span>

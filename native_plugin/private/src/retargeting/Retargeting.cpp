@@ -2,7 +2,7 @@
 
 #include "retargeting/Retargeting.h"
 
-#include "UtilityContextInstance.h"
+#include "shared/ProcessSpace.h"
 
 namespace Velkori_Utility {
 
@@ -102,7 +102,7 @@ float Retargeting::GetPoseRootRelativeReferenceHeight(const PoseData& pose) {
     if (!pose.IsInitialized()) {
         return 0.0F;
     }
-    const Vector3f up(UtilityContext::GetCoordinateSpace().up);
+    const Vector3f up(ProcessSpace().up);
     const SkeletonData& skeleton = pose.GetSkeleton();
     const int leftWrist = skeleton.GetJointIndex(velkori_KnownJointType_LeftWrist);
     const int wrist = leftWrist != -1 ? leftWrist : skeleton.GetJointIndex(velkori_KnownJointType_RightWrist);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UtilityConfigData.h"
 #include "Velkori_Utility.h"
 #include "core/PoseData.h"
+#include "core/UtilityConfigData.h"
 #include "retargeting/DirtyJointQueue.h"
 #include "retargeting/MappedHierarchy.h"
 #include "retargeting/MappingInfo.h"

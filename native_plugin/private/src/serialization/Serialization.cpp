@@ -2,8 +2,8 @@
 
 #include "serialization/Serialization.h"
 
-#include "UtilityConfigData.h"
-#include "UtilityContextInstance.h"
+#include "core/UtilityConfigData.h"
+#include "shared/Log.h"
 
 #include <algorithm>
 
@@ -129,8 +129,7 @@ void Serialization::updateBaseline(int ack) {
 
 bool Serialization::addFramedata(const FrameData& data) {
     if (currentIndex == -1) {
-        UtilityContext::Log(
-            velkori_LogLevel_Error, "Cannot add framedata to current snapshot because it doesn't exist yet.");
+        Log(velkori_LogLevel_Error, "Cannot add framedata to current snapshot because it doesn't exist yet.");
         return false;
     }
     sendRing[currentIndex]->addFramedata(data);

@@ -1,8 +1,8 @@
 #include "serialization/Snapshot.h"
 
-#include "UtilityContextInstance.h"
 #include "serialization/IntegerRange.h"
 #include "serialization/Serialization.h"
+#include "shared/Log.h"
 
 #include <utility>
 
@@ -83,7 +83,7 @@ std::uint32_t Snapshot::getHeaderSerializationSizeBits() const {
 
 std::uint32_t Snapshot::getSerializationSizeBits() const {
     const std::uint32_t header = getHeaderSerializationSizeBits();
-    UtilityContext::Log(velkori_LogLevel_Debug,
+    Log(velkori_LogLevel_Debug,
         "Header size: %d, Source body size: %d, Target body size: %d, Target face size: %d",
         static_cast<int>(header), static_cast<int>(sourceBodyBits), static_cast<int>(targetBodyBits),
         static_cast<int>(targetFaceBits));

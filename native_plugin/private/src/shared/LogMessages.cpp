@@ -1,6 +1,6 @@
 #include "shared/LogMessages.h"
 
-#include "UtilityContextInstance.h"
+#include "shared/Log.h"
 
 namespace Velkori_Utility {
 
@@ -39,7 +39,7 @@ void AddMessage(
 void PrintLogMessages(const LogMsgMap& messages) {
     for (const auto& [category, texts] : messages) {
         for (const std::string& text : texts) {
-            UtilityContext::Log(LogLevelOf(category), "%s", text.c_str());
+            Log(LogLevelOf(category), "%s", text.c_str());
         }
     }
 }

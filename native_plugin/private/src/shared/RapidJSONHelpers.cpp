@@ -1,6 +1,6 @@
 #include "shared/RapidJSONHelpers.h"
 
-#include "UtilityContextInstance.h"
+#include "shared/Log.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,8 +25,7 @@ int PrintedLength(std::string_view text) {
 
 bool IsUsableKey(std::string_view key, rapidjson::Type expectedType) {
     if (key.empty()) {
-        UtilityContext::Log(velkori_LogLevel_Error,
-            "Cannot retrieve JSON %s - invalid Key or empty string passed for Key",
+        Log(velkori_LogLevel_Error, "Cannot retrieve JSON %s - invalid Key or empty string passed for Key",
             GetDataTypeString(expectedType));
         return false;
     }
@@ -37,9 +36,8 @@ bool IsAcceptedType(const JSONValue& member, std::string_view key, rapidjson::Ty
     if (member.GetType() == expectedType || IsBooleanType(expectedType) == member.IsBool()) {
         return true;
     }
-    UtilityContext::Log(velkori_LogLevel_Error,
-        "JSON value for key \"%.*s\" type mismatch.  Expected %s, found %s.", PrintedLength(key), key.data(),
-        GetDataTypeString(expectedType), GetDataTypeString(member.GetType()));
+    Log(velkori_LogLevel_Error, "JSON value for key \"%.*s\" type mismatch.  Expected %s, found %s.",
+        PrintedLength(key), key.data(), GetDataTypeString(expectedType), GetDataTypeString(member.GetType()));
     return false;
 }
 
@@ -55,14 +53,13 @@ const JSONValue& EmptyObject() {
 
 // What IsAcceptedType lets through may be of any other kind, so each use of a member checks its kind first.
 const JSONValue& RefuseArray(const JSONValue& value) {
-    UtilityContext::Log(velkori_LogLevel_Error,
-        "Cannot retrieve JSON Array, passed rapidJson Value is of type %s",
+    Log(velkori_LogLevel_Error, "Cannot retrieve JSON Array, passed rapidJson Value is of type %s",
         GetDataTypeString(value.GetType()));
     return EmptyArray();
 }
 
 const JSONValue& RefuseObject(const JSONValue& value) {
-    UtilityContext::Log(velkori_LogLevel_Error, "Cannot retrieve JSON Object, rapidJson Value is of type %s",
+    Log(velkori_LogLevel_Error, "Cannot retrieve JSON Object, rapidJson Value is of type %s",
         GetDataTypeString(value.GetType()));
     return EmptyObject();
 }
@@ -86,7 +83,7 @@ void AppendStrings(std::vector<std::string>& out_strings, const JSONValue& array
         if (element.IsString()) {
             out_strings.emplace_back(element.GetString(), element.GetStringLength());
         } else {
-            UtilityContext::Log(velkori_LogLevel_Error,
+            Log(velkori_LogLevel_Error,
                 "Invalid Data - element named %.*s must be a string type, element is a %s JSON type",
                 PrintedLength(key), key.data(), GetDataTypeString(element.GetType()));
         }
@@ -124,16 +121,15 @@ const JSONValue* FindMemberByKey(
         return nullptr;
     }
     if (!value.IsObject()) {
-        UtilityContext::Log(velkori_LogLevel_Error,
-            "Cannot retrieve JSON key \"%.*s\" - JSON Value is not an Object/Map", PrintedLength(key),
-            key.data());
+        Log(velkori_LogLevel_Error, "Cannot retrieve JSON key \"%.*s\" - JSON Value is not an Object/Map",
+            PrintedLength(key), key.data());
         return nullptr;
     }
     const JSONValue name(rapidjson::StringRef(key.data(), static_cast<rapidjson::SizeType>(key.size())));
     const auto member = value.FindMember(name);
     if (member == value.MemberEnd()) {
         if (required) {
-            UtilityContext::Log(velkori_LogLevel_Error, "Cannot find key named \"%.*s\" in JSON Object/Map",
+            Log(velkori_LogLevel_Error, "Cannot find key named \"%.*s\" in JSON Object/Map",
                 PrintedLength(key), key.data());
         }
         return nullptr;
@@ -144,8 +140,8 @@ const JSONValue* FindMemberByKey(
 std::string GetString(
     const JSONValue& value, std::string_view key, std::string_view defaultText, bool required) {
     if (!value.IsObject()) {
-        UtilityContext::Log(velkori_LogLevel_Error,
-            "Cannot retrieve JSON String, rapidJson Value is of type %s", GetDataTypeString(value.GetType()));
+        Log(velkori_LogLevel_Error, "Cannot retrieve JSON String, rapidJson Value is of type %s",
+            GetDataTypeString(value.GetType()));
         return std::string(defaultText);
     }
     const JSONValue* member = FindMemberByKey(value, key, rapidjson::kStringType, required);
@@ -154,8 +150,7 @@ std::string GetString(
 
 double GetDouble(const JSONValue& value, std::string_view key, double defaultValue, bool required) {
     if (!value.IsObject()) {
-        UtilityContext::Log(velkori_LogLevel_Error,
-            "Cannot retrieve JSON double Value, rapidJson Value is of type %s",
+        Log(velkori_LogLevel_Error, "Cannot retrieve JSON double Value, rapidJson Value is of type %s",
             GetDataTypeString(value.GetType()));
         return defaultValue;
     }
@@ -165,8 +160,8 @@ double GetDouble(const JSONValue& value, std::string_view key, double defaultVal
 
 bool GetBool(const JSONValue& value, std::string_view key, bool defaultValue, bool required) {
     if (!value.IsObject()) {
-        UtilityContext::Log(velkori_LogLevel_Error,
-            "Cannot retrieve JSON Bool, rapidJson Value is of type %s", GetDataTypeString(value.GetType()));
+        Log(velkori_LogLevel_Error, "Cannot retrieve JSON Bool, rapidJson Value is of type %s",
+            GetDataTypeString(value.GetType()));
         return defaultValue;
     }
     const JSONValue* member = FindMemberByKey(value, key, rapidjson::kTrueType, required);

@@ -1,6 +1,5 @@
 #include "retargeting/alignment/Alignment.h"
 
-#include "UtilityContextInstance.h"
 #include "core/ConfigurationData.h"
 #include "core/InterpolationRatio.h"
 #include "core/JointSpaces.h"
@@ -9,6 +8,7 @@
 #include "retargeting/alignment/LimbProportions.h"
 #include "retargeting/alignment/LimbRotations.h"
 #include "retargeting/alignment/RestPoseSpace.h"
+#include "shared/ProcessSpace.h"
 
 namespace Velkori_Utility::Alignment {
 
@@ -19,7 +19,7 @@ bool Has(velkori_AlignmentFlags flags, velkori_AlignmentFlags flag) {
 }
 
 float HeightOf(const JointPose& joint) {
-    return Vector3f(UtilityContext::GetCoordinateSpace().up).Abs().Multiply(joint.position).Length();
+    return Vector3f(ProcessSpace().up).Abs().Multiply(joint.position).Length();
 }
 
 } // namespace
@@ -51,7 +51,7 @@ PoseData AlignToRestPose(velkori_AlignmentFlags flags, const PoseData& source, c
 }
 
 PoseData MatchPoseFacingRotation(const PoseData& source, const PoseData& target) {
-    CoordinateSpace sourceSpace(UtilityContext::GetCoordinateSpace());
+    CoordinateSpace sourceSpace(ProcessSpace());
     CoordinateSpace targetSpace = sourceSpace;
     if (!CalculateRestPoseCoordinateSpace(source, sourceSpace) ||
         !CalculateRestPoseCoordinateSpace(target, targetSpace) ||

@@ -1,10 +1,10 @@
 #include "retargeting/alignment/HandIdentification.h"
 
-#include "UtilityContextInstance.h"
 #include "core/ConfigurationData.h"
 #include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/RestPoseSpace.h"
+#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -171,7 +171,7 @@ void HandData::Invalidate() {
 
 bool IdentifyFingersFromSkeleton(const PoseData& pose, HumanoidLimb limb, HandData& hand) {
     hand.Invalidate();
-    CoordinateSpace space(UtilityContext::GetCoordinateSpace());
+    CoordinateSpace space(ProcessSpace());
     if (!IsHand(limb) || !pose.IsInitialized() || !CalculateRestPoseCoordinateSpace(pose, space)) {
         return false;
     }

@@ -1,11 +1,11 @@
 #include "retargeting/alignment/HandMatching.h"
 
-#include "UtilityContextInstance.h"
 #include "core/ConfigurationData.h"
 #include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/RestPoseSpace.h"
 #include "retargeting/alignment/SubtreePoses.h"
+#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 #include <array>
@@ -293,7 +293,7 @@ void MatchHand(const PoseData& source, const PoseData& target, HumanoidLimb limb
     std::span<JointPose> pose) {
     const SkeletonData& skeleton = target.GetSkeleton();
     const KnownJointChain& arm = *HandWristAlignmentArmJoint.Find(limb);
-    CoordinateSpace space(UtilityContext::GetCoordinateSpace());
+    CoordinateSpace space(ProcessSpace());
     HandData sourceHand;
     HandData targetHand;
     if (!HasArm(source.GetSkeleton(), arm) || !HasArm(skeleton, arm) ||

@@ -1,9 +1,9 @@
 #include "retargeting/alignment/LimbProportions.h"
 
-#include "UtilityContextInstance.h"
 #include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
 #include "retargeting/alignment/SubtreePoses.h"
+#include "shared/ProcessSpace.h"
 
 #include <span>
 #include <utility>
@@ -65,7 +65,7 @@ void MatchTrunkPosition(const PoseData& source, const PoseData& target, std::spa
         return;
     }
     const auto divisor = static_cast<float>(count);
-    const Vector3f forward(UtilityContext::GetCoordinateSpace().forward);
+    const Vector3f forward(ProcessSpace().forward);
     const Vector3f offset = forward.Abs().Multiply(sourceSum / divisor - targetSum / divisor);
     for (JointPose& joint : pose) {
         joint.position += offset;

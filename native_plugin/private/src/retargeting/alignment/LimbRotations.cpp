@@ -1,8 +1,8 @@
 #include "retargeting/alignment/LimbRotations.h"
 
-#include "UtilityContextInstance.h"
 #include "core/JointSpaces.h"
 #include "core/SkeletonData.h"
+#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 #include <optional>
@@ -253,7 +253,7 @@ std::vector<JointPose> Rebuild(const PoseData& work, const Results& results) {
 void KeepFloor(const PoseData& work, std::vector<JointPose>& poses) {
     const int root = work.GetSkeleton().GetJointIndex(velkori_KnownJointType_Root);
     const PoseExtents extents(poses, FastRangedIntegralSet<int>(root, root, {root}));
-    const Vector3f up = Vector3f(UtilityContext::GetCoordinateSpace().up).Abs();
+    const Vector3f up = Vector3f(ProcessSpace().up).Abs();
     const Vector3f offset = up.Multiply(work.GetExtents().min - extents.min);
     if (offset == Vector3f::Zero) {
         return;

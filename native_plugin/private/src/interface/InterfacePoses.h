@@ -1,0 +1,39 @@
+#pragma once
+
+// What the exports that take or give poses share.
+
+#include "core/SkeletonData.h"
+#include "interface/InterfaceBuffers.h"
+
+#include <span>
+#include <vector>
+
+namespace Velkori_Utility {
+
+bool IsJointSpaceType(velkori_JointRelativeSpaceType type);
+velkori_Result FailWithJointSpaceType(velkori_JointRelativeSpaceType type);
+
+// The joints of a pose in one space; none if the pose holds nothing.
+std::span<const JointPose> JointPosesOf(const PoseData& pose, velkori_JointRelativeSpaceType space);
+
+// Checks a caller's transforms, with `result` as the code of a failure.
+velkori_Result CheckTransforms(
+    const velkori_Transform_* transforms, int32_t count, velkori_Result result = velkori_Result_InvalidValue);
+
+// That an array called by `countName` has one transform per joint, in a space there is.
+velkori_Result CheckPoseShape(const SkeletonData& skeleton, int32_t jointCount, const char* countName,
+    velkori_JointRelativeSpaceType space);
+
+// A caller's array of one transform per joint of a skeleton.
+PoseData ReadPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,
+    const velkori_Transform_* transforms, int32_t count, const JointPose& conversion = JointPose::Identity);
+
+// Writes a pose in one space over an array that has room for it.
+void WritePose(
+    const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms);
+
+// What takes poses from one coordinate space to the other, both of which must be axis-aligned.
+velkori_Result CalculateConversion(const velkori_CoordinateSpace_& in_coordinateSpace,
+    const velkori_CoordinateSpace_& out_coordinateSpace, JointPose& out_conversion);
+
+} // namespace Velkori_Utility

@@ -1,0 +1,171 @@
+// The exports that bring rest poses and single poses into line with others.
+
+#include "interface/InterfacePoses.h"
+#include "interface/UtilityInstance.h"
+#include "retargeting/alignment/Alignment.h"
+#include "shared/ProcessSpace.h"
+
+using namespace Velkori_Utility;
+
+namespace {
+
+constexpr velkori_AlignmentFlags FlagsForUnscaledPose = velkori_AlignmentFlags_MatchFacing |
+                                                        velkori_AlignmentFlags_MatchLimbRotations |
+                                                        velkori_AlignmentFlags_MatchHandsAndFingers;
+
+// The unscaled pose has a size of its own between the two others. It is aligned to a source of as much
+// between its own two, and keeps its height and proportions.
+PoseData AlignUnscaledPose(velkori_AlignmentFlags flags, const SkeletonData& source,
+    const TargetSkeletonData& target, const PoseData& alignedMin, const PoseData& alignedMax) {
+    const PoseData& unscaled = target.GetUnscaledTPose();
+    if (!unscaled.IsInitialized()) {
+        return alignedMin.Lerp(alignedMax, 0.5F);
+    }
+    const auto applied = static_cast<velkori_AlignmentFlags>(flags & FlagsForUnscaledPose);
+    if (applied == velkori_AlignmentFlags_None) {
+        return unscaled;
+    }
+    const Vector3f ratio = Alignment::CalculateExtentRangeBetweenPoses(alignedMin, alignedMax, unscaled);
+    const PoseData sourcePose = source.GetTPoseData(velkori_SkeletonTPoseType_Min)
+                                    .Lerp(source.GetTPoseData(velkori_SkeletonTPoseType_Max), ratio);
+    return Alignment::AlignToRestPose(applied, sourcePose, unscaled);
+}
+
+// Replaces the instance of a live handle, or makes a new one.
+velkori_Result CreateOrReplace(
+    const UtilityConfigInitializationParams& params, velkori_Handle* in_out_handle) {
+    if (UtilityContext::IsValidUtilityInstance(*in_out_handle)) {
+        return UtilityContext::ReinitializeUtilityInstanceHandle(*in_out_handle, params)
+                   ? velkori_Result_Success
+                   : Fail(velkori_Result_OperationFailed,
+                         "AlignTargetToSource failed to re-initialize handle.");
+    }
+    const velkori_Handle handle = UtilityContext::CreateUtilityInstance(params);
+    if (handle == 0) {
+        return Fail(
+            velkori_Result_OperationFailed, "AlignTargetToSource failed to initialize new configuration.");
+    }
+    *in_out_handle = handle;
+    return velkori_Result_Success;
+}
+
+// Writes what became of a pose over it, unless nothing did.
+velkori_Result WriteMatchedPose(
+    const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
+    if (!pose.IsInitialized()) {
+        const bool hasHips = pose.GetSkeleton().GetJointIndex(velkori_KnownJointType_Hips) != -1;
+        return Fail(velkori_Result_Failure, "Cannot match a pose of a skeleton without %s",
+            hasHips ? "rest poses" : "a known hips joint");
+    }
+    if (!AreFinite(JointPosesOf(pose, space))) {
+        return Fail(velkori_Result_Failure, "Cannot match poses whose bone lengths are too far apart");
+    }
+    WritePose(pose, space, out_transforms);
+    return velkori_Result_Success;
+}
+
+} // namespace
+
+velkori_Result velkori_alignTargetToSource(const char* configName, velkori_AlignmentFlags flags,
+    velkori_Handle sourceHandle, velkori_SkeletonType sourceSkeletonType, velkori_Handle targetHandle,
+    velkori_Handle* in_out_handle) {
+    return AtBoundary(__func__, [&] {
+        if (in_out_handle == nullptr) {
+            return Fail(
+                velkori_Result_InvalidParameter, "Handle Pointer output variable in_out_handle is null.");
+        }
+        const std::shared_ptr<UtilityInstance> sourceInstance = FindInstance(sourceHandle, "sourceInstance");
+        if (sourceInstance == nullptr) {
+            return velkori_Result_InvalidHandle;
+        }
+        const std::shared_ptr<UtilityInstance> targetInstance = FindInstance(targetHandle, "targetInstance");
+        if (targetInstance == nullptr) {
+            return velkori_Result_InvalidHandle;
+        }
+        const SkeletonData& source = sourceInstance->config.GetSkeletonData(sourceSkeletonType);
+        const TargetSkeletonData& target = targetInstance->config.GetTargetSkeleton();
+        const auto align = [&](velkori_SkeletonTPoseType type) {
+            return Alignment::AlignToRestPose(flags, source.GetTPoseData(type), target.GetTPoseData(type));
+        };
+        const PoseData alignedMin = align(velkori_SkeletonTPoseType_Min);
+        if (!alignedMin.IsInitialized()) {
+            return Fail(velkori_Result_Failure, "Failed to Align Source and Target Min Pose");
+        }
+        const PoseData alignedMax = align(velkori_SkeletonTPoseType_Max);
+        if (!alignedMax.IsInitialized()) {
+            return Fail(velkori_Result_Failure, "Failed to Align Source and Target Max Pose");
+        }
+        Configuration config = targetInstance->config.GetConfiguration();
+        config.coordinateSpace = CoordinateSpace(ProcessSpace());
+        const bool hasName = configName != nullptr && configName[0] != '\0';
+        return CreateOrReplace({hasName ? configName : targetInstance->config.GetName(), config,
+                                   source.GenerateInitializationParams(true),
+                                   target.GenerateInitializationParams(alignedMin, alignedMax,
+                                       AlignUnscaledPose(flags, source, target, alignedMin, alignedMax)),
+                                   {}, {}},
+            in_out_handle);
+    });
+}
+
+velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velkori_SkeletonType skeletonType,
+    velkori_MatchBehavior matchBehavior, velkori_JointRelativeSpaceType jointSpaceType, int32_t jointCount,
+    velkori_Transform_* in_out_transform) {
+    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+        if (in_out_transform == nullptr) {
+            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_transform must not be Null");
+        }
+        if (const velkori_Result result = CheckTransforms(in_out_transform, jointCount);
+            result != velkori_Result_Success) {
+            return result;
+        }
+        const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
+        if (const velkori_Result result =
+                CheckPoseShape(skeleton, jointCount, "in_out_jointCount", jointSpaceType);
+            result != velkori_Result_Success) {
+            return result;
+        }
+        const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transform, jointCount);
+        if (matchBehavior == velkori_MatchBehavior_JointLengths) {
+            return WriteMatchedPose(pose.CalculateAsTPose(), jointSpaceType, in_out_transform);
+        }
+        const PoseData& current = instance.retargeting.GetCurrentTPoseData(skeletonType);
+        if (!current.IsInitialized()) {
+            return Fail(velkori_Result_OperationFailed, "Error - current TPose isn't initialized.  Call "
+                                                        "velkori_updateSourceReferenceTPose before this "
+                                                        "function.");
+        }
+        return WriteMatchedPose(PoseData::MatchPoseScale(pose, current), jointSpaceType, in_out_transform);
+    });
+}
+
+velkori_Result velkori_matchPose(velkori_Handle handle, velkori_SkeletonType skeletonType,
+    velkori_MatchBehavior matchBehavior, velkori_JointRelativeSpaceType jointSpaceType, int32_t jointCount,
+    const velkori_Transform_* in_transformSourcePose, velkori_Transform_* in_out_transformData) {
+    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+        if (in_transformSourcePose == nullptr) {
+            return Fail(velkori_Result_InvalidParameter, "Parameter in_transformSourcePose must not be Null");
+        }
+        if (in_out_transformData == nullptr) {
+            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_transformData must not be Null");
+        }
+        for (const velkori_Transform_* transforms :
+            {in_transformSourcePose, static_cast<const velkori_Transform_*>(in_out_transformData)}) {
+            if (const velkori_Result result = CheckTransforms(transforms, jointCount);
+                result != velkori_Result_Success) {
+                return result;
+            }
+        }
+        const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
+        if (const velkori_Result result =
+                CheckPoseShape(skeleton, jointCount, "in_out_jointCount", jointSpaceType);
+            result != velkori_Result_Success) {
+            return result;
+        }
+        const PoseData sourcePose = ReadPose(skeleton, jointSpaceType, in_transformSourcePose, jointCount);
+        const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
+        const bool scalesSource = matchBehavior == velkori_MatchBehavior_JointLengths;
+        return WriteMatchedPose(scalesSource ? PoseData::MatchPoseScale(sourcePose, pose)
+                                             : PoseData::MatchPoseScale(pose, sourcePose),
+            jointSpaceType, in_out_transformData);
+    });
+}
