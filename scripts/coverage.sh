@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-scripts/install-packages.sh build-essential cmake gcovr libgtest-dev locales ninja-build rapidjson-dev
+scripts/install-packages.sh build-essential cmake gcovr libgtest-dev locales ninja-build python3 rapidjson-dev
 cmake -S . -B build/coverage -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=g++ \
     -DCMAKE_CXX_FLAGS="--coverage -O1 -fno-inline" -DVELKORI_BUILD_BENCHMARKS=OFF -DVELKORI_BUILD_TOOLS=OFF >/dev/null
 cmake --build build/coverage -j "$(nproc)"

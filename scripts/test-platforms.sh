@@ -10,9 +10,9 @@ all=(release clang debug sanitize x86-64-v3 libcxx x86-linux arm64-linux s390x-l
 # What a platform needs beside CMake, Ninja, RapidJSON and, for the checks of what was built, the machine's own tools.
 packages_of() {
     case "$1" in
-    release | debug) echo libbenchmark-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
-    clang) echo clang libbenchmark-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
-    sanitize) echo clang libbenchmark-dev libclang-rt-14-dev libgtest-dev $(<scripts/tool-packages.txt) ;;
+    release | debug) echo libbenchmark-dev libgtest-dev python3 $(<scripts/tool-packages.txt) ;;
+    clang) echo clang libbenchmark-dev libgtest-dev python3 $(<scripts/tool-packages.txt) ;;
+    sanitize) echo clang libbenchmark-dev libclang-rt-14-dev libgtest-dev python3 $(<scripts/tool-packages.txt) ;;
     x86-64-v3) ;;
     libcxx) echo clang-19 libc++-19-dev libc++abi-19-dev ;;
     x86-linux) echo g++-i686-linux-gnu ;;

@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 mapfile -t tool_packages <scripts/tool-packages.txt
 scripts/install-packages.sh abigail-tools binutils blender build-essential clang clang-format clang-tidy cmake git libbenchmark-dev \
-    libclang-rt-14-dev libgtest-dev locales ninja-build python3-numpy rapidjson-dev "${tool_packages[@]}"
+    libclang-rt-14-dev libgtest-dev locales ninja-build python3 python3-numpy rapidjson-dev "${tool_packages[@]}"
 
 scripts/install-npm-packages.sh
 

@@ -21,12 +21,14 @@
  * **Results.** Every function returns a velkori_Result: 1 is success, 0 a soft failure, and the negative
  * codes are failures. The codes are not uniform across functions (a missing out-pointer is
  * velkori_Result_NullParameter here and velkori_Result_InvalidParameter there), so each function lists its
- * own. One holds for all of them and isn't listed again: no exception leaves the library, and one that is
- * stopped inside, such as memory that ran out, ends as velkori_Result_OperationFailed. Unless a function
- * says otherwise, a failure writes nothing to the out-parameters.
+ * own. Two hold for all of them and aren't listed again: a handle that names no live instance gives
+ * velkori_Result_InvalidHandle, and since no exception leaves the library, one that is stopped inside, such
+ * as memory that ran out, ends as velkori_Result_OperationFailed. Unless a function says otherwise, a
+ * failure writes nothing to the out-parameters.
  *
  * **Logging.** Every failure logs a line at velkori_LogLevel_Error before it returns, an unknown handle
- * two. The code is only the kind of failure; the line tells the reason. Lines go to the callback of
+ * two. (Three functions have a velkori_Result_Failure that is an answer and logs nothing, and say so.) The
+ * code is only the kind of failure; the line tells the reason. Lines go to the callback of
  * velkori_initializeLogging() and nowhere else.
  *
  * **Arguments.** `in_` is read, `out_` is written, `in_out_` is read and written, `optional_` may be null.
@@ -225,8 +227,8 @@ VELKORI_ENUM(velkori_AlignmentFlags){
     velkori_AlignmentFlags_ScaleToHeight = 8,
     /** Deform limbs to the source's proportions. */
     velkori_AlignmentFlags_MatchLimbProportions = 16,
-    /** Match hands and fingers with that step's extra option on, whether or not MatchHandsAndFingers is
-        set. */
+    /** Match hands and fingers, and scale the fingers to the source's, whether or not MatchHandsAndFingers
+        is set. */
     velkori_AlignmentFlags_MatchHandsAndFingersVariant = 32,
 };
 
@@ -540,7 +542,7 @@ typedef struct velkori_SerializedEndHeader_ {
 typedef struct velkori_FrameData_ {
     /** Its low 4 bits are carried. */
     uint8_t header;
-    /** Seconds. It doesn't survive the trip: what arrives is not valid. */
+    /** Seconds. Not carried: ignore what arrives. */
     double timestamp;
     /** It always arrives as true. */
     bool flag0;
@@ -653,8 +655,8 @@ VELKORI_API velkori_Result velkori_createOrUpdateHandle(const char* config, velk
  * @retval velkori_Result_InvalidValue params is null; an array that a count or a joint requires is null; a
  *     skeleton with joints lacks unscaledTPose and one of minTPose and maxTPose, or a target skeleton with
  *     joints lacks unscaledTPose; a skeleton without joints has excluded joints or manifestations;
- * mappingCount is negative; a joint index of a mapping or an entry is out of range; or the entry counts of
- * the mappings don't add up to mappingEntryCount.
+ *     mappingCount is negative; a joint index of a mapping or an entry is out of range; or the entry counts
+ *     of the mappings don't add up to mappingEntryCount.
  * @retval velkori_Result_OperationFailed the instance couldn't be made or replaced.
  */
 VELKORI_API velkori_Result velkori_createOrUpdateUtilityConfig(
@@ -682,13 +684,11 @@ VELKORI_API velkori_Result velkori_createOrUpdateSimpleUtilityConfig(const char*
  * Writes a configuration as an indented JSON document. The instance keeps the text: a query followed by the
  * copy makes it once.
  *
- * @param handle the instance.
  * @param optional_coordinateSpace the space that the document states and its poses are converted to; null
  *     for the process-wide one.
  * @param out_buffer takes the text with its NUL, or null for a size query.
  * @param in_out_bufferSize in: the size of out_buffer. Out: the text's length + 1. In bytes.
  * @retval velkori_Result_Success the text or its size is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_bufferSize is null.
  * @retval velkori_Result_InvalidValue the space fails the weak test of velkori_CoordinateSpace_.
  * @retval velkori_Result_BufferTooSmall out_buffer is too small for the text and its NUL.
@@ -710,11 +710,9 @@ VELKORI_API velkori_Result velkori_destroy(velkori_Handle handle);
 /**
  * Reads the configuration's name, in the one-string form.
  *
- * @param handle the instance.
  * @param out_buffer takes the name without a NUL, or null for a size query.
  * @param in_out_bufferSize the size of out_buffer in bytes; a query sets it to the length + 1.
  * @retval velkori_Result_Success the name or its size is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_bufferSize is null.
  * @retval velkori_Result_BufferTooSmall the size is not greater than the name's length.
  */
@@ -724,10 +722,8 @@ VELKORI_API velkori_Result velkori_getConfigName(
 /**
  * Reads the version that the configuration's document states; 0 without a document.
  *
- * @param handle the instance.
  * @param out_version takes the version; must not be null.
  * @retval velkori_Result_Success the version is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter out_version is null.
  */
 VELKORI_API velkori_Result velkori_getVersion(velkori_Handle handle, double* out_version);
@@ -735,11 +731,9 @@ VELKORI_API velkori_Result velkori_getVersion(velkori_Handle handle, double* out
 /**
  * Reads a skeleton's type and its numbers of joints and blend shapes.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param out_skeletonInfo takes them.
  * @retval velkori_Result_Success the record is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter out_skeletonInfo is null.
  */
 VELKORI_API velkori_Result velkori_getSkeletonInfo(
@@ -748,7 +742,6 @@ VELKORI_API velkori_Result velkori_getSkeletonInfo(
 /**
  * Lists a skeleton's blend shapes by index, in the name-list form.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param out_buffer takes the names, or null for a size query.
  * @param in_out_bufferSize the size of out_buffer in bytes; a query sets it to the needed size.
@@ -756,7 +749,6 @@ VELKORI_API velkori_Result velkori_getSkeletonInfo(
  * @param in_out_numBlendShapeNames in: the length of out_blendShapeNames. Out: the number of blend shapes,
  *     also of a query. May be null without out_blendShapeNames.
  * @retval velkori_Result_Success the names or the sizes are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_bufferSize is null, or out_blendShapeNames comes with a
  *     buffer but without its count.
  * @retval velkori_Result_BufferTooSmall out_buffer or out_blendShapeNames is too small.
@@ -768,7 +760,6 @@ VELKORI_API velkori_Result velkori_getBlendShapeNames(velkori_Handle handle,
 /**
  * Lists a skeleton's joints by index, in the name-list form.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param out_buffer takes the names, or null for a size query.
  * @param in_out_bufferSize the size of out_buffer in bytes; a query sets it to the needed size.
@@ -776,7 +767,6 @@ VELKORI_API velkori_Result velkori_getBlendShapeNames(velkori_Handle handle,
  * @param in_out_numJointNames in: the length of out_jointNames. Out: the number of joints, also of a query.
  *     May be null without out_jointNames.
  * @retval velkori_Result_Success the names or the sizes are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_bufferSize is null, or out_jointNames comes with a buffer but
  *     without its count.
  * @retval velkori_Result_BufferTooSmall out_buffer or out_jointNames is too small.
@@ -787,7 +777,6 @@ VELKORI_API velkori_Result velkori_getJointNames(velkori_Handle handle, velkori_
 /**
  * Lists a skeleton's manifestations, in the name-list form.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param out_buffer takes the names, or null for a size query.
  * @param in_out_bufferSize the size of out_buffer in bytes; a query sets it to the needed size.
@@ -795,7 +784,6 @@ VELKORI_API velkori_Result velkori_getJointNames(velkori_Handle handle, velkori_
  * @param in_out_numManifestationNames in: the length of out_manifestationNames. Out: the number of
  *     manifestations, also of a query. May be null without out_manifestationNames.
  * @retval velkori_Result_Success the names or the sizes are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_bufferSize is null, or out_manifestationNames comes with a
  *     buffer but without its count.
  * @retval velkori_Result_BufferTooSmall out_buffer or out_manifestationNames is too small.
@@ -807,13 +795,11 @@ VELKORI_API velkori_Result velkori_getManifestationNames(velkori_Handle handle,
 /**
  * Reads a blend shape's name, in the one-string form.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param blendShapeIndex the blend shape; one out of range has an empty name.
  * @param out_buffer takes the name without a NUL, or null for a size query.
  * @param in_out_bufferSize the size of out_buffer in bytes; a query sets it to the length + 1.
  * @retval velkori_Result_Success the name or its size is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_bufferSize is null.
  * @retval velkori_Result_BufferTooSmall the size is not greater than the name's length.
  */
@@ -823,13 +809,11 @@ VELKORI_API velkori_Result velkori_getBlendShapeName(velkori_Handle handle, velk
 /**
  * Reads a joint's name, in the one-string form.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointIndex the joint; one out of range has an empty name.
  * @param out_buffer takes the name without a NUL, or null for a size query.
  * @param in_out_bufferSize the size of out_buffer in bytes; a query sets it to the length + 1.
  * @retval velkori_Result_Success the name or its size is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_bufferSize is null.
  * @retval velkori_Result_BufferTooSmall the size is not greater than the name's length.
  */
@@ -839,14 +823,12 @@ VELKORI_API velkori_Result velkori_getJointName(velkori_Handle handle, velkori_S
 /**
  * Finds a joint by name.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param in_jointName the name.
  * @param out_jointIndex takes the joint, or -1 if no joint has the name.
  * @retval velkori_Result_Success the joint or -1 is written.
  * @retval velkori_Result_InvalidParameter in_jointName is null.
  * @retval velkori_Result_NullParameter out_jointIndex is null.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  */
 VELKORI_API velkori_Result velkori_getJointIndex(velkori_Handle handle, velkori_SkeletonType skeletonType,
     const char* in_jointName, int32_t* out_jointIndex);
@@ -854,13 +836,11 @@ VELKORI_API velkori_Result velkori_getJointIndex(velkori_Handle handle, velkori_
 /**
  * Finds a joint by role.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param knownJointType the role.
  * @param out_jointIndex takes the joint, or -1 if the skeleton has none in that role.
  * @retval velkori_Result_Success the joint or -1 is written.
  * @retval velkori_Result_NullParameter out_jointIndex is null.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  */
 VELKORI_API velkori_Result velkori_getJointIndexByKnownJointType(velkori_Handle handle,
     velkori_SkeletonType skeletonType, velkori_KnownJointType knownJointType, int32_t* out_jointIndex);
@@ -868,7 +848,6 @@ VELKORI_API velkori_Result velkori_getJointIndexByKnownJointType(velkori_Handle 
 /**
  * Reads the parent of a joint.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointIndex the joint.
  * @param out_parentJointIndex takes the parent, or -1 if there is none.
@@ -876,7 +855,6 @@ VELKORI_API velkori_Result velkori_getJointIndexByKnownJointType(velkori_Handle 
  * @retval velkori_Result_Failure the joint has no parent or is out of range: -1 is written and nothing
  *     logged.
  * @retval velkori_Result_NullParameter out_parentJointIndex is null.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  */
 VELKORI_API velkori_Result velkori_getParentJointIndex(velkori_Handle handle,
     velkori_SkeletonType skeletonType, int32_t jointIndex, int32_t* out_parentJointIndex);
@@ -884,12 +862,10 @@ VELKORI_API velkori_Result velkori_getParentJointIndex(velkori_Handle handle,
 /**
  * Reads the parents of all joints.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param out_jointIndexArray takes one parent per joint, -1 where there is none; or null for a size query.
  * @param in_out_numJoints the length of out_jointIndexArray; set to the joint count.
  * @retval velkori_Result_Success the parents or their number are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numJoints is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the joint count.
  */
@@ -899,13 +875,11 @@ VELKORI_API velkori_Result velkori_getParentJointIndexes(velkori_Handle handle,
 /**
  * Reads the joints of a manifestation, in the order of its pose arrays.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param manifestationName the manifestation; here a name is required.
  * @param out_jointIndexList takes the joints, or null for a size query.
  * @param in_out_jointCount the length of out_jointIndexList; set to the number of joints.
  * @retval velkori_Result_Success the joints or their number are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_jointCount or manifestationName is null.
  * @retval velkori_Result_InvalidValue the skeleton has no manifestation of that name.
  * @retval velkori_Result_InvalidData the manifestation has a gap: a joint hangs below one that it leaves
@@ -919,14 +893,12 @@ VELKORI_API velkori_Result velkori_getJointsInManifestation(velkori_Handle handl
 /**
  * Reads a rest pose.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param tPoseType the rest pose.
  * @param jointSpaceType the space of the output.
  * @param out_transformData takes one transform per joint, or null for a size query.
  * @param in_out_numJoints the length of out_transformData; set to the joint count.
  * @retval velkori_Result_Success the pose or its length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numJoints is null.
  * @retval velkori_Result_InvalidValue jointSpaceType is outside 0 to 3.
  * @retval velkori_Result_OperationFailed there is no such pose yet, such as the source's current one before
@@ -941,13 +913,11 @@ VELKORI_API velkori_Result velkori_getSkeletonTPose(velkori_Handle handle, velko
  * Reads the heads of all mappings by ascending target joint. A joint with a mapping of each type has two
  * heads, the one that reads source joints first.
  *
- * @param handle the instance.
  * @param tPoseType velkori_SkeletonTPoseType_Max for the maximum mappings; any other value for the minimum
  *     ones.
  * @param out_mappings takes the heads, or null for a size query.
  * @param in_out_numMappings the length of out_mappings; set to the number of heads.
  * @retval velkori_Result_Success the heads or their number are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numMappings is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the number of heads.
  */
@@ -957,12 +927,10 @@ VELKORI_API velkori_Result velkori_getSkeletonMappings(velkori_Handle handle,
 /**
  * Reads the entries of all mappings, back to back in the order of velkori_getSkeletonMappings().
  *
- * @param handle the instance.
  * @param tPoseType as in velkori_getSkeletonMappings().
  * @param out_mappingEntries takes the entries, or null for a size query.
  * @param in_out_numMappingEntries the length of out_mappingEntries; set to the number of entries.
  * @retval velkori_Result_Success the entries or their number are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numMappingEntries is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the number of entries.
  */
@@ -973,11 +941,9 @@ VELKORI_API velkori_Result velkori_getSkeletonMappingEntries(velkori_Handle hand
 /**
  * Reads which target joints the mappings drive.
  *
- * @param handle the instance.
  * @param out_jointIndexList takes the joints, or null for a size query.
  * @param in_out_jointCount the length of out_jointIndexList; set to the number of joints.
  * @retval velkori_Result_Success the joints or their number are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_jointCount is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the number of joints.
  */
@@ -989,16 +955,14 @@ VELKORI_API velkori_Result velkori_getSkeletonMappingTargetJoints(
 /**
  * Blends a skeleton's minimum and maximum rest poses.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointSpaceType the space of the output.
  * @param interpolation 0 for the minimum and 1 for the maximum rest pose; it isn't clamped.
  * @param out_transformData takes one transform per joint, or null for a size query.
  * @param in_out_numJoints the length of out_transformData; set to the joint count.
  * @retval velkori_Result_Success the pose or its length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numJoints is null.
- * @retval velkori_Result_InvalidValue jointSpaceType is outside 0 to 3.
+ * @retval velkori_Result_InvalidValue jointSpaceType is outside 0 to 3, or interpolation isn't finite.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the joint count.
  * @retval velkori_Result_InvalidData the skeleton has neither joints nor blend shapes.
  */
@@ -1010,7 +974,6 @@ VELKORI_API velkori_Result velkori_calculateSkeletonTPose(velkori_Handle handle,
  * Blends a skeleton's minimum and maximum rest poses to a height. If both are equally high, the maximum one
  * is the result whatever the height.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointSpaceType the space of the output.
  * @param height the extent along the coordinate space's up axis; heights outside the two poses'
@@ -1018,9 +981,8 @@ VELKORI_API velkori_Result velkori_calculateSkeletonTPose(velkori_Handle handle,
  * @param out_transformData takes one transform per joint, or null for a size query.
  * @param in_out_numJoints the length of out_transformData; set to the joint count.
  * @retval velkori_Result_Success the pose or its length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numJoints is null.
- * @retval velkori_Result_InvalidValue jointSpaceType is outside 0 to 3.
+ * @retval velkori_Result_InvalidValue jointSpaceType is outside 0 to 3, or height isn't finite.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the joint count.
  * @retval velkori_Result_InvalidData the skeleton has neither joints nor blend shapes.
  */
@@ -1032,7 +994,6 @@ VELKORI_API velkori_Result velkori_calculateSkeletonTPoseAtHeight(velkori_Handle
  * Converts a pose from one manifestation of a skeleton to another. Joints that the source manifestation
  * leaves out are filled from a rest pose of the size that the given joints imply.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param sourceManifestation the manifestation that in_transformData is given in; null or empty for the
  *     whole skeleton.
@@ -1045,7 +1006,6 @@ VELKORI_API velkori_Result velkori_calculateSkeletonTPoseAtHeight(velkori_Handle
  *     query.
  * @param in_out_numOutputJoints the length of out_transformData; set to the output's joint count.
  * @retval velkori_Result_Success the pose or its length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidValue in_transformData holds an invalid transform, the skeleton has no
  *     manifestation of a given name, or a space type is outside 0 to 3.
  * @retval velkori_Result_InvalidData a manifestation has a gap.
@@ -1063,12 +1023,10 @@ VELKORI_API velkori_Result velkori_convertPoseFromToManifestation(velkori_Handle
 /**
  * Measures a rest pose: the coordinate space, its extents and where its known joints are.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param tPoseType the rest pose.
  * @param out_poseHeight takes the measures, in root-origin-relative space.
  * @retval velkori_Result_Success the record is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter out_poseHeight is null.
  * @retval velkori_Result_InvalidValue there is no such pose (yet).
  */
@@ -1078,14 +1036,12 @@ VELKORI_API velkori_Result velkori_getPoseInfo(velkori_Handle handle, velkori_Sk
 /**
  * Measures the way between two joints along the bones of a rest pose.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param tPoseType the rest pose.
  * @param startJointIndex the joint at one end.
  * @param endJointIndex the joint at the other end.
  * @param out_length takes the length; 0 if the joints aren't connected.
  * @retval velkori_Result_Success the length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter out_length is null.
  * @retval velkori_Result_InvalidValue there is no such pose (yet), a joint is out of range, or the length
  *     came out negative, in which case it is written nevertheless.
@@ -1097,7 +1053,6 @@ VELKORI_API velkori_Result velkori_getLengthBetweenJoints(velkori_Handle handle,
 /**
  * Scales a pose uniformly to a height, which a pose without an extent along up can't be.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointSpaceType the space of the transforms.
  * @param height the extent along the coordinate space's up axis that the pose is to have, as the skeleton's
@@ -1105,7 +1060,6 @@ VELKORI_API velkori_Result velkori_getLengthBetweenJoints(velkori_Handle handle,
  * @param jointCount the length of in_out_transformData: the skeleton's joint count.
  * @param in_out_transformData the pose, one transform per joint.
  * @retval velkori_Result_Success the pose is scaled.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transformData is null.
  * @retval velkori_Result_InvalidValue it holds an invalid transform or can't be scaled, jointSpaceType is
  *     outside 0 to 3, or height isn't finite.
@@ -1118,7 +1072,6 @@ VELKORI_API velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velk
 /**
  * Converts a pose from one joint space to another. Equal spaces leave it as it is.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param fromSpaceType the space of the transforms.
  * @param toSpaceType the space to convert to.
@@ -1126,7 +1079,6 @@ VELKORI_API velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velk
  * @param jointCount the length of in_out_transformData: the skeleton's joint count.
  * @retval velkori_Result_Success the pose is converted.
  * @retval velkori_Result_Failure no pose could be made of the transforms.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transformData is null.
  * @retval velkori_Result_InvalidValue it holds an invalid transform, or a space type is outside 0 to 3.
  * @retval velkori_Result_BufferTooSmall jointCount isn't the skeleton's joint count.
@@ -1138,7 +1090,6 @@ VELKORI_API velkori_Result velkori_convertJointPose(velkori_Handle handle, velko
 /**
  * Measures the box around a pose, in root-origin-relative space.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointSpaceType the space of the transforms.
  * @param in_transformData the pose, one transform per joint.
@@ -1146,7 +1097,6 @@ VELKORI_API velkori_Result velkori_convertJointPose(velkori_Handle handle, velko
  * @param out_extents takes the box; all zero for a skeleton without joints.
  * @retval velkori_Result_Success the box is written.
  * @retval velkori_Result_Failure no pose could be made of the transforms.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_transformData or out_extents is null.
  * @retval velkori_Result_InvalidValue a transform is invalid, or jointSpaceType is outside 0 to 3.
  * @retval velkori_Result_BufferTooSmall jointCount isn't the skeleton's joint count.
@@ -1175,7 +1125,6 @@ VELKORI_API velkori_Result velkori_applyWorldSpaceCoordinateSpaceConversion(
 /**
  * Converts a skeleton's pose from one coordinate space to another. Equal spaces leave it as it is.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointSpaceType the space of the transforms, before and after.
  * @param in_out_transformData the pose, one transform per joint.
@@ -1184,7 +1133,6 @@ VELKORI_API velkori_Result velkori_applyWorldSpaceCoordinateSpaceConversion(
  * @param out_coordinateSpace the space to convert to; it is read.
  * @retval velkori_Result_Success the pose is converted.
  * @retval velkori_Result_Failure no pose could be made of the transforms.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transformData is null.
  * @retval velkori_Result_InvalidValue it holds an invalid transform, jointSpaceType is outside 0 to 3, or a
  *     space fails the strong test of velkori_CoordinateSpace_.
@@ -1203,15 +1151,14 @@ VELKORI_API velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle
  * first frame supplies the reference. A reference given with a manifestation lasts until the first frame of
  * that manifestation, which supplies one of its own.
  *
- * @param handle the instance.
  * @param in_transformData the rest pose, root-origin-relative.
  * @param in_numJoints its length: the joint count of the source skeleton or of the manifestation.
  * @param manifestation the source's manifestation that the pose is given in; null or empty for the whole
  *     skeleton.
  * @retval velkori_Result_Success the reference is taken.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_transformData is null or holds an invalid transform, the
  *     source has no such manifestation, or in_numJoints doesn't match.
+ * @retval velkori_Result_InvalidData the manifestation has a gap, as in velkori_getJointsInManifestation().
  */
 VELKORI_API velkori_Result velkori_updateSourceReferenceTPose(velkori_Handle handle,
     const velkori_Transform_* in_transformData, int32_t in_numJoints, const char* manifestation);
@@ -1220,7 +1167,6 @@ VELKORI_API velkori_Result velkori_updateSourceReferenceTPose(velkori_Handle han
  * Turns one frame of the source skeleton into a pose of the target skeleton. If there is no reference rest
  * pose yet, or the source manifestation isn't the last frame's, the frame supplies the reference.
  *
- * @param handle the instance.
  * @param info how the frame is to be retargeted.
  * @param in_sourceTransformData the source pose, root-origin-relative.
  * @param in_numSourceJoints its length: the joint count of the source skeleton or of sourceManifestation.
@@ -1231,12 +1177,12 @@ VELKORI_API velkori_Result velkori_updateSourceReferenceTPose(velkori_Handle han
  * @param sourceManifestation the manifestation of the source pose; null or empty for the whole skeleton.
  * @param targetManifestation the manifestation of the target pose; null or empty for the whole skeleton.
  * @retval velkori_Result_Success the target pose or its length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_numTargetJoints is null, or in_sourceTransformData is in
  *     other than a size query.
  * @retval velkori_Result_InvalidValue a skeleton has no manifestation of the name given for it, the source
  *     pose holds an invalid transform, in_numSourceJoints doesn't match, or info's joint space type or
  *     behavior is outside 0 to 3.
+ * @retval velkori_Result_InvalidData a manifestation has a gap, as in velkori_getJointsInManifestation().
  * @retval velkori_Result_BufferTooSmall out_targetTransformData is too short.
  */
 VELKORI_API velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle handle,
@@ -1248,7 +1194,6 @@ VELKORI_API velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle ha
  * Reads a pose of the last retargeted frame: of the source after root motion, or of the target as it came
  * out.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param jointSpaceType the space of the output.
  * @param out_transformData takes one transform per joint, or null for a size query.
@@ -1257,7 +1202,6 @@ VELKORI_API velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle ha
  * @param manifestation the manifestation whose joints are wanted; null or empty for the whole skeleton. The
  *     transforms are those of the whole skeleton's pose.
  * @retval velkori_Result_Success the pose or its length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_numJoints is null.
  * @retval velkori_Result_InvalidValue the skeleton has no such manifestation, or jointSpaceType is outside
  *     0 to 3.
@@ -1274,7 +1218,6 @@ VELKORI_API velkori_Result velkori_getLastProcessedFramePose(velkori_Handle hand
  * the joint's own offset and behavior, in root-origin-relative space. Of a joint with mappings of both
  * types it is the target-type one if that is Normal, the source-type one otherwise.
  *
- * @param handle the instance.
  * @param targetJointIndex the target joint.
  * @param out_sourceSkeletonType takes the skeleton that the source joints belong to. Must not be null with
  *     a list.
@@ -1284,7 +1227,6 @@ VELKORI_API velkori_Result velkori_getLastProcessedFramePose(velkori_Handle hand
  *     entries, each once; or null for a size query, which writes nothing else.
  * @param in_out_sourceJointCount the length of out_sourceJointIndexList; set to the number of joints.
  * @retval velkori_Result_Success all that is asked for is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_sourceJointCount is null, or out_sourceSkeletonType is
  *     with a list.
  * @retval velkori_Result_InvalidValue the joint has no mapping in both the minimum and the maximum
@@ -1320,10 +1262,8 @@ VELKORI_API velkori_Result velkori_generateTargetToSourceJointPairsFromNames(vel
  * distance along the skeleton, from the rest poses of that size. The rest poses should have been aligned.
  * The instance behind the handle is replaced.
  *
- * @param handle the instance.
  * @param flags options.
  * @retval velkori_Result_Success the mappings are replaced.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidData a skeleton has neither joints nor blend shapes.
  * @retval velkori_Result_OperationFailed the instance couldn't be replaced.
  */
@@ -1332,15 +1272,13 @@ VELKORI_API velkori_Result velkori_generateMappings(velkori_Handle handle, velko
 /**
  * Checks its arguments and makes nothing.
  *
- * @param handle the instance.
  * @param targetJointCount the length of the arrays, at least 1.
  * @param targetJointNames the target's joint names.
  * @param targetParentJointNames isn't looked at.
  * @param targetRestPose the target's rest pose.
  * @param sourceJointNamesMapping the source joint names that drive the target's joints.
  * @param out_generatedConfigHandle isn't written.
- * @retval velkori_Result_Failure the arguments are sound.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
+ * @retval velkori_Result_Failure the arguments are sound; nothing is logged.
  * @retval velkori_Result_InvalidValue targetJointCount is below 1, or targetRestPose holds an invalid
  *     transform.
  * @retval velkori_Result_InvalidParameter any pointer but targetParentJointNames is null.
@@ -1355,7 +1293,6 @@ VELKORI_API velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle ha
  * lengths of the given pose; otherwise the given pose keeps its directions and gets the bone lengths of the
  * current rest pose.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param matchBehavior what is matched.
  * @param jointSpaceType the space of the transforms.
@@ -1364,7 +1301,6 @@ VELKORI_API velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle ha
  * @retval velkori_Result_Success the pose is matched.
  * @retval velkori_Result_Failure the skeleton has no known hips joint or, with JointLengths, no rest poses;
  *     the pose stays as it is.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_out_transform is null.
  * @retval velkori_Result_InvalidValue it holds an invalid transform, or jointSpaceType is outside 0 to 3.
  * @retval velkori_Result_BufferTooSmall jointCount isn't the skeleton's joint count.
@@ -1379,7 +1315,6 @@ VELKORI_API velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velk
  * the source pose with the lengths of the given one; otherwise the given pose with the lengths of the
  * source pose.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton of both poses.
  * @param matchBehavior which pose is scaled.
  * @param jointSpaceType the space of all transforms.
@@ -1388,7 +1323,6 @@ VELKORI_API velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velk
  * @param in_out_transformData in: the given pose. Out: the result.
  * @retval velkori_Result_Success the result is written.
  * @retval velkori_Result_Failure the skeleton has no known hips joint; in_out_transformData stays as it is.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter an array is null.
  * @retval velkori_Result_InvalidValue an array holds an invalid transform, or jointSpaceType is outside 0
  *     to 3.
@@ -1435,10 +1369,8 @@ VELKORI_API velkori_Result velkori_alignTargetToSource(const char* configName, v
 /**
  * Reads the settings of an instance's pose stream.
  *
- * @param handle the instance.
  * @param out_serializationSettings takes the settings as they are after clamping.
  * @retval velkori_Result_Success the settings are written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter out_serializationSettings is null.
  */
 VELKORI_API velkori_Result velkori_getSerializationSettings(
@@ -1449,10 +1381,8 @@ VELKORI_API velkori_Result velkori_getSerializationSettings(
  * no ack. The interpolators keep their frames. The snapshot count changes for all instances of the process,
  * so change it only while no other one streams.
  *
- * @param handle the instance.
  * @param in_serializationSettings the settings; thresholds and snapshot count are clamped.
  * @retval velkori_Result_Success the settings are taken.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter in_serializationSettings is null.
  */
 VELKORI_API velkori_Result velkori_updateSerializationSettings(
@@ -1461,11 +1391,9 @@ VELKORI_API velkori_Result velkori_updateSerializationSettings(
 /**
  * Reads the ack that the current snapshot is coded against.
  *
- * @param handle the instance.
  * @param out_ack takes the baseline ack of the last velkori_createSnapshot(); -1 before the first one and
  *     after a change of settings.
  * @retval velkori_Result_Success the ack is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter out_ack is null.
  */
 VELKORI_API velkori_Result velkori_getCurrentAck(velkori_Handle handle, int32_t* out_ack);
@@ -1474,12 +1402,10 @@ VELKORI_API velkori_Result velkori_getCurrentAck(velkori_Handle handle, int32_t*
  * Starts a new outgoing snapshot in the next slot of the ring. It is coded against the snapshot in the slot
  * that the ack names.
  *
- * @param handle the instance.
  * @param baselineAck the last ack that came back from the receiver, or -1 for none. One that names no
  *     snapshot of the ring isn't refused; the new snapshot is then coded without a baseline.
  * @param timestamp seconds from 0 to 1800, clamped; it does not wrap.
  * @retval velkori_Result_Success the snapshot is the current one.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  */
 VELKORI_API velkori_Result velkori_createSnapshot(
     velkori_Handle handle, int32_t baselineAck, double timestamp);
@@ -1489,14 +1415,12 @@ VELKORI_API velkori_Result velkori_createSnapshot(
  * velkori_JointRelativeSpaceType_Local, like the rest poses that a reader completes them from; scale isn't
  * carried.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param skeletonPose the pose in local space, one transform per joint of the whole skeleton.
  * @param indices the joints to send, ascending. All other joints are taken into account for later
  *     snapshots, but not sent. May be null if indexCount is below 1.
  * @param indexCount the length of indices.
  * @retval velkori_Result_Success the pose is in the snapshot.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter skeletonPose is null, or indices is with an indexCount above 0.
  * @retval velkori_Result_InvalidValue the pose holds an invalid transform.
  * @retval velkori_Result_OperationFailed no snapshot has been created.
@@ -1507,13 +1431,11 @@ VELKORI_API velkori_Result velkori_snapshotSkeleton(velkori_Handle handle, velko
 /**
  * Puts the target's face into the current snapshot. It is sent only in a snapshot with a target pose.
  *
- * @param handle the instance.
  * @param facePose one weight from 0 to 1 per blend shape of the target; weights aren't clamped.
  * @param indices blend shapes, ascending. Unlike joints they don't limit what is sent: every shape that
  *     moved is. May be null if indexCount is below 1.
  * @param indexCount the length of indices.
  * @retval velkori_Result_Success the face is in the snapshot.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter facePose is null, or indices is with an indexCount above 0.
  * @retval velkori_Result_OperationFailed no snapshot has been created.
  */
@@ -1523,10 +1445,8 @@ VELKORI_API velkori_Result velkori_snapshotFace(
 /**
  * Puts a frame record into the current snapshot, in place of an earlier one.
  *
- * @param handle the instance.
  * @param frameData the record; must not be null.
  * @retval velkori_Result_Success the record is in the snapshot.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter frameData is null.
  * @retval velkori_Result_OperationFailed no snapshot has been created.
  */
@@ -1560,13 +1480,11 @@ VELKORI_API velkori_Result velkori_serializeEndHeader(
  * VELKORI_MAX_SNAPSHOT_SIZE bytes: of a larger snapshot the tail is lost without notice, though the size
  * reported counts it.
  *
- * @param handle the instance.
  * @param out_buffer takes the record, or null for a size query. With frame data the size is an upper limit:
  *     fewer bytes may be written, and the rest of the buffer stays as it was.
  * @param in_out_bufferSizeInBytes the size of out_buffer. A query sets it to the needed size, a multiple of
  *     4; a copy leaves it alone.
  * @retval velkori_Result_Success the record or its size is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_bufferSizeInBytes is null.
  * @retval velkori_Result_OperationFailed no snapshot has been created, or another instance has shortened the
  *     ring since.
@@ -1620,7 +1538,6 @@ VELKORI_API velkori_Result velkori_deserializeSnapshotTimestamp(const void* data
  * velkori_JointRelativeSpaceType_Local with scale (1, 1, 1). What the record leaves out keeps its
  * baseline's values; arrays of a part that the record doesn't have are left alone.
  *
- * @param handle the instance.
  * @param data the record. As many bytes must be readable as the record is long, rounded up to whole 32-bit
  *     words, and never more than VELKORI_MAX_SNAPSHOT_SIZE (4,096): a word is loaded only when bits of it
  *     are needed. A record that is damaged or of other skeletons may read up to that limit, and so may one
@@ -1634,7 +1551,6 @@ VELKORI_API velkori_Result velkori_deserializeSnapshotTimestamp(const void* data
  * @param optional_sourcePose takes one transform per joint of the source.
  * @param optional_frameData takes the frame record. Must not be null if the record carries one.
  * @retval velkori_Result_Success the record is read.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_InvalidParameter data is null.
  * @retval velkori_Result_NullParameter out_timestamp, out_compressionType or out_ack is null, or
  *     optional_frameData is though the record carries frame data; the record is not read then.
@@ -1655,16 +1571,13 @@ VELKORI_API velkori_Result velkori_deserializeSnapshot(velkori_Handle handle, co
 /**
  * Empties all interpolators of an instance.
  *
- * @param handle the instance.
  * @retval velkori_Result_Success they are empty.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  */
 VELKORI_API velkori_Result velkori_resetInterpolators(velkori_Handle handle);
 
 /**
  * Samples a skeleton's pose.
  *
- * @param handle the instance.
  * @param skeletonType the skeleton.
  * @param out_bodyPose takes one transform per joint in velkori_JointRelativeSpaceType_Local, or null for a
  *     size query.
@@ -1672,7 +1585,6 @@ VELKORI_API velkori_Result velkori_resetInterpolators(velkori_Handle handle);
  *     is due yet.
  * @param time the time to sample at.
  * @retval velkori_Result_Success the pose, the count 0 or the length is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_jointCount is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the joint count.
  * @retval velkori_Result_InvalidValue time is not a finite number.
@@ -1684,7 +1596,6 @@ VELKORI_API velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle ha
 /**
  * Samples the target's face.
  *
- * @param handle the instance.
  * @param reserved isn't used.
  * @param out_facePose takes one weight per blend shape of the target, or null for a size query.
  * @param in_out_shapeCount the length of out_facePose; set to the number of weights written.
@@ -1692,7 +1603,6 @@ VELKORI_API velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle ha
  * @retval velkori_Result_Success the weights or their number are written.
  * @retval velkori_Result_Failure no frame is due yet, or the target has no blend shapes; nothing is written
  *     and nothing logged.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter in_out_shapeCount is null.
  * @retval velkori_Result_BufferTooSmall the array is shorter than the number of blend shapes.
  * @retval velkori_Result_InvalidValue time is not a finite number.
@@ -1703,13 +1613,11 @@ VELKORI_API velkori_Result velkori_getInterpolatedFacePose(
 /**
  * Samples a tracker's pose.
  *
- * @param handle the instance.
  * @param trackerIndex 0 for tracker2 of velkori_FrameData_, 1 for tracker0, any other value for tracker1.
  * @param out_pose takes the pose with scale (1, 1, 1), the identity if no frame is due yet; must not be
  *     null.
  * @param time the time to sample at.
  * @retval velkori_Result_Success the pose is written.
- * @retval velkori_Result_InvalidHandle no live instance has the handle.
  * @retval velkori_Result_NullParameter out_pose is null.
  * @retval velkori_Result_InvalidValue time is not a finite number.
  */
