@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 mapfile -t tool_packages <scripts/tool-packages.txt
-scripts/install-packages.sh build-essential cmake libbenchmark-dev libgtest-dev ninja-build rapidjson-dev \
+scripts/install-packages.sh build-essential cmake libbenchmark-dev libgtest-dev ninja-build python3 rapidjson-dev \
     "${tool_packages[@]}"
 cmake --preset release >/dev/null
 cmake --build --preset release -j "$(nproc)" --target velkori_benchmarks

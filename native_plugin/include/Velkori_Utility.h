@@ -637,7 +637,6 @@ VELKORI_API velkori_Result velkori_getCoordinateSpace(velkori_CoordinateSpace_* 
  * @retval velkori_Result_InvalidParameter handle is null.
  * @retval velkori_Result_ParseFailed the text isn't valid JSON.
  * @retval velkori_Result_InvalidData the document breaks a rule; a line is logged for each.
- * @retval velkori_Result_OperationFailed the instance couldn't be made or replaced.
  */
 VELKORI_API velkori_Result velkori_createOrUpdateHandle(const char* config, velkori_Handle* handle);
 
@@ -657,7 +656,6 @@ VELKORI_API velkori_Result velkori_createOrUpdateHandle(const char* config, velk
  *     joints lacks unscaledTPose; a skeleton without joints has excluded joints or manifestations;
  *     mappingCount is negative; a joint index of a mapping or an entry is out of range; or the entry counts
  *     of the mappings don't add up to mappingEntryCount.
- * @retval velkori_Result_OperationFailed the instance couldn't be made or replaced.
  */
 VELKORI_API velkori_Result velkori_createOrUpdateUtilityConfig(
     const char* configName, const velkori_UtilityConfigInitParams_* params, velkori_Handle* in_out_handle);
@@ -674,7 +672,6 @@ VELKORI_API velkori_Result velkori_createOrUpdateUtilityConfig(
  * @retval velkori_Result_InvalidData configName is null or empty, or the skeleton breaks a rule.
  * @retval velkori_Result_InvalidValue params is null, or its arrays are refused as in
  *     velkori_createOrUpdateUtilityConfig().
- * @retval velkori_Result_OperationFailed the instance couldn't be made or replaced.
  */
 VELKORI_API velkori_Result velkori_createOrUpdateSimpleUtilityConfig(const char* configName,
     velkori_SkeletonType skeletonType, const velkori_SkeletonInitParams_* params,
@@ -1348,7 +1345,6 @@ VELKORI_API velkori_Result velkori_matchPose(velkori_Handle handle, velkori_Skel
  * @retval velkori_Result_Failure a minimum or maximum rest pose couldn't be aligned.
  * @retval velkori_Result_InvalidParameter in_out_handle is null.
  * @retval velkori_Result_InvalidHandle no live instance has sourceHandle or targetHandle.
- * @retval velkori_Result_OperationFailed the instance couldn't be made or replaced.
  */
 VELKORI_API velkori_Result velkori_alignTargetToSource(const char* configName, velkori_AlignmentFlags flags,
     velkori_Handle sourceHandle, velkori_SkeletonType sourceSkeletonType, velkori_Handle targetHandle,

@@ -23,6 +23,10 @@ velkori_Result Fail(velkori_Result result, const char* format, ...) {
     return result;
 }
 
+velkori_Result FailWithNull(velkori_Result result, const char* parameterName) {
+    return Fail(result, "Parameter %s must not be Null", parameterName);
+}
+
 std::shared_ptr<UtilityInstance> FindInstance(velkori_Handle handle, const char* role) {
     std::shared_ptr<UtilityInstance> instance = UtilityContext::GetUtilityInstance(handle);
     if (instance == nullptr) {

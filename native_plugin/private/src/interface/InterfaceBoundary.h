@@ -33,6 +33,9 @@ velkori_Result AtBoundary(const char* exportName, const Body& body) noexcept {
 // Logs why an export fails, formatted like printf, and gives its result.
 [[gnu::format(printf, 2, 3)]] velkori_Result Fail(velkori_Result result, const char* format, ...);
 
+// The same for a required pointer that is null.
+velkori_Result FailWithNull(velkori_Result result, const char* parameterName);
+
 // The instance behind a handle or, after a logged error that calls it by `role`, none.
 std::shared_ptr<UtilityInstance> FindInstance(velkori_Handle handle, const char* role);
 

@@ -31,7 +31,7 @@ velkori_Result CopyTexts(std::span<const std::string_view> texts, std::size_t ne
     std::int32_t* in_out_bufferSize, const char** out_starts, std::int32_t* in_out_startCount,
     const char* missingCountText) {
     if (in_out_bufferSize == nullptr) {
-        return Fail(velkori_Result_NullParameter, "Parameter in_out_bufferSize must not be Null");
+        return FailWithNull(velkori_Result_NullParameter, "in_out_bufferSize");
     }
     if (out_buffer == nullptr) {
         *in_out_bufferSize = static_cast<std::int32_t>(neededSize);

@@ -141,9 +141,9 @@ velkori_Result ValidateJointMappingDefinition(
     }
     std::int64_t entryPosition = 0;
     for (int i = 0; i < definition.mappingCount; ++i) {
-        const velkori_Result result =
-            ValidateJointMapping(definition, i, entryPosition, sourceJointCount, targetJointCount);
-        if (result != velkori_Result_Success) {
+        if (const velkori_Result result =
+                ValidateJointMapping(definition, i, entryPosition, sourceJointCount, targetJointCount);
+            result != velkori_Result_Success) {
             return result;
         }
         entryPosition += definition.mappings[i].entryCount;

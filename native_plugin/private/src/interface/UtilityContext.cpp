@@ -66,4 +66,12 @@ bool UtilityContext::DestroyUtilityInstance(velkori_Handle handle) {
     return true;
 }
 
+void CreateOrReplaceInstance(const UtilityConfigInitializationParams& params, velkori_Handle& in_out_handle) {
+    if (UtilityContext::IsValidUtilityInstance(in_out_handle)) {
+        UtilityContext::ReinitializeUtilityInstanceHandle(in_out_handle, params);
+    } else {
+        in_out_handle = UtilityContext::CreateUtilityInstance(params);
+    }
+}
+
 } // namespace Velkori_Utility

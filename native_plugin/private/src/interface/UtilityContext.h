@@ -57,4 +57,7 @@ class UtilityContext {
     std::unordered_map<velkori_Handle, std::shared_ptr<UtilityInstance>> instances;
 };
 
+// Puts a new instance in place of the one that lives under *handle or, where none does, under a new number.
+void CreateOrReplaceInstance(const UtilityConfigInitializationParams& params, velkori_Handle& in_out_handle);
+
 } // namespace Velkori_Utility

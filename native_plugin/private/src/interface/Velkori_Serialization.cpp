@@ -14,14 +14,6 @@ using namespace Velkori_Utility;
 
 namespace {
 
-velkori_Result FailWithNullParameter(const char* name) {
-    return Fail(velkori_Result_NullParameter, "Parameter %s must not be Null", name);
-}
-
-velkori_Result FailWithInvalidParameter(const char* name) {
-    return Fail(velkori_Result_InvalidParameter, "Parameter %s must not be Null", name);
-}
-
 velkori_Result FailWithoutSnapshot(const char* what) {
     return Fail(
         velkori_Result_OperationFailed, "Cannot %s the current snapshot because it doesn't exist yet.", what);
@@ -106,7 +98,7 @@ velkori_Result velkori_getSerializationSettings(
     velkori_Handle handle, velkori_SerializationSettings_* out_serializationSettings) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (out_serializationSettings == nullptr) {
-            return FailWithNullParameter("out_serializationSettings");
+            return FailWithNull(velkori_Result_NullParameter, "out_serializationSettings");
         }
         const Serialization& stream = instance.serialization;
         *out_serializationSettings = {stream.compressionType, stream.positionThreshold,
@@ -119,7 +111,7 @@ velkori_Result velkori_updateSerializationSettings(
     velkori_Handle handle, const velkori_SerializationSettings_* in_serializationSettings) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_serializationSettings == nullptr) {
-            return FailWithInvalidParameter("in_serializationSettings");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_serializationSettings");
         }
         Serialization& stream = instance.serialization;
         stream.compressionType = in_serializationSettings->compressionType;
@@ -139,7 +131,7 @@ velkori_Result velkori_serializeStartHeader(
     velkori_StartHeader_ header, velkori_SerializedStartHeader_* out_header) {
     return AtBoundary(__func__, [&] {
         if (out_header == nullptr) {
-            return FailWithNullParameter("out_header");
+            return FailWithNull(velkori_Result_NullParameter, "out_header");
         }
         BitWriter writer(VELKORI_SERIALIZED_START_HEADER_SIZE);
         WriteText(writer, header.text0);
@@ -166,7 +158,7 @@ velkori_Result velkori_deserializeStartHeader(
     velkori_StartHeader_* out_header, velkori_SerializedStartHeader_ in_header) {
     return AtBoundary(__func__, [&] {
         if (out_header == nullptr) {
-            return FailWithNullParameter("out_header");
+            return FailWithNull(velkori_Result_NullParameter, "out_header");
         }
         BitReader reader(in_header.data, VELKORI_SERIALIZED_START_HEADER_SIZE);
         ReadText(reader, out_header->text0);
@@ -188,7 +180,7 @@ velkori_Result velkori_serializeEndHeader(
     velkori_EndHeader_ header, velkori_SerializedEndHeader_* out_header) {
     return AtBoundary(__func__, [&] {
         if (out_header == nullptr) {
-            return FailWithNullParameter("out_header");
+            return FailWithNull(velkori_Result_NullParameter, "out_header");
         }
         BitWriter writer(VELKORI_SERIALIZED_END_HEADER_SIZE);
         Write64(writer, header.value);
@@ -202,7 +194,7 @@ velkori_Result velkori_deserializeEndHeader(
     velkori_EndHeader_* out_header, velkori_SerializedEndHeader_ in_header) {
     return AtBoundary(__func__, [&] {
         if (out_header == nullptr) {
-            return FailWithNullParameter("out_header");
+            return FailWithNull(velkori_Result_NullParameter, "out_header");
         }
         BitReader reader(in_header.data, VELKORI_SERIALIZED_END_HEADER_SIZE);
         out_header->value = Read64(reader);
@@ -234,15 +226,15 @@ velkori_Result velkori_snapshotSkeleton(velkori_Handle handle, velkori_SkeletonT
     const velkori_Transform_* skeletonPose, const int32_t* indices, int32_t indexCount) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (skeletonPose == nullptr) {
-            return FailWithInvalidParameter("skeletonPose");
+            return FailWithNull(velkori_Result_InvalidParameter, "skeletonPose");
         }
         const int jointCount = instance.config.GetSkeletonData(skeletonType).GetJointCount();
-        const velkori_Result checked = CheckTransforms(skeletonPose, jointCount);
-        if (checked != velkori_Result_Success) {
-            return checked;
+        if (const velkori_Result result = CheckTransforms(skeletonPose, jointCount);
+            result != velkori_Result_Success) {
+            return result;
         }
         if (indices == nullptr && indexCount > 0) {
-            return FailWithInvalidParameter("indices");
+            return FailWithNull(velkori_Result_InvalidParameter, "indices");
         }
         Serialization& stream = instance.serialization;
         if (stream.getCurrentSnapshot() == nullptr) {
@@ -259,10 +251,10 @@ velkori_Result velkori_snapshotFace(
     velkori_Handle handle, const float* facePose, const int32_t* indices, int32_t indexCount) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (facePose == nullptr) {
-            return FailWithInvalidParameter("facePose");
+            return FailWithNull(velkori_Result_InvalidParameter, "facePose");
         }
         if (indices == nullptr && indexCount > 0) {
-            return FailWithInvalidParameter("indices");
+            return FailWithNull(velkori_Result_InvalidParameter, "indices");
         }
         if (instance.serialization.getCurrentSnapshot() == nullptr) {
             return FailWithoutSnapshot("add a face to");
@@ -277,7 +269,7 @@ velkori_Result velkori_snapshotFace(
 velkori_Result velkori_snapshotFrameData(velkori_Handle handle, const velkori_FrameData_* frameData) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (frameData == nullptr) {
-            return FailWithInvalidParameter("frameData");
+            return FailWithNull(velkori_Result_InvalidParameter, "frameData");
         }
         Serialization& stream = instance.serialization;
         if (!stream.addFramedata(ToFrameData(*frameData))) {
@@ -295,7 +287,7 @@ velkori_Result velkori_serializeSnapshot(
     velkori_Handle handle, void* out_buffer, int32_t* in_out_bufferSizeInBytes) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_bufferSizeInBytes == nullptr) {
-            return FailWithNullParameter("in_out_bufferSizeInBytes");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_bufferSizeInBytes");
         }
         Serialization& stream = instance.serialization;
         const Snapshot* snapshot = stream.getCurrentSnapshot();
@@ -338,10 +330,10 @@ velkori_Result velkori_serializeSnapshot(
 velkori_Result velkori_deserializeSnapshotTimestamp(const void* data, double* out_timestamp) {
     return AtBoundary(__func__, [&] {
         if (data == nullptr) {
-            return FailWithInvalidParameter("data");
+            return FailWithNull(velkori_Result_InvalidParameter, "data");
         }
         if (out_timestamp == nullptr) {
-            return FailWithNullParameter("out_timestamp");
+            return FailWithNull(velkori_Result_NullParameter, "out_timestamp");
         }
         BitReader reader(data, VELKORI_MAX_SNAPSHOT_SIZE);
         *out_timestamp = Snapshot::parseCompressionTimestampFromStream(reader).timestamp;
@@ -355,21 +347,21 @@ velkori_Result velkori_deserializeSnapshot(velkori_Handle handle, const void* da
     velkori_FrameData_* optional_frameData) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (data == nullptr) {
-            return FailWithInvalidParameter("data");
+            return FailWithNull(velkori_Result_InvalidParameter, "data");
         }
         if (out_timestamp == nullptr) {
-            return FailWithNullParameter("out_timestamp");
+            return FailWithNull(velkori_Result_NullParameter, "out_timestamp");
         }
         if (out_compressionType == nullptr) {
-            return FailWithNullParameter("out_compressionType");
+            return FailWithNull(velkori_Result_NullParameter, "out_compressionType");
         }
         if (out_ack == nullptr) {
-            return FailWithNullParameter("out_ack");
+            return FailWithNull(velkori_Result_NullParameter, "out_ack");
         }
         BitReader reader(data, VELKORI_MAX_SNAPSHOT_SIZE);
         const SnapshotHeader header = instance.serialization.readHeader(reader);
         if (header.hasFrameData && optional_frameData == nullptr) {
-            return FailWithNullParameter("optional_frameData");
+            return FailWithNull(velkori_Result_NullParameter, "optional_frameData");
         }
         const Snapshot& snapshot = instance.serialization.readSnapshot(header, reader);
         if (header.hasFrameData) {

@@ -31,7 +31,7 @@ velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle handle, velkor
     velkori_Transform_* out_bodyPose, int32_t* in_out_jointCount, double time) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_jointCount == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_jointCount must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_jointCount");
         }
         BodySnapshotInterpolator& interpolator = skeletonType == velkori_SkeletonType_Source
                                                      ? instance.serialization.sourceInterpolator
@@ -47,9 +47,8 @@ velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle handle, velkor
                 "%d",
                 elementCount, *in_out_jointCount);
         }
-        const velkori_Result checked = CheckTime(time);
-        if (checked != velkori_Result_Success) {
-            return checked;
+        if (const velkori_Result result = CheckTime(time); result != velkori_Result_Success) {
+            return result;
         }
         const std::span<const JointPose> pose = interpolator.updateAndInterpolatePose(time);
         ToVelkoriPoseArrayFromJointPoseVector(pose, out_bodyPose);
@@ -67,7 +66,7 @@ velkori_Result velkori_getInterpolatedFacePose(velkori_Handle handle, int32_t /*
     float* out_facePose, int32_t* in_out_shapeCount, double time) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_shapeCount == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_shapeCount must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_shapeCount");
         }
         FaceSnapshotInterpolator& interpolator = instance.serialization.faceInterpolator;
         const int elementCount = interpolator.getElementCount();
@@ -81,9 +80,8 @@ velkori_Result velkori_getInterpolatedFacePose(velkori_Handle handle, int32_t /*
                 "%d",
                 elementCount, *in_out_shapeCount);
         }
-        const velkori_Result checked = CheckTime(time);
-        if (checked != velkori_Result_Success) {
-            return checked;
+        if (const velkori_Result result = CheckTime(time); result != velkori_Result_Success) {
+            return result;
         }
         const std::span<const float> weights = interpolator.updateAndInterpolatePose(time);
         if (weights.empty()) {
@@ -99,11 +97,10 @@ velkori_Result velkori_getInterpolatedTrackerJointPose(
     velkori_Handle handle, int32_t trackerIndex, velkori_Transform_* out_pose, double time) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (out_pose == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_pose must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_pose");
         }
-        const velkori_Result checked = CheckTime(time);
-        if (checked != velkori_Result_Success) {
-            return checked;
+        if (const velkori_Result result = CheckTime(time); result != velkori_Result_Success) {
+            return result;
         }
         const std::size_t index = trackerIndex == 0 || trackerIndex == 1 ? trackerIndex : 2;
         *out_pose = static_cast<velkori_Transform_>(

@@ -46,7 +46,7 @@ velkori_Result velkori_destroy(velkori_Handle handle) {
 velkori_Result velkori_getCoordinateSpace(velkori_CoordinateSpace_* out_coordinateSpace) {
     return AtBoundary(__func__, [&] {
         if (out_coordinateSpace == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter out_coordinateSpace must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "out_coordinateSpace");
         }
         *out_coordinateSpace = ProcessSpace();
         return velkori_Result_Success;
@@ -58,8 +58,7 @@ velkori_Result velkori_applyWorldSpaceCoordinateSpaceConversion(
     velkori_CoordinateSpace_ in_coordinateSpace, velkori_CoordinateSpace_ out_coordinateSpace) {
     return AtBoundary(__func__, [&] {
         if (in_out_worldSpaceTransformData == nullptr) {
-            return Fail(
-                velkori_Result_InvalidParameter, "Parameter in_out_worldSpaceTransformData must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_worldSpaceTransformData");
         }
         JointPose conversion;
         if (const velkori_Result result =

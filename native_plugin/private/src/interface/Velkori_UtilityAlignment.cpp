@@ -31,24 +31,6 @@ PoseData AlignUnscaledPose(velkori_AlignmentFlags flags, const SkeletonData& sou
     return Alignment::AlignToRestPose(applied, sourcePose, unscaled);
 }
 
-// Replaces the instance of a live handle, or makes a new one.
-velkori_Result CreateOrReplace(
-    const UtilityConfigInitializationParams& params, velkori_Handle* in_out_handle) {
-    if (UtilityContext::IsValidUtilityInstance(*in_out_handle)) {
-        return UtilityContext::ReinitializeUtilityInstanceHandle(*in_out_handle, params)
-                   ? velkori_Result_Success
-                   : Fail(velkori_Result_OperationFailed,
-                         "AlignTargetToSource failed to re-initialize handle.");
-    }
-    const velkori_Handle handle = UtilityContext::CreateUtilityInstance(params);
-    if (handle == 0) {
-        return Fail(
-            velkori_Result_OperationFailed, "AlignTargetToSource failed to initialize new configuration.");
-    }
-    *in_out_handle = handle;
-    return velkori_Result_Success;
-}
-
 // Writes what became of a pose over it, unless nothing did.
 velkori_Result WriteMatchedPose(
     const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
@@ -98,12 +80,13 @@ velkori_Result velkori_alignTargetToSource(const char* configName, velkori_Align
         Configuration config = targetInstance->config.GetConfiguration();
         config.coordinateSpace = CoordinateSpace(ProcessSpace());
         const bool hasName = configName != nullptr && configName[0] != '\0';
-        return CreateOrReplace({hasName ? configName : targetInstance->config.GetName(), config,
-                                   source.GenerateInitializationParams(true),
-                                   target.GenerateInitializationParams(alignedMin, alignedMax,
-                                       AlignUnscaledPose(flags, source, target, alignedMin, alignedMax)),
-                                   {}, {}},
-            in_out_handle);
+        CreateOrReplaceInstance({hasName ? configName : targetInstance->config.GetName(), config,
+                                    source.GenerateInitializationParams(true),
+                                    target.GenerateInitializationParams(alignedMin, alignedMax,
+                                        AlignUnscaledPose(flags, source, target, alignedMin, alignedMax)),
+                                    {}, {}},
+            *in_out_handle);
+        return velkori_Result_Success;
     });
 }
 
@@ -112,7 +95,7 @@ velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velkori_Skeleton
     velkori_Transform_* in_out_transform) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_transform == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_transform must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_transform");
         }
         if (const velkori_Result result = CheckTransforms(in_out_transform, jointCount);
             result != velkori_Result_Success) {
@@ -143,10 +126,10 @@ velkori_Result velkori_matchPose(velkori_Handle handle, velkori_SkeletonType ske
     const velkori_Transform_* in_transformSourcePose, velkori_Transform_* in_out_transformData) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_transformSourcePose == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_transformSourcePose must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_transformSourcePose");
         }
         if (in_out_transformData == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_transformData must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_transformData");
         }
         for (const velkori_Transform_* transforms :
             {in_transformSourcePose, static_cast<const velkori_Transform_*>(in_out_transformData)}) {

@@ -13,15 +13,10 @@ using namespace Velkori_Utility;
 
 namespace {
 
-struct InstanceFailureTexts {
-    const char* reinitialize;
-    const char* create;
-};
-
 // Judges the parameters and puts an instance made of them under *handle: in place of the one that lives
 // there, or else under a new number. On a failure nothing changes.
-velkori_Result CreateOrUpdateInstance(const UtilityConfigInitializationParams& params, LogMsgMap& messages,
-    const InstanceFailureTexts& texts, velkori_Handle& in_out_handle) {
+velkori_Result CreateOrUpdateInstance(
+    const UtilityConfigInitializationParams& params, LogMsgMap& messages, velkori_Handle& in_out_handle) {
     const bool isValid = params.CheckIsValid(messages);
     if (!isValid || messages.contains(LogMsgCategory::Error)) {
         Fail(velkori_Result_InvalidData,
@@ -30,16 +25,7 @@ velkori_Result CreateOrUpdateInstance(const UtilityConfigInitializationParams& p
         return velkori_Result_InvalidData;
     }
     PrintLogMessages(messages);
-    if (UtilityContext::IsValidUtilityInstance(in_out_handle)) {
-        return UtilityContext::ReinitializeUtilityInstanceHandle(in_out_handle, params)
-                   ? velkori_Result_Success
-                   : Fail(velkori_Result_OperationFailed, "%s", texts.reinitialize);
-    }
-    const velkori_Handle created = UtilityContext::CreateUtilityInstance(params);
-    if (created == 0) {
-        return Fail(velkori_Result_OperationFailed, "%s", texts.create);
-    }
-    in_out_handle = created;
+    CreateOrReplaceInstance(params, in_out_handle);
     return velkori_Result_Success;
 }
 
@@ -70,9 +56,8 @@ velkori_Result CreateOrUpdateFromRecord(
     if (params == nullptr) {
         return Fail(velkori_Result_InvalidValue, "Initialization Parameter structure is null");
     }
-    const velkori_Result recordResult = ValidateConfigRecord(*params);
-    if (recordResult != velkori_Result_Success) {
-        return recordResult;
+    if (const velkori_Result result = ValidateConfigRecord(*params); result != velkori_Result_Success) {
+        return result;
     }
     LogMsgMap messages;
     const UtilityConfigInitializationParams config = {configName,
@@ -81,10 +66,7 @@ velkori_Result CreateOrUpdateFromRecord(
         SkeletonInitializationParams::FromVelkoriSkeletonInitParams(messages, params->targetSkeleton),
         ConvertVelkoriMappingDefinitionToSerializedMapping(params->minMappings),
         ConvertVelkoriMappingDefinitionToSerializedMapping(params->maxMappings)};
-    return CreateOrUpdateInstance(config, messages,
-        {"Create or Update Utility Configuration failed to re-initialize handle.",
-            "Create Utility Configuration failed to initialize."},
-        *in_out_handle);
+    return CreateOrUpdateInstance(config, messages, *in_out_handle);
 }
 
 } // namespace
@@ -104,10 +86,7 @@ velkori_Result velkori_createOrUpdateHandle(const char* config, velkori_Handle* 
         }
         LogMsgMap messages;
         const auto params = UtilityConfigInitializationParams::CreateFromJSON(messages, document);
-        return CreateOrUpdateInstance(params, messages,
-            {"Create or Update Handle failed to re-initialize handle from JSON Document.",
-                "Create Handle failed to initialize from JSON Document."},
-            *handle);
+        return CreateOrUpdateInstance(params, messages, *handle);
     });
 }
 
@@ -134,7 +113,7 @@ velkori_Result velkori_writeConfigDataToJSON(velkori_Handle handle,
     const velkori_CoordinateSpace_* optional_coordinateSpace, char* out_buffer, int32_t* in_out_bufferSize) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_bufferSize == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_bufferSize must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_bufferSize");
         }
         if (optional_coordinateSpace != nullptr && !HasUnitAxisSums(*optional_coordinateSpace)) {
             return Fail(velkori_Result_InvalidValue,

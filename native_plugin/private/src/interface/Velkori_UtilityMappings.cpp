@@ -45,22 +45,20 @@ velkori_Result velkori_generateSimpleMappingConfig(velkori_Handle handle, int32_
             return Fail(velkori_Result_InvalidValue, "Target Joint Count must be Greater than 0");
         }
         if (targetJointNames == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter targetJointNames must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "targetJointNames");
         }
         if (targetRestPose == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter targetRestPose must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "targetRestPose");
         }
         if (const velkori_Result result = CheckTransforms(targetRestPose, targetJointCount);
             result != velkori_Result_Success) {
             return result;
         }
         if (sourceJointNamesMapping == nullptr) {
-            return Fail(
-                velkori_Result_InvalidParameter, "Parameter sourceJointNamesMapping must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "sourceJointNamesMapping");
         }
         if (out_generatedConfigHandle == nullptr) {
-            return Fail(
-                velkori_Result_InvalidParameter, "Parameter out_generatedConfigHandle must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "out_generatedConfigHandle");
         }
         return velkori_Result_Failure;
     });

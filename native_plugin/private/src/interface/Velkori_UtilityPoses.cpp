@@ -27,9 +27,8 @@ velkori_Result CheckJointCount(const SkeletonData& skeleton, int32_t jointCount)
 
 // The checks that the exports which rewrite an array of one transform per joint start with.
 velkori_Result CheckPoseArray(const velkori_Transform_* transforms, int32_t jointCount) {
-    return transforms == nullptr
-               ? Fail(velkori_Result_InvalidParameter, "Parameter in_out_transformData must not be Null")
-               : CheckTransforms(transforms, jointCount);
+    return transforms == nullptr ? FailWithNull(velkori_Result_InvalidParameter, "in_out_transformData")
+                                 : CheckTransforms(transforms, jointCount);
 }
 
 velkori_Result CalculateTPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,
@@ -148,7 +147,7 @@ velkori_Result CheckFinite(const char* parameterName, float value) {
 velkori_Result CheckTPoseArguments(
     const int32_t* in_out_numJoints, velkori_JointRelativeSpaceType space, const char* sizeName, float size) {
     if (in_out_numJoints == nullptr) {
-        return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
+        return FailWithNull(velkori_Result_NullParameter, "in_out_numJoints");
     }
     return IsJointSpaceType(space) ? CheckFinite(sizeName, size) : FailWithJointSpaceType(space);
 }
@@ -195,8 +194,9 @@ velkori_Result velkori_convertPoseFromToManifestation(velkori_Handle handle,
     velkori_JointRelativeSpaceType outputSpaceType, velkori_Transform_* out_transformData,
     int32_t* in_out_numOutputJoints) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (CheckTransforms(in_transformData, in_sourceManifestationJointCount) != velkori_Result_Success) {
-            return velkori_Result_InvalidValue;
+        if (const velkori_Result result = CheckTransforms(in_transformData, in_sourceManifestationJointCount);
+            result != velkori_Result_Success) {
+            return result;
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
         const PoseScope output(skeleton, outputManifestation);
@@ -204,7 +204,7 @@ velkori_Result velkori_convertPoseFromToManifestation(velkori_Handle handle,
             return result;
         }
         if (in_out_numOutputJoints == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_numOutputJoints must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_numOutputJoints");
         }
         if (out_transformData == nullptr) {
             *in_out_numOutputJoints = output.jointCount;
@@ -215,7 +215,7 @@ velkori_Result velkori_convertPoseFromToManifestation(velkori_Handle handle,
             return result;
         }
         if (in_transformData == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_transformData must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_transformData");
         }
         if (in_sourceManifestationJointCount < source.jointCount) {
             return Fail(velkori_Result_BufferTooSmall,
@@ -251,7 +251,7 @@ velkori_Result velkori_getPoseInfo(velkori_Handle handle, velkori_SkeletonType s
     velkori_SkeletonTPoseType tPoseType, velkori_PoseInfo_* out_poseHeight) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (out_poseHeight == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter out_poseHeight must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "out_poseHeight");
         }
         const PoseData& pose = instance.retargeting.GetTPoseData(skeletonType, tPoseType);
         if (!pose.IsInitialized()) {
@@ -267,7 +267,7 @@ velkori_Result velkori_getLengthBetweenJoints(velkori_Handle handle, velkori_Ske
     velkori_SkeletonTPoseType tPoseType, int32_t startJointIndex, int32_t endJointIndex, float* out_length) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (out_length == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter out_length must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "out_length");
         }
         const PoseData& pose = instance.retargeting.GetTPoseData(skeletonType, tPoseType);
         if (!pose.IsInitialized()) {
@@ -390,7 +390,7 @@ velkori_Result velkori_calculatePoseExtents(velkori_Handle handle, velkori_Skele
             return result;
         }
         if (out_extents == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter out_extents must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "out_extents");
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
         if (const velkori_Result result = CheckJointCount(skeleton, jointCount);

@@ -30,7 +30,7 @@ velkori_Result velkori_getConfigName(velkori_Handle handle, char* out_buffer, in
 velkori_Result velkori_getVersion(velkori_Handle handle, double* out_version) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (out_version == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_version must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_version");
         }
         *out_version = instance.config.GetConfiguration().version;
         return velkori_Result_Success;
@@ -41,7 +41,7 @@ velkori_Result velkori_getSkeletonInfo(
     velkori_Handle handle, velkori_SkeletonType skeletonType, velkori_SkeletonInfo_* out_skeletonInfo) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (out_skeletonInfo == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_skeletonInfo must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_skeletonInfo");
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
         *out_skeletonInfo = {
@@ -92,7 +92,7 @@ velkori_Result velkori_getSkeletonTPose(velkori_Handle handle, velkori_SkeletonT
     velkori_Transform_* out_transformData, int32_t* in_out_numJoints) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_numJoints == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_numJoints");
         }
         if (!IsJointSpaceType(jointSpaceType)) {
             return FailWithJointSpaceType(jointSpaceType);
@@ -111,7 +111,7 @@ velkori_Result velkori_getSkeletonMappings(velkori_Handle handle, velkori_Skelet
     velkori_JointMapping_* out_mappings, int32_t* in_out_numMappings) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_numMappings == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numMappings must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_numMappings");
         }
         const JointMappingData& data = MappingDataFor(instance, tPoseType);
         const int count = data.GetMappingCount();
@@ -132,7 +132,7 @@ velkori_Result velkori_getSkeletonMappingEntries(velkori_Handle handle, velkori_
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_numMappingEntries == nullptr) {
             // The text is the sister function's.
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numMappings must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_numMappings");
         }
         const JointMappingData& data = MappingDataFor(instance, tPoseType);
         const int count = data.GetTotalMappingEntryCount();
@@ -152,7 +152,7 @@ velkori_Result velkori_getSkeletonMappingTargetJoints(
     velkori_Handle handle, int32_t* out_jointIndexList, int32_t* in_out_jointCount) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_jointCount == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_jointCount must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_jointCount");
         }
         return CopyIndices(instance.config.GetMinMappingData().GetMappedTargetJoints().ToKeyVector(),
             out_jointIndexList, in_out_jointCount,
@@ -180,10 +180,10 @@ velkori_Result velkori_getJointIndex(velkori_Handle handle, velkori_SkeletonType
     const char* in_jointName, int32_t* out_jointIndex) {
     return AtBoundary(__func__, [&] {
         if (in_jointName == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_jointName must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_jointName");
         }
         if (out_jointIndex == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_jointIndex must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_jointIndex");
         }
         const auto instance = FindInstance(handle, "instance");
         if (instance == nullptr) {
@@ -199,7 +199,7 @@ velkori_Result velkori_getJointIndexByKnownJointType(velkori_Handle handle, velk
     velkori_KnownJointType knownJointType, int32_t* out_jointIndex) {
     return AtBoundary(__func__, [&] {
         if (out_jointIndex == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_jointIndex must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_jointIndex");
         }
         const auto instance = FindInstance(handle, "instance");
         if (instance == nullptr) {
@@ -214,7 +214,7 @@ velkori_Result velkori_getParentJointIndex(velkori_Handle handle, velkori_Skelet
     int32_t jointIndex, int32_t* out_parentJointIndex) {
     return AtBoundary(__func__, [&] {
         if (out_parentJointIndex == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_parentJointIndex must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_parentJointIndex");
         }
         const auto instance = FindInstance(handle, "instance");
         if (instance == nullptr) {
@@ -231,7 +231,7 @@ velkori_Result velkori_getParentJointIndexes(velkori_Handle handle, velkori_Skel
     int32_t* out_jointIndexArray, int32_t* in_out_numJoints) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_numJoints == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_numJoints");
         }
         return CopyIndices(instance.config.GetSkeletonData(skeletonType).GetParentIndices(),
             out_jointIndexArray, in_out_numJoints,
@@ -243,7 +243,7 @@ velkori_Result velkori_getJointsInManifestation(velkori_Handle handle, velkori_S
     const char* manifestationName, int32_t* out_jointIndexList, int32_t* in_out_jointCount) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_jointCount == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_jointCount must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_jointCount");
         }
         if (manifestationName == nullptr) {
             return Fail(velkori_Result_InvalidParameter,

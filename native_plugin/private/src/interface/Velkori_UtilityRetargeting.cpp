@@ -34,9 +34,9 @@ velkori_Result CheckSourceCount(const SkeletonData& source, int32_t count, const
                    ? velkori_Result_Success
                    : Fail(result, "%s does not match the source skeleton joint count", countName);
     }
-    const velkori_Result checked = CheckManifestation(source, manifestation, "source ", result);
-    if (checked != velkori_Result_Success) {
-        return checked;
+    if (const velkori_Result result = CheckManifestation(source, manifestation, "source ", result);
+        result != velkori_Result_Success) {
+        return result;
     }
     return count == source.GetManifestationJointCount(manifestation)
                ? velkori_Result_Success
@@ -70,14 +70,15 @@ velkori_Result velkori_updateSourceReferenceTPose(velkori_Handle handle,
             return Fail(velkori_Result_InvalidParameter,
                 "Parameter in_transformData and in_numJoints must not be Null");
         }
-        if (CheckTransforms(in_transformData, in_numJoints, velkori_Result_InvalidParameter) !=
-            velkori_Result_Success) {
-            return velkori_Result_InvalidParameter;
+        if (const velkori_Result result =
+                CheckTransforms(in_transformData, in_numJoints, velkori_Result_InvalidParameter);
+            result != velkori_Result_Success) {
+            return result;
         }
-        const velkori_Result checked = CheckSourceCount(instance.config.GetSourceSkeleton(), in_numJoints,
-            manifestation, "in_numJoints", velkori_Result_InvalidParameter);
-        if (checked != velkori_Result_Success) {
-            return checked;
+        if (const velkori_Result result = CheckSourceCount(instance.config.GetSourceSkeleton(), in_numJoints,
+                manifestation, "in_numJoints", velkori_Result_InvalidParameter);
+            result != velkori_Result_Success) {
+            return result;
         }
         instance.retargeting.UpdateSourceReferenceTPose(in_transformData, in_numJoints, manifestation);
         return velkori_Result_Success;
@@ -90,15 +91,15 @@ velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle handle,
     const char* sourceManifestation, const char* targetManifestation) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_numTargetJoints == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_out_numTargetJoints must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_numTargetJoints");
         }
         const SkeletonData& target = instance.config.GetTargetSkeleton();
         int32_t requiredCount = target.GetJointCount();
         if (HasName(targetManifestation)) {
-            const velkori_Result checked =
-                CheckManifestation(target, targetManifestation, "target ", velkori_Result_InvalidValue);
-            if (checked != velkori_Result_Success) {
-                return checked;
+            if (const velkori_Result result =
+                    CheckManifestation(target, targetManifestation, "target ", velkori_Result_InvalidValue);
+                result != velkori_Result_Success) {
+                return result;
             }
             requiredCount = target.GetManifestationJointCount(targetManifestation);
         }
@@ -120,13 +121,14 @@ velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle handle,
             return Fail(velkori_Result_InvalidParameter,
                 "Parameter in_sourceTransformData and in_numSourceJoints must not be Null");
         }
-        if (CheckTransforms(in_sourceTransformData, in_numSourceJoints) != velkori_Result_Success) {
-            return velkori_Result_InvalidValue;
+        if (const velkori_Result result = CheckTransforms(in_sourceTransformData, in_numSourceJoints);
+            result != velkori_Result_Success) {
+            return result;
         }
-        const velkori_Result checked = CheckSourceCount(instance.config.GetSourceSkeleton(),
-            in_numSourceJoints, sourceManifestation, "in_numSourceJoints", velkori_Result_InvalidValue);
-        if (checked != velkori_Result_Success) {
-            return checked;
+        if (const velkori_Result result = CheckSourceCount(instance.config.GetSourceSkeleton(),
+                in_numSourceJoints, sourceManifestation, "in_numSourceJoints", velkori_Result_InvalidValue);
+            result != velkori_Result_Success) {
+            return result;
         }
         if (!IsRetargetingBehavior(info.behavior)) {
             return Fail(
@@ -148,7 +150,7 @@ velkori_Result velkori_getLastProcessedFramePose(velkori_Handle handle, velkori_
     int32_t* in_out_numJoints, const char* manifestation) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_numJoints == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter in_out_numJoints must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "in_out_numJoints");
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
         int32_t requiredCount = skeleton.GetJointCount();
@@ -194,8 +196,7 @@ velkori_Result velkori_getLastRetargetedMappingData(velkori_Handle handle, int32
     int32_t* in_out_sourceJointCount) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
         if (in_out_sourceJointCount == nullptr) {
-            return Fail(
-                velkori_Result_InvalidParameter, "Parameter in_out_sourceJointCount must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_out_sourceJointCount");
         }
         const JointMappingSet* min =
             instance.config.GetMinMappingData().FindCombinedMapping(targetJointIndex);
@@ -216,7 +217,7 @@ velkori_Result velkori_getLastRetargetedMappingData(velkori_Handle handle, int32
                 "Parameter out_sourceJointIndexList is not large enough to store source joint index list");
         }
         if (out_sourceSkeletonType == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter out_sourceSkeletonType must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "out_sourceSkeletonType");
         }
         const Retargeting& retargeting = instance.retargeting;
         if ((out_mappingTPose != nullptr || out_mappingPose != nullptr) &&
@@ -250,10 +251,10 @@ velkori_Result velkori_generateTargetToSourceJointPairsFromNames(velkori_Handle 
             return velkori_Result_InvalidHandle;
         }
         if (out_pairs == nullptr) {
-            return Fail(velkori_Result_NullParameter, "Parameter out_pairs must not be Null");
+            return FailWithNull(velkori_Result_NullParameter, "out_pairs");
         }
         if (in_namedPairs == nullptr) {
-            return Fail(velkori_Result_InvalidParameter, "Parameter in_namedPairs must not be Null");
+            return FailWithNull(velkori_Result_InvalidParameter, "in_namedPairs");
         }
         const auto find = [](const SkeletonData& skeleton, const char* name) {
             return name == nullptr
