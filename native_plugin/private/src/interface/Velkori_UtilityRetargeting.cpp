@@ -28,19 +28,19 @@ velkori_Result CheckManifestation(
 
 // That `count` transforms are what the source skeleton, or the named manifestation of it, has.
 velkori_Result CheckSourceCount(const SkeletonData& source, int32_t count, const char* manifestation,
-    const char* countName, velkori_Result result) {
+    const char* countName, velkori_Result code) {
     if (!HasName(manifestation)) {
         return count == source.GetJointCount()
                    ? velkori_Result_Success
-                   : Fail(result, "%s does not match the source skeleton joint count", countName);
+                   : Fail(code, "%s does not match the source skeleton joint count", countName);
     }
-    if (const velkori_Result result = CheckManifestation(source, manifestation, "source ", result);
+    if (const velkori_Result result = CheckManifestation(source, manifestation, "source ", code);
         result != velkori_Result_Success) {
         return result;
     }
     return count == source.GetManifestationJointCount(manifestation)
                ? velkori_Result_Success
-               : Fail(result, "%s does not match the joint count in manifestation: %s", countName,
+               : Fail(code, "%s does not match the joint count in manifestation: %s", countName,
                      manifestation);
 }
 
