@@ -1,8 +1,7 @@
 #include "core/SkeletonData.h"
 
-#include "support/JSONText.h"
 #include "support/LogCapture.h"
-#include "support/TestSkeletons.h"
+#include "support/SkeletonParams.h"
 
 #include <gtest/gtest.h>
 
@@ -35,43 +34,6 @@ Params Chain(int jointCount) {
         params.jointNames.push_back(std::to_string(i));
         params.parentJointNames.push_back(i == 0 ? "" : std::to_string(i - 1));
     }
-    return params;
-}
-
-void ExpectEqual(const Params& actual, const Params& expected) {
-    const auto entriesOf = [](const auto& map) { return std::vector(map.begin(), map.end()); };
-    EXPECT_EQ(actual.blendShapeNames, expected.blendShapeNames);
-    EXPECT_EQ(actual.jointNames, expected.jointNames);
-    EXPECT_EQ(entriesOf(actual.jointNameToIndex), entriesOf(expected.jointNameToIndex));
-    EXPECT_EQ(actual.parentJointNames, expected.parentJointNames);
-    EXPECT_EQ(actual.knownJointNames, expected.knownJointNames);
-    EXPECT_EQ(actual.autoMappingExcludedJoints, expected.autoMappingExcludedJoints);
-    EXPECT_EQ(entriesOf(actual.manifestations), entriesOf(expected.manifestations));
-    EXPECT_EQ(actual.minTPose, expected.minTPose);
-    EXPECT_EQ(actual.maxTPose, expected.maxTPose);
-    EXPECT_EQ(actual.unscaledTPose, expected.unscaledTPose);
-}
-
-Params FullParams() {
-    Params params = TestSkeletons::MakeBipedParams();
-    params.blendShapeNames = {"smile", "blink"};
-    params.autoMappingExcludedJoints = {"rightToes", "head"};
-    params.manifestations.Insert("upper body", {"hips", "spine", "chest"});
-    params.manifestations.Insert("legs", {"leftLowerLeg", "leftUpperLeg"});
-    return params;
-}
-
-// The whole way of a skeleton to a document's text and back.
-Params ThroughText(const SkeletonData& skeleton) {
-    JSONDocument document;
-    const std::string text = ToText(skeleton.WriteToJSON(JointPose::Identity, document.GetAllocator()));
-    LogMsgMap messages;
-    const LogCapture capture;
-    Params params =
-        Params::CreateFromJSON(messages, Parse(text), skeleton.GetSkeletonType(), JointPose::Identity);
-    EXPECT_TRUE(messages.empty()) << text;
-    EXPECT_TRUE(params.CheckIsValid(messages)) << text;
-    EXPECT_EQ(LogCapture::TakeTexts(), Texts()) << text;
     return params;
 }
 
@@ -225,7 +187,7 @@ TEST(SkeletonData, RestPosesByType) {
 }
 
 TEST(SkeletonData, AnUnknownManifestationIsEmptyAndStandsForTheRestPose) {
-    const SourceSkeletonData skeleton(FullParams());
+    const SourceSkeletonData skeleton(MakeFullParams());
     const Manifestation& empty = skeleton.GetManifestation("nobody");
     EXPECT_TRUE(empty.IsValid());
     EXPECT_TRUE(empty.GetJointIndices().empty());
@@ -236,11 +198,11 @@ TEST(SkeletonData, AnUnknownManifestationIsEmptyAndStandsForTheRestPose) {
 }
 
 TEST(SkeletonData, GivesItsParametersBack) {
-    Params params = FullParams();
-    ExpectEqual(SourceSkeletonData(params).GenerateInitializationParams(true), params);
+    Params params = MakeFullParams();
+    ExpectEqualParams(SourceSkeletonData(params).GenerateInitializationParams(true), params);
     params.unscaledTPose.clear();
     const SourceSkeletonData skeleton(params);
-    ExpectEqual(skeleton.GenerateInitializationParams(false), params);
+    ExpectEqualParams(skeleton.GenerateInitializationParams(false), params);
     const std::vector<JointPose> mid = skeleton.GenerateInitializationParams(true).unscaledTPose;
     ASSERT_EQ(mid.size(), params.jointNames.size());
     for (std::size_t i = 0; i < mid.size(); ++i) {
@@ -248,34 +210,4 @@ TEST(SkeletonData, GivesItsParametersBack) {
         EXPECT_LT((mid[i].position - expected).Length(), 1e-6F);
     }
     EXPECT_TRUE(SourceSkeletonData(Chain(2)).GenerateInitializationParams(true).unscaledTPose.empty());
-}
-
-TEST(SkeletonData, DocumentReadsBackTheSame) {
-    Params singlePose = FullParams();
-    singlePose.minTPose = singlePose.maxTPose = singlePose.unscaledTPose;
-    std::mt19937 random(3);
-    Params tree = TestSkeletons::MakeRandomTreeParams(random, 60, 3);
-    tree.knownJointNames.resize(12);
-    for (const Params& params : {FullParams(), singlePose, tree}) {
-        const SourceSkeletonData source(params);
-        const TargetSkeletonData target(params);
-        ExpectEqual(ThroughText(source), params);
-        ExpectEqual(ThroughText(target), params);
-    }
-}
-
-TEST(SkeletonData, DocumentLeavesOutWhatIsEmpty) {
-    JSONDocument document;
-    const auto textOf = [&](const Params& params) {
-        return ToText(SourceSkeletonData(params).WriteToJSON(JointPose::Identity, document.GetAllocator()));
-    };
-    Params params = Chain(2);
-    EXPECT_EQ(textOf(params), R"({"joints":["0","1"],"hierarchy":{"1":"0"}})");
-    params.parentJointNames = {"", ""};
-    params.manifestations.Insert("none", {});
-    EXPECT_EQ(textOf(params), R"({"joints":["0","1"],"hierarchy":{"0":"","1":""}})");
-    Params shapes;
-    shapes.blendShapeNames = {"smile"};
-    EXPECT_EQ(textOf(shapes), R"({"blendShapes":["smile"]})");
-    EXPECT_EQ(textOf({}), "{}");
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shared/RapidJSONHelpers.h"
+#include "document/RapidJSONHelpers.h"
 
 #include <rapidjson/writer.h>
 

@@ -1,33 +1,14 @@
 #include "core/ConfigurationData.h"
 
-#include "shared/JSONKeywords.h"
-#include "shared/Log.h"
-#include "shared/RapidJSONHelpers.h"
-
 #include <cmath>
 
 namespace Velkori_Utility {
 
 namespace {
 
-void LogIfOffAxis(const Vector3f& axis, const char* name) {
-    if (!axis.IsAxisAligned()) {
-        Log(velkori_LogLevel_Error, "Coordinate Space %s Vector is not Axis Aligned: %s", name,
-            axis.ToString().c_str());
-    }
-}
-
 // The sign that a mirrored axis gets from one component of the other space's right vector.
 float MirroringScale(float component) {
     return component == 0.0F ? 1.0F : -std::abs(component);
-}
-
-velkori_RetargetingBehaviorFlags ParseRetargetingBehaviorFlags(const JSONValue& value) {
-    const JSONValue& flags =
-        RapidJSONHelpers::GetObject(value, JSONKeywords::RetargetingBehaviorFlags, false);
-    return RapidJSONHelpers::GetBool(flags, JSONKeywords::ApplyJointOrientationFixup, false, false)
-               ? velkori_RetargetingBehaviorFlags_ApplyJointOrientationFixup
-               : velkori_RetargetingBehaviorFlags_None;
 }
 
 } // namespace
@@ -43,30 +24,16 @@ CoordinateSpace::CoordinateSpace(const velkori_CoordinateSpace_& space)
     InitializeOrientation();
 }
 
-CoordinateSpace::CoordinateSpace(const JSONValue& value)
-    : up(Vector3f(RapidJSONHelpers::GetObject(value, JSONKeywords::Up, true)).Normalize()),
-      forward(Vector3f(RapidJSONHelpers::GetObject(value, JSONKeywords::Forward, true)).Normalize()),
-      right(Vector3f(RapidJSONHelpers::GetObject(value, JSONKeywords::Right, true)).Normalize()) {
-    InitializeOrientation();
-    LogIfOffAxis(up, "Up");
-    LogIfOffAxis(forward, "Forward");
-    LogIfOffAxis(right, "Right");
-}
-
 void CoordinateSpace::InitializeOrientation() {
     orientation = Quaternionf::LookAtLH(forward, up).Normalize();
 }
 
-JSONValue CoordinateSpace::WriteToJSON(JSONAllocator& allocator) const {
-    JSONValue object(rapidjson::kObjectType);
-    object.AddMember(rapidjson::StringRef(JSONKeywords::Up), up.WriteToJSON(allocator), allocator);
-    object.AddMember(rapidjson::StringRef(JSONKeywords::Forward), forward.WriteToJSON(allocator), allocator);
-    object.AddMember(rapidjson::StringRef(JSONKeywords::Right), right.WriteToJSON(allocator), allocator);
-    return object;
+bool CoordinateSpace::operator==(const CoordinateSpace& other) const {
+    return up == other.up && forward == other.forward && right == other.right;
 }
 
 JointPose CoordinateSpace::CalculateCoordinateSpaceConversion(const CoordinateSpace& other) const {
-    if (up == other.up && forward == other.forward && right == other.right) {
+    if (*this == other) {
         return JointPose::Identity;
     }
     JointPose conversion;
@@ -94,11 +61,6 @@ bool HasUnitAxisSums(const velkori_CoordinateSpace_& space) {
 Configuration::Configuration(const CoordinateSpace& coordinateSpace, velkori_RetargetingBehaviorFlags flags)
     : retargetingBehaviorFlags(flags), coordinateSpace(coordinateSpace) {}
 
-Configuration::Configuration(const JSONValue& value)
-    : version(RapidJSONHelpers::GetDouble(value, JSONKeywords::Version, 0.0, true)),
-      retargetingBehaviorFlags(ParseRetargetingBehaviorFlags(value)),
-      coordinateSpace(RapidJSONHelpers::GetObject(value, JSONKeywords::CoordinateSpace, true)) {}
-
 bool Configuration::CheckIsValid(LogMsgMap& messages) const {
     if (!coordinateSpace.IsAxisAligned()) {
         AddMessage(
@@ -106,21 +68,6 @@ bool Configuration::CheckIsValid(LogMsgMap& messages) const {
         return false;
     }
     return true;
-}
-
-JSONValue Configuration::WriteToJSON(JSONAllocator& allocator) const {
-    JSONValue object(rapidjson::kObjectType);
-    object.AddMember(rapidjson::StringRef(JSONKeywords::Version), version, allocator);
-    if (retargetingBehaviorFlags != velkori_RetargetingBehaviorFlags_None) {
-        JSONValue flags(rapidjson::kObjectType);
-        if ((retargetingBehaviorFlags & velkori_RetargetingBehaviorFlags_ApplyJointOrientationFixup) != 0) {
-            flags.AddMember(rapidjson::StringRef(JSONKeywords::ApplyJointOrientationFixup), true, allocator);
-        }
-        object.AddMember(rapidjson::StringRef(JSONKeywords::RetargetingBehaviorFlags), flags, allocator);
-    }
-    object.AddMember(rapidjson::StringRef(JSONKeywords::CoordinateSpace),
-        coordinateSpace.WriteToJSON(allocator), allocator);
-    return object;
 }
 
 } // namespace Velkori_Utility

@@ -3,7 +3,6 @@
 #include "Velkori_Utility.h"
 #include "shared/DataTypes.h"
 #include "shared/LogMessages.h"
-#include "shared/RapidJSON.h"
 
 namespace Velkori_Utility {
 
@@ -17,11 +16,8 @@ class CoordinateSpace {
     // The three vectors as they are, neither normalised nor checked.
     explicit CoordinateSpace(const velkori_CoordinateSpace_& space);
 
-    // The three vectors normalised. One that lies on no axis is logged; refusing the document is left to
-    // Configuration::CheckIsValid.
-    explicit CoordinateSpace(const JSONValue& value);
-
-    JSONValue WriteToJSON(JSONAllocator& allocator) const;
+    // Compares the three vectors, exactly.
+    bool operator==(const CoordinateSpace& other) const;
 
     // Takes poses from this space to `other`, to be applied with JointPose::ApplyWithScale: exactly
     // JointPose::Identity between equal spaces, and with a mirroring scale where the handedness changes.
@@ -48,10 +44,8 @@ bool HasUnitAxisSums(const velkori_CoordinateSpace_& space);
 class Configuration {
   public:
     Configuration(const CoordinateSpace& coordinateSpace, velkori_RetargetingBehaviorFlags flags);
-    explicit Configuration(const JSONValue& value);
 
     bool CheckIsValid(LogMsgMap& messages) const;
-    JSONValue WriteToJSON(JSONAllocator& allocator) const;
 
     double version = 0.0;
     // Combined with the flags of each frame.

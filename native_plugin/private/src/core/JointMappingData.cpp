@@ -1,7 +1,6 @@
 #include "core/JointMappingData.h"
 
 #include "shared/Log.h"
-#include "shared/RapidJSONHelpers.h"
 
 namespace Velkori_Utility {
 

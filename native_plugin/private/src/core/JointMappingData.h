@@ -5,7 +5,6 @@
 #include "core/SkeletonData.h"
 #include "shared/FastRangedIntegralContainers.h"
 #include "shared/LogMessages.h"
-#include "shared/RapidJSON.h"
 
 #include <deque>
 #include <span>
@@ -28,10 +27,6 @@ class JointMappingData {
     JointMappingData& operator=(const JointMappingData&) = delete;
 
     // -- Parameters -----------------------------------------------------------------------------------------
-    // The mappings under `mappingName` of a document's object. Drops what it can't use, with messages.
-    static std::vector<SerializedJointMapping> CreateFromJSON(LogMsgMap& messages, const char* mappingName,
-        const JSONValue& mappingObject, const SkeletonInitializationParams& source,
-        const SkeletonInitializationParams& target);
     static bool ValidateSerializedMappingData(const SkeletonInitializationParams& source,
         const SkeletonInitializationParams& target, std::span<const SerializedJointMapping> mappings,
         LogMsgMap& messages);
@@ -39,7 +34,6 @@ class JointMappingData {
     static void PopulateUnmappedJoints(
         std::span<const std::string> targetJointNames, const JointMappingData& from, JointMappingData& to);
     std::vector<SerializedJointMapping> ToSerializedJointMappings() const;
-    JSONValue WriteToJSON(JSONAllocator& allocator) const;
 
     // -- Lookups --------------------------------------------------------------------------------------------
     const MappingMap& GetSourceMappings() const { return sourceMappings; }

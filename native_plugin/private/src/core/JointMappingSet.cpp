@@ -1,8 +1,6 @@
 #include "core/JointMappingSet.h"
 
 #include "core/JointSpaces.h"
-#include "shared/JSONKeywords.h"
-#include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -213,29 +211,6 @@ SerializedJointMapping JointMappingSet::ToSerializedJointMapping() const {
             static_cast<float>(entry.positionWeight)});
     }
     return mapping;
-}
-
-JSONValue JointMappingSet::WriteToJSON(JSONAllocator& allocator, bool writeType) const {
-    JSONValue weightsByJoint(rapidjson::kObjectType);
-    for (const JointMappingEntry& entry : entries) {
-        JSONValue weights(rapidjson::kObjectType);
-        weights.AddMember(rapidjson::StringRef(JSONKeywords::WeightPosition),
-            RapidJSONHelpers::MakeNumber(static_cast<float>(entry.positionWeight)), allocator);
-        weights.AddMember(rapidjson::StringRef(JSONKeywords::WeightRotation),
-            RapidJSONHelpers::MakeNumber(static_cast<float>(entry.rotationWeight)), allocator);
-        weightsByJoint.AddMember(
-            RapidJSONHelpers::MakeString(GetEntrySkeleton().GetJointName(entry.jointIndex), allocator),
-            weights, allocator);
-    }
-    JSONValue object(rapidjson::kObjectType);
-    if (writeType) {
-        object.AddMember(rapidjson::StringRef(JSONKeywords::Type),
-            rapidjson::StringRef(JointMappingTypeStrings[type]), allocator);
-    }
-    object.AddMember(rapidjson::StringRef(JSONKeywords::Behavior),
-        rapidjson::StringRef(JointMappingBehaviorTypeStrings[behavior]), allocator);
-    object.AddMember(rapidjson::StringRef(JSONKeywords::Mappings), weightsByJoint, allocator);
-    return object;
 }
 
 } // namespace Velkori_Utility

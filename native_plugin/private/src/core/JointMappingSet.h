@@ -4,7 +4,6 @@
 #include "core/SkeletonData.h"
 #include "shared/DataTypes.h"
 #include "shared/FastRangedIntegralContainers.h"
-#include "shared/RapidJSON.h"
 
 #include <span>
 #include <vector>
@@ -50,7 +49,6 @@ class JointMappingSet {
     bool IsSameRule(const JointMappingSet& other) const;
 
     SerializedJointMapping ToSerializedJointMapping() const;
-    JSONValue WriteToJSON(JSONAllocator& allocator, bool writeType) const;
 
     JointMappingType GetType() const { return type; }
 

@@ -5,7 +5,6 @@
 #include "core/SkeletonData.h"
 
 #include <array>
-#include <limits>
 
 namespace Velkori_Utility {
 
@@ -41,23 +40,6 @@ AxisExtremes FindExtremes(
 }
 
 } // namespace
-
-PoseExtents::PoseExtents(std::span<const JointPose> poses, const FastRangedIntegralSet<int>& excludedJoints) {
-    constexpr float Largest = std::numeric_limits<float>::max();
-    min = {Largest, Largest, Largest};
-    max = -min;
-    for (int joint = 0; joint < std::ssize(poses); ++joint) {
-        if (excludedJoints.contains(joint)) {
-            continue;
-        }
-        for (int axis = 0; axis < 3; ++axis) {
-            const float position = poses[joint].position[axis];
-            min[axis] = position < min[axis] ? position : min[axis];
-            max[axis] = position > max[axis] ? position : max[axis];
-        }
-    }
-    range = (max - min).Abs();
-}
 
 // From local space a root's length is its distance from the origin, from root space it is 0.
 void PoseData::InitializeJointLengths() const {

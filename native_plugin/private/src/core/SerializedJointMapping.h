@@ -16,9 +16,4 @@ struct SerializedJointMapping {
     std::vector<velkori_JointMappingEntry_> entries;
 };
 
-// Takes the flat list of entries apart. The definition has passed validation; any type but the source's is
-// the target's.
-std::vector<SerializedJointMapping> ConvertVelkoriMappingDefinitionToSerializedMapping(
-    const velkori_JointMappingDefinition_& definition);
-
 } // namespace Velkori_Utility

@@ -36,8 +36,6 @@ class SkeletonData {
 
     // -- What differs between source and target ------------------------------------------------------------
     virtual velkori_SkeletonType GetSkeletonType() const = 0;
-    // Poses are taken through `conversion` on their way out.
-    virtual JSONValue WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const = 0;
     // A type that this skeleton doesn't have gives the minimum pose.
     virtual const PoseData& GetTPoseData(velkori_SkeletonTPoseType type) const = 0;
     // A joint's root-space position, per axis between the minimum pose (0) and the maximum pose (1).
@@ -206,7 +204,6 @@ class SourceSkeletonData : public SkeletonData {
 
     velkori_SkeletonType GetSkeletonType() const override { return velkori_SkeletonType_Source; }
 
-    JSONValue WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const override;
     const PoseData& GetTPoseData(velkori_SkeletonTPoseType type) const override;
     Vector3f GetRootSpaceTPoseJointPositionFromRatio(const Vector3f& ratio, int joint) const override;
 
@@ -243,7 +240,6 @@ class TargetSkeletonData : public SourceSkeletonData {
 
     velkori_SkeletonType GetSkeletonType() const override { return velkori_SkeletonType_Target; }
 
-    JSONValue WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const override;
     const PoseData& GetTPoseData(velkori_SkeletonTPoseType type) const override;
     // The unscaled rest pose or, where a document gives only the other two, the minimum one.
     const PoseData& GetUnscaledOrMinTPose() const;

@@ -3,7 +3,6 @@
 #include "shared/DataTypes.h"
 #include "shared/InsertionOrderedMap.h"
 #include "shared/LogMessages.h"
-#include "shared/RapidJSON.h"
 
 #include <span>
 #include <string>
@@ -17,29 +16,8 @@ namespace Velkori_Utility {
 struct SkeletonInitializationParams {
     using ManifestationMap = InsertionOrderedMap<std::vector<std::string>>;
 
-    // `skeletonType` is 0 for a source and 1 for a target. Poses are taken through `conversion`.
-    static SkeletonInitializationParams CreateFromJSON(
-        LogMsgMap& messages, const JSONValue& object, int skeletonType, const JointPose& conversion);
-
-    // A missing smallest or largest rest pose takes the place of the other or of the unscaled one. The
-    // record's pointers have been checked against its counts.
-    static SkeletonInitializationParams FromVelkoriSkeletonInitParams(
-        LogMsgMap& messages, const velkori_SkeletonInitParams_& record);
-
     // Indices are the positions in `names`: a refused name leaves a gap.
     static NameToIndexMap StringArrayToLookupMap(LogMsgMap& messages, std::span<const std::string> names);
-
-    // Root-space poses by joint index; a joint that the object doesn't name keeps the identity.
-    static std::vector<JointPose> ParseRootSpacePoseData(LogMsgMap& messages, const JSONValue& object,
-        const NameToIndexMap& nameToIndex, const JointPose& conversion);
-
-    static std::vector<std::string> ParseParentJointNames(
-        LogMsgMap& messages, const JSONValue& object, const NameToIndexMap& nameToIndex);
-
-    // Always one name per known joint, empty where the object assigns none.
-    static std::vector<std::string> ParseKnownJointsJSONData(const JSONValue& object);
-
-    static ManifestationMap ParseManifestationData(LogMsgMap& messages, const JSONValue& object);
 
     // Runs every rule and reports every fault.
     bool CheckIsValid(LogMsgMap& messages) const;

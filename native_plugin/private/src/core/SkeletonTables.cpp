@@ -1,7 +1,5 @@
 #include "core/SkeletonTables.h"
 
-#include "shared/RapidJSONHelpers.h"
-
 #include <initializer_list>
 
 namespace Velkori_Utility {
@@ -57,42 +55,5 @@ const FastRangedIntegralMap<HumanoidLimb, KnownJointChain> LimbToKnownJointChain
         {HumanoidLimb_LeftFoot, {velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_Invalid}},
         {HumanoidLimb_RightFoot, {velkori_KnownJointType_RightAnkle, velkori_KnownJointType_Invalid}},
     });
-
-const std::unordered_map<std::string, velkori_KnownJointType> StringToKnownJointMap =
-    RapidJSONHelpers::GenerateStringMapFromEnumStringTable<velkori_KnownJointType>(
-        VELKORI_KNOWN_JOINT_NAMES, VELKORI_KNOWN_JOINT_COUNT);
-
-const FastRangedIntegralMap<velkori_KnownJointType, velkori_KnownJointType> KnownJointHierarchyOrder =
-    MakeTable<velkori_KnownJointType, velkori_KnownJointType>(velkori_KnownJointType_Root,
-        velkori_KnownJointType_LeftAnkle,
-        {
-            {velkori_KnownJointType_Root, velkori_KnownJointType_Root},
-            {velkori_KnownJointType_Hips, velkori_KnownJointType_Root},
-            {velkori_KnownJointType_RightUpperLeg, velkori_KnownJointType_Hips},
-            {velkori_KnownJointType_LeftUpperLeg, velkori_KnownJointType_Hips},
-            {velkori_KnownJointType_Chest, velkori_KnownJointType_Hips},
-            {velkori_KnownJointType_Neck, velkori_KnownJointType_Chest},
-            {velkori_KnownJointType_RightUpperArm, velkori_KnownJointType_Chest},
-            {velkori_KnownJointType_LeftUpperArm, velkori_KnownJointType_Chest},
-            {velkori_KnownJointType_RightWrist, velkori_KnownJointType_RightUpperArm},
-            {velkori_KnownJointType_LeftWrist, velkori_KnownJointType_LeftUpperArm},
-            {velkori_KnownJointType_RightAnkle, velkori_KnownJointType_RightUpperLeg},
-            {velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_LeftUpperLeg},
-        });
-
-const std::vector<velkori_KnownJointType> KnownJointHierarchicalOrder = {
-    velkori_KnownJointType_Root,
-    velkori_KnownJointType_Hips,
-    velkori_KnownJointType_Chest,
-    velkori_KnownJointType_RightUpperLeg,
-    velkori_KnownJointType_LeftUpperLeg,
-    velkori_KnownJointType_Neck,
-    velkori_KnownJointType_RightUpperArm,
-    velkori_KnownJointType_LeftUpperArm,
-    velkori_KnownJointType_RightAnkle,
-    velkori_KnownJointType_LeftAnkle,
-    velkori_KnownJointType_RightWrist,
-    velkori_KnownJointType_LeftWrist,
-};
 
 } // namespace Velkori_Utility

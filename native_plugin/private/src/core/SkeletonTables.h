@@ -5,10 +5,7 @@
 
 #include <array>
 #include <cstdint>
-#include <string>
-#include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace Velkori_Utility {
 
@@ -44,14 +41,5 @@ using KnownJointChain = std::pair<velkori_KnownJointType, velkori_KnownJointType
 // Limb to the limb that it hangs on, the row of HumanoidLimb_Invalid included.
 extern const FastRangedIntegralMap<HumanoidLimb, HumanoidLimb> LimbHierarchy;
 extern const FastRangedIntegralMap<HumanoidLimb, KnownJointChain> LimbToKnownJointChains;
-
-// By the documents' keys, VELKORI_KNOWN_JOINT_NAMES.
-extern const std::unordered_map<std::string, velkori_KnownJointType> StringToKnownJointMap;
-
-// Known joint to the known joint above it. The root stands above itself.
-extern const FastRangedIntegralMap<velkori_KnownJointType, velkori_KnownJointType> KnownJointHierarchyOrder;
-
-// All known joints, parents before children.
-extern const std::vector<velkori_KnownJointType> KnownJointHierarchicalOrder;
 
 } // namespace Velkori_Utility

@@ -13,10 +13,6 @@ namespace Velkori_Utility {
 // A configuration in its plain, checkable form, as a document or the public records give it. All poses are in
 // the coordinate space of the process.
 struct UtilityConfigInitializationParams {
-    // Doesn't fail: gathers messages, and what it can read. Poses are converted from the document's
-    // coordinate space.
-    static UtilityConfigInitializationParams CreateFromJSON(LogMsgMap& messages, const JSONValue& document);
-
     // Runs the rules of all parts. Mappings are judged only if the skeletons that they index are sound.
     bool CheckIsValid(LogMsgMap& messages) const;
 
@@ -56,23 +52,13 @@ class UtilityConfigData {
 
     InitializationParams GenerateInitializationParams() const;
 
-    // The configuration as a document whose poses are in `coordinateSpace`. The text is kept, and a call with
-    // the same arguments as the last one returns it as it is; it stays good until the next call.
-    const std::string& WriteToJSONString(const velkori_CoordinateSpace_& coordinateSpace, bool compact) const;
-
   private:
-    void WriteToJSON(JSONDocument& out_document, const CoordinateSpace& coordinateSpace) const;
-    JSONValue WriteJointMappingsToJSON(JSONAllocator& allocator) const;
-
     const std::string name;
     const Configuration config;
     const SourceSkeletonData sourceSkeleton;
     const TargetSkeletonData targetSkeleton;
     JointMappingData minMappingData;
     JointMappingData maxMappingData;
-    mutable CoordinateSpace lastWrittenCoordinateSpace;
-    mutable bool lastWrittenCompact = false;
-    mutable std::string lastWrittenJSON;
 };
 
 } // namespace Velkori_Utility

@@ -4,7 +4,16 @@
 #include "retargeting/Retargeting.h"
 #include "serialization/Serialization.h"
 
+#include <optional>
+#include <string>
+
 namespace Velkori_Utility {
+
+// A configuration's text with its poses in `space`.
+struct WrittenDocument {
+    CoordinateSpace space;
+    std::string text;
+};
 
 // What a handle stands for: one loaded configuration and all that works on it. The members refer to each
 // other, so an instance is never copied or moved.
@@ -18,6 +27,9 @@ struct UtilityInstance {
     UtilityConfigData config;
     Retargeting retargeting;
     Serialization serialization;
+    // What was last written of the configuration, so that asking for its size and then for the text makes it
+    // once. Memory for speed alone: the configuration doesn't change.
+    std::optional<WrittenDocument> lastDocument;
 };
 
 } // namespace Velkori_Utility

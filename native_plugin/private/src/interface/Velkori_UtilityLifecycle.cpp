@@ -1,10 +1,11 @@
 // The exports that make and replace instances, and that write a configuration back out.
 
+#include "document/ConfigDocument.h"
 #include "interface/InterfaceBoundary.h"
 #include "interface/PublicRecordChecks.h"
+#include "interface/PublicRecordParameters.h"
 #include "interface/UtilityInstance.h"
 #include "shared/ProcessSpace.h"
-#include "shared/RapidJSONHelpers.h"
 
 #include <cstring>
 #include <limits>
@@ -62,11 +63,20 @@ velkori_Result CreateOrUpdateFromRecord(
     LogMsgMap messages;
     const UtilityConfigInitializationParams config = {configName,
         Configuration(CoordinateSpace(ProcessSpace()), velkori_RetargetingBehaviorFlags_None),
-        SkeletonInitializationParams::FromVelkoriSkeletonInitParams(messages, params->sourceSkeleton),
-        SkeletonInitializationParams::FromVelkoriSkeletonInitParams(messages, params->targetSkeleton),
+        FromVelkoriSkeletonInitParams(messages, params->sourceSkeleton),
+        FromVelkoriSkeletonInitParams(messages, params->targetSkeleton),
         ConvertVelkoriMappingDefinitionToSerializedMapping(params->minMappings),
         ConvertVelkoriMappingDefinitionToSerializedMapping(params->maxMappings)};
     return CreateOrUpdateInstance(config, messages, *in_out_handle);
+}
+
+// The configuration's document, which is made again only for another space than the last call's.
+const std::string& WriteOnce(UtilityInstance& instance, const CoordinateSpace& space) {
+    if (!instance.lastDocument || instance.lastDocument->space != space) {
+        instance.lastDocument.reset();
+        instance.lastDocument = {space, WriteConfigDocument(instance.config, space)};
+    }
+    return instance.lastDocument->text;
 }
 
 } // namespace
@@ -79,14 +89,13 @@ velkori_Result velkori_createOrUpdateHandle(const char* config, velkori_Handle* 
         if (handle == nullptr) {
             return Fail(velkori_Result_InvalidParameter, "Handle Pointer output variable is null.");
         }
-        JSONDocument document;
-        if (!RapidJSONHelpers::ParseDocument(document, config)) {
+        LogMsgMap messages;
+        const auto params = ReadConfigDocument(messages, config, CoordinateSpace(ProcessSpace()));
+        if (!params) {
             return Fail(
                 velkori_Result_ParseFailed, "Failed to parse configuration due to possible JSON error.");
         }
-        LogMsgMap messages;
-        const auto params = UtilityConfigInitializationParams::CreateFromJSON(messages, document);
-        return CreateOrUpdateInstance(params, messages, *handle);
+        return CreateOrUpdateInstance(*params, messages, *handle);
     });
 }
 
@@ -111,7 +120,7 @@ velkori_Result velkori_createOrUpdateSimpleUtilityConfig(const char* configName,
 
 velkori_Result velkori_writeConfigDataToJSON(velkori_Handle handle,
     const velkori_CoordinateSpace_* optional_coordinateSpace, char* out_buffer, int32_t* in_out_bufferSize) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_bufferSize == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "in_out_bufferSize");
         }
@@ -119,9 +128,9 @@ velkori_Result velkori_writeConfigDataToJSON(velkori_Handle handle,
             return Fail(velkori_Result_InvalidValue,
                 "Parameter optional_coordinateSpace must be an Axis Aligned matrix if provided");
         }
-        const velkori_CoordinateSpace_& space =
-            optional_coordinateSpace != nullptr ? *optional_coordinateSpace : ProcessSpace();
-        const std::string& text = instance.config.WriteToJSONString(space, false);
+        const std::string& text = WriteOnce(
+            instance, CoordinateSpace(
+                          optional_coordinateSpace != nullptr ? *optional_coordinateSpace : ProcessSpace()));
         const auto size = static_cast<int64_t>(text.size()) + 1;
         if (size > std::numeric_limits<int32_t>::max()) {
             return Fail(velkori_Result_BufferTooSmall, "The document is too large for any buffer");

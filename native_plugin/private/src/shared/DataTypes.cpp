@@ -1,6 +1,7 @@
 #include "shared/DataTypes.h"
 
 #include "shared/Arithmetic.h"
+#include "shared/FastRangedIntegralContainers.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -195,6 +196,23 @@ JointPose JointPose::Inverted() const {
     const Quaternionf inverse = orientation.Inverse();
     return {
         inverse, inverse.Rotate(-position), {reciprocal(scale.x), reciprocal(scale.y), reciprocal(scale.z)}};
+}
+
+PoseExtents::PoseExtents(std::span<const JointPose> poses, const FastRangedIntegralSet<int>& excludedJoints) {
+    constexpr float Largest = std::numeric_limits<float>::max();
+    min = {Largest, Largest, Largest};
+    max = -min;
+    for (int joint = 0; joint < std::ssize(poses); ++joint) {
+        if (excludedJoints.contains(joint)) {
+            continue;
+        }
+        for (int axis = 0; axis < 3; ++axis) {
+            const float position = poses[joint].position[axis];
+            min[axis] = position < min[axis] ? position : min[axis];
+            max[axis] = position > max[axis] ? position : max[axis];
+        }
+    }
+    range = (max - min).Abs();
 }
 
 bool AreFinite(std::span<const JointPose> poses) {

@@ -8,7 +8,6 @@
 
 #include "Velkori_Utility.h"
 #include "shared/BitCast.h"
-#include "shared/RapidJSON.h"
 
 #include <array>
 #include <cmath>
@@ -67,10 +66,6 @@ class Vector3f {
     constexpr Vector3f(float inX, float inY, float inZ) : x(inX), y(inY), z(inZ) {}
 
     explicit constexpr Vector3f(const velkori_Vector3f_& record) : x(record.x), y(record.y), z(record.z) {}
-
-    explicit Vector3f(const JSONValue& value);
-
-    JSONValue WriteToJSON(JSONAllocator& allocator) const;
 
     explicit constexpr operator velkori_Vector3f_() const { return {x, y, z}; }
 
@@ -162,13 +157,9 @@ class Quaternionf {
     explicit constexpr Quaternionf(const velkori_Quaternionf_& record)
         : x(record.x), y(record.y), z(record.z), w(record.w) {}
 
-    explicit Quaternionf(const JSONValue& value);
-
     /// The shortest rotation from one direction to another, neither of which need be of unit length. The
     /// identity if either is zero.
     Quaternionf(const Vector3f& from, const Vector3f& to);
-
-    JSONValue WriteToJSON(JSONAllocator& allocator) const;
 
     explicit constexpr operator velkori_Quaternionf_() const { return {x, y, z, w}; }
 
@@ -314,10 +305,6 @@ class JointPose {
         : orientation(Quaternionf(transform.orientation).Normalize()),
           position(transform.position),
           scale(transform.scale) {}
-
-    explicit JointPose(const JSONValue& value);
-
-    JSONValue WriteToJSON(JSONAllocator& allocator) const;
 
     explicit constexpr operator velkori_Transform_() const {
         return {static_cast<velkori_Quaternionf_>(orientation), static_cast<velkori_Vector3f_>(position),

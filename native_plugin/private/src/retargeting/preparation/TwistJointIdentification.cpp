@@ -1,7 +1,6 @@
 #include "retargeting/preparation/TwistJointIdentification.h"
 
 #include "core/SkeletonData.h"
-#include "shared/JSONKeywords.h"
 
 #include <algorithm>
 #include <string>
@@ -23,7 +22,7 @@ char ToLower(char c) {
 bool HasTwistInName(const std::string& name) {
     std::string lower(name);
     std::transform(lower.begin(), lower.end(), lower.begin(), ToLower);
-    return lower.find(JSONKeywords::Twist) != std::string::npos;
+    return lower.find("twist") != std::string::npos;
 }
 
 class TwistJointSearch {

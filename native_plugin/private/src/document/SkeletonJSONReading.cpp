@@ -1,9 +1,9 @@
-#include "Velkori_Utility.h"
 #include "core/PoseConversion.h"
-#include "core/SkeletonInitializationParams.h"
+#include "document/JSONKeywords.h"
+#include "document/MathJSON.h"
+#include "document/RapidJSONHelpers.h"
+#include "document/SkeletonJSON.h"
 #include "shared/FastRangedIntegralContainers.h"
-#include "shared/JSONKeywords.h"
-#include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
 #include <set>
@@ -40,63 +40,9 @@ int JointSlotCount(const NameToIndexMap& nameToIndex) {
     return count;
 }
 
-} // namespace
-
-SkeletonInitializationParams SkeletonInitializationParams::CreateFromJSON(
-    LogMsgMap& messages, const JSONValue& object, int skeletonType, const JointPose& conversion) {
-    using namespace RapidJSONHelpers;
-    const auto parsePose = [&](const SkeletonInitializationParams& params, const char* key, bool required) {
-        return ParseRootSpacePoseData(
-            messages, GetObject(object, key, required), params.jointNameToIndex, conversion);
-    };
-
-    SkeletonInitializationParams params;
-    const bool hasContent = HasContent(object);
-    params.jointNames = GetStringArray(object, JSONKeywords::Joints, hasContent);
-    params.jointNameToIndex = StringArrayToLookupMap(messages, params.jointNames);
-    params.unscaledTPose = parsePose(params, JSONKeywords::TPose, skeletonType == 1 && hasContent);
-    params.blendShapeNames = GetStringArray(object, JSONKeywords::BlendShapes, false);
-    params.parentJointNames = ParseParentJointNames(
-        messages, GetObject(object, JSONKeywords::Hierarchy, false), params.jointNameToIndex);
-    params.knownJointNames = ParseKnownJointsJSONData(GetObject(object, JSONKeywords::KnownJoints, false));
-    params.autoMappingExcludedJoints = GetStringArray(object, JSONKeywords::AutoMappingExcludedJoints, false);
-    params.manifestations =
-        ParseManifestationData(messages, GetObject(object, JSONKeywords::Manifestations, false));
-    if (RapidJSONHelpers::HasKey(object, JSONKeywords::TPoseMin) ||
-        RapidJSONHelpers::HasKey(object, JSONKeywords::TPoseMax)) {
-        params.minTPose = parsePose(params, JSONKeywords::TPoseMin, true);
-        params.maxTPose = parsePose(params, JSONKeywords::TPoseMax, true);
-    } else {
-        params.minTPose = params.unscaledTPose;
-        params.maxTPose = params.unscaledTPose;
-    }
-    return params;
-}
-
-NameToIndexMap SkeletonInitializationParams::StringArrayToLookupMap(
-    LogMsgMap& messages, std::span<const std::string> names) {
-    NameToIndexMap map;
-    map.Reserve(names.size());
-    int index = 0;
-    for (const std::string& name : names) {
-        if (map.Contains(name)) {
-            AddMessage(messages, LogMsgCategory::Error,
-                {"[SkeletonData::CreateFromJSON] Duplicate joint/blendshape name found in string array: \"",
-                    name, "\""});
-        } else if (name.empty()) {
-            AddMessage(messages, LogMsgCategory::Error,
-                {"[SkeletonData::CreateFromJSON] Name/label in joint/blendshape name array cannot be an "
-                 "empty string"});
-        } else {
-            map.Insert(name, index);
-        }
-        ++index;
-    }
-    return map;
-}
-
-std::vector<JointPose> SkeletonInitializationParams::ParseRootSpacePoseData(LogMsgMap& messages,
-    const JSONValue& object, const NameToIndexMap& nameToIndex, const JointPose& conversion) {
+// Root-space poses by joint index; a joint that the object doesn't name keeps the identity.
+std::vector<JointPose> ReadRootSpacePose(LogMsgMap& messages, const JSONValue& object,
+    const NameToIndexMap& nameToIndex, const JointPose& conversion) {
     if (!HasMembers(object)) {
         return {};
     }
@@ -114,7 +60,7 @@ std::vector<JointPose> SkeletonInitializationParams::ParseRootSpacePoseData(LogM
     for (const auto& member : object.GetObject()) {
         const std::string_view name = RapidJSONHelpers::TextOf(member.name);
         if (const int* index = nameToIndex.Find(name)) {
-            poses[*index] = JointPose(member.value);
+            poses[*index] = ReadJointPose(member.value);
             parsed.insertInternal(*index);
         } else {
             AddMessage(messages, LogMsgCategory::Error,
@@ -140,7 +86,7 @@ std::vector<JointPose> SkeletonInitializationParams::ParseRootSpacePoseData(LogM
     return poses;
 }
 
-std::vector<std::string> SkeletonInitializationParams::ParseParentJointNames(
+std::vector<std::string> ReadParentJointNames(
     LogMsgMap& messages, const JSONValue& object, const NameToIndexMap& nameToIndex) {
     if (!HasMembers(object)) {
         return {};
@@ -159,7 +105,8 @@ std::vector<std::string> SkeletonInitializationParams::ParseParentJointNames(
     return parentNames;
 }
 
-std::vector<std::string> SkeletonInitializationParams::ParseKnownJointsJSONData(const JSONValue& object) {
+// Always one name per known joint, empty where the object assigns none.
+std::vector<std::string> ReadKnownJoints(const JSONValue& object) {
     std::vector<std::string> names(VELKORI_KNOWN_JOINT_COUNT);
     if (HasMembers(object)) {
         for (std::size_t i = 0; i < names.size(); ++i) {
@@ -169,9 +116,9 @@ std::vector<std::string> SkeletonInitializationParams::ParseKnownJointsJSONData(
     return names;
 }
 
-SkeletonInitializationParams::ManifestationMap SkeletonInitializationParams::ParseManifestationData(
+SkeletonInitializationParams::ManifestationMap ReadManifestations(
     LogMsgMap& messages, const JSONValue& object) {
-    ManifestationMap manifestations;
+    SkeletonInitializationParams::ManifestationMap manifestations;
     if (!HasMembers(object)) {
         return manifestations;
     }
@@ -196,6 +143,40 @@ SkeletonInitializationParams::ManifestationMap SkeletonInitializationParams::Par
         }
     }
     return manifestations;
+}
+
+} // namespace
+
+SkeletonInitializationParams ReadSkeleton(LogMsgMap& messages, const JSONValue& object,
+    velkori_SkeletonType skeletonType, const JointPose& conversion) {
+    using namespace RapidJSONHelpers;
+    const auto readPose = [&](const SkeletonInitializationParams& params, const char* key, bool required) {
+        return ReadRootSpacePose(
+            messages, GetObject(object, key, required), params.jointNameToIndex, conversion);
+    };
+
+    SkeletonInitializationParams params;
+    const bool hasContent = HasContent(object);
+    params.jointNames = GetStringArray(object, JSONKeywords::Joints, hasContent);
+    params.jointNameToIndex =
+        SkeletonInitializationParams::StringArrayToLookupMap(messages, params.jointNames);
+    params.unscaledTPose =
+        readPose(params, JSONKeywords::TPose, skeletonType == velkori_SkeletonType_Target && hasContent);
+    params.blendShapeNames = GetStringArray(object, JSONKeywords::BlendShapes, false);
+    params.parentJointNames = ReadParentJointNames(
+        messages, GetObject(object, JSONKeywords::Hierarchy, false), params.jointNameToIndex);
+    params.knownJointNames = ReadKnownJoints(GetObject(object, JSONKeywords::KnownJoints, false));
+    params.autoMappingExcludedJoints = GetStringArray(object, JSONKeywords::AutoMappingExcludedJoints, false);
+    params.manifestations =
+        ReadManifestations(messages, GetObject(object, JSONKeywords::Manifestations, false));
+    if (HasKey(object, JSONKeywords::TPoseMin) || HasKey(object, JSONKeywords::TPoseMax)) {
+        params.minTPose = readPose(params, JSONKeywords::TPoseMin, true);
+        params.maxTPose = readPose(params, JSONKeywords::TPoseMax, true);
+    } else {
+        params.minTPose = params.unscaledTPose;
+        params.maxTPose = params.unscaledTPose;
+    }
+    return params;
 }
 
 } // namespace Velkori_Utility

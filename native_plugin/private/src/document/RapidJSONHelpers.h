@@ -1,12 +1,9 @@
 #pragma once
 
-#include "shared/RapidJSON.h"
+#include "document/RapidJSON.h"
 
-#include <cstdint>
-#include <span>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 // Typed reading of a document that may hold anything. Nothing here throws on data or fails: a missing or
@@ -42,8 +39,6 @@ const JSONValue& GetObject(const JSONValue& value, std::string_view key, bool re
 
 // The strings of an array. An element that isn't a string is reported and skipped, and later ones move up.
 std::vector<std::string> GetStringArray(const JSONValue& value, std::string_view key, bool required);
-void PopulateStringArray(
-    std::vector<std::string>& out_strings, const JSONValue& value, std::string_view key, bool required);
 
 // The same readers for a member that is at hand already, as a walk over an object's members gives it.
 std::string ReadString(const JSONValue& member, std::string_view key, std::string_view defaultText);
@@ -59,6 +54,12 @@ inline std::string_view TextOf(const JSONValue& text) {
     return {text.GetString(), text.GetStringLength()};
 }
 
+// Appends a member to an object. The key outlives the document: it is one of JSONKeywords or of the public
+// header's tables.
+inline void AddMember(JSONValue& object, const char* key, JSONValue&& value, JSONAllocator& allocator) {
+    object.AddMember(rapidjson::StringRef(key), value, allocator);
+}
+
 // A value for an allocator's document that owns a copy of the text.
 JSONValue MakeString(std::string_view text, JSONAllocator& allocator);
 
@@ -68,19 +69,5 @@ JSONValue MakeNumber(float number);
 
 // Beyond the range of float, the infinity of the number's sign.
 float NarrowToFloat(double number);
-
-// From each string of a table to its position, which is the enumerator's value.
-template <typename Enum>
-std::unordered_map<std::string, Enum> GenerateStringMapFromEnumStringTable(
-    const char* const* table, std::int32_t count) {
-    std::unordered_map<std::string, Enum> map;
-    for (std::int32_t i = 0; i < count; ++i) {
-        map.emplace(table[i], static_cast<Enum>(i));
-    }
-    return map;
-}
-
-// printf into a new string.
-[[gnu::format(printf, 1, 2)]] std::string string_format(const char* format, ...);
 
 } // namespace Velkori_Utility::RapidJSONHelpers

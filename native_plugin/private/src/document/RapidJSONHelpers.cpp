@@ -1,11 +1,9 @@
-#include "shared/RapidJSONHelpers.h"
+#include "document/RapidJSONHelpers.h"
 
 #include "shared/Log.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <limits>
 
 namespace Velkori_Utility::RapidJSONHelpers {
@@ -77,17 +75,19 @@ std::string TextOrDefault(const JSONValue& value, std::string_view defaultText) 
                             : std::string(defaultText);
 }
 
-void AppendStrings(std::vector<std::string>& out_strings, const JSONValue& array, std::string_view key) {
-    out_strings.reserve(out_strings.size() + array.Size());
+std::vector<std::string> ToStrings(const JSONValue& array, std::string_view key) {
+    std::vector<std::string> strings;
+    strings.reserve(array.Size());
     for (const JSONValue& element : array.GetArray()) {
         if (element.IsString()) {
-            out_strings.emplace_back(element.GetString(), element.GetStringLength());
+            strings.emplace_back(element.GetString(), element.GetStringLength());
         } else {
             Log(velkori_LogLevel_Error,
                 "Invalid Data - element named %.*s must be a string type, element is a %s JSON type",
                 PrintedLength(key), key.data(), GetDataTypeString(element.GetType()));
         }
     }
+    return strings;
 }
 
 } // namespace
@@ -185,16 +185,7 @@ const JSONValue& GetObject(const JSONValue& value, std::string_view key, bool re
 }
 
 std::vector<std::string> GetStringArray(const JSONValue& value, std::string_view key, bool required) {
-    std::vector<std::string> strings;
-    PopulateStringArray(strings, value, key, required);
-    return strings;
-}
-
-void PopulateStringArray(
-    std::vector<std::string>& out_strings, const JSONValue& value, std::string_view key, bool required) {
-    const JSONValue& array = GetArray(value, key, required);
-    out_strings.clear();
-    AppendStrings(out_strings, array, key);
+    return ToStrings(GetArray(value, key, required), key);
 }
 
 std::string ReadString(const JSONValue& member, std::string_view key, std::string_view defaultText) {
@@ -204,11 +195,10 @@ std::string ReadString(const JSONValue& member, std::string_view key, std::strin
 }
 
 std::vector<std::string> ReadStringArray(const JSONValue& member, std::string_view key) {
-    std::vector<std::string> strings;
     if (IsUsableKey(key, rapidjson::kArrayType) && IsAcceptedType(member, key, rapidjson::kArrayType)) {
-        AppendStrings(strings, ArrayOrEmpty(member), key);
+        return ToStrings(ArrayOrEmpty(member), key);
     }
-    return strings;
+    return {};
 }
 
 JSONValue MakeString(std::string_view text, JSONAllocator& allocator) {
@@ -227,22 +217,6 @@ float NarrowToFloat(double number) {
         return std::copysign(std::numeric_limits<float>::infinity(), number > 0 ? 1.0F : -1.0F);
     }
     return static_cast<float>(number);
-}
-
-std::string string_format(const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::va_list counting;
-    va_copy(counting, arguments);
-    const int length = std::vsnprintf(nullptr, 0, format, counting);
-    va_end(counting);
-    std::string text;
-    if (length > 0) {
-        text.resize(static_cast<std::size_t>(length));
-        std::vsnprintf(text.data(), text.size() + 1, format, arguments);
-    }
-    va_end(arguments);
-    return text;
 }
 
 } // namespace Velkori_Utility::RapidJSONHelpers

@@ -1,10 +1,9 @@
-// The JSON form of a skeleton, which SkeletonInitializationParams reads back. What is empty is left out.
-
 #include "core/PoseConversion.h"
-#include "core/SkeletonData.h"
+#include "document/JSONKeywords.h"
+#include "document/MathJSON.h"
+#include "document/RapidJSONHelpers.h"
+#include "document/SkeletonJSON.h"
 #include "shared/Arithmetic.h"
-#include "shared/JSONKeywords.h"
-#include "shared/RapidJSONHelpers.h"
 
 #include <algorithm>
 #include <array>
@@ -46,7 +45,7 @@ JSONValue WriteKnownJoints(const SkeletonData& skeleton, JSONAllocator& allocato
     for (int i = 0; i < VELKORI_KNOWN_JOINT_COUNT; ++i) {
         const int joint = skeleton.GetJointIndex(static_cast<velkori_KnownJointType>(i));
         if (joint != -1) {
-            object.AddMember(rapidjson::StringRef(VELKORI_KNOWN_JOINT_NAMES[i]),
+            RapidJSONHelpers::AddMember(object, VELKORI_KNOWN_JOINT_NAMES[i],
                 MakeString(skeleton.GetJointName(joint), allocator), allocator);
         }
     }
@@ -116,16 +115,18 @@ JSONValue WritePose(const PoseData& pose, const JointPose& conversion, JSONAlloc
             written.orientation = RoundForDocument(written.orientation);
         }
         object.AddMember(MakeString(pose.GetSkeleton().GetJointName(joint), allocator),
-            written.WriteToJSON(allocator), allocator);
+            WriteJointPose(written, allocator), allocator);
     }
     return object;
 }
+
+} // namespace
 
 JSONValue WriteSkeleton(const SkeletonData& skeleton, const JointPose& conversion, JSONAllocator& allocator) {
     JSONValue object(rapidjson::kObjectType);
     const auto addUnlessEmpty = [&](const char* key, JSONValue content) {
         if (content.IsArray() ? !content.Empty() : !content.ObjectEmpty()) {
-            object.AddMember(rapidjson::StringRef(key), content, allocator);
+            RapidJSONHelpers::AddMember(object, key, std::move(content), allocator);
         }
     };
     const PoseData& minTPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min);
@@ -140,16 +141,6 @@ JSONValue WriteSkeleton(const SkeletonData& skeleton, const JointPose& conversio
     addUnlessEmpty(JSONKeywords::TPoseMin, WritePose(minTPose, conversion, allocator));
     addUnlessEmpty(JSONKeywords::TPoseMax, WritePose(maxTPose, conversion, allocator));
     return object;
-}
-
-} // namespace
-
-JSONValue SourceSkeletonData::WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const {
-    return WriteSkeleton(*this, conversion, allocator);
-}
-
-JSONValue TargetSkeletonData::WriteToJSON(const JointPose& conversion, JSONAllocator& allocator) const {
-    return WriteSkeleton(*this, conversion, allocator);
 }
 
 } // namespace Velkori_Utility

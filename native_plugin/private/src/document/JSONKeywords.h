@@ -30,15 +30,12 @@ inline constexpr const char* TPose = "tpose";
 inline constexpr const char* TPoseMin = "tposeMin";
 inline constexpr const char* TPoseMax = "tposeMax";
 
-// A joint mapping. "twist" also marks the names of twist joints.
+// A joint mapping
 inline constexpr const char* Min = "min";
 inline constexpr const char* Max = "max";
 inline constexpr const char* Type = "type";
 inline constexpr const char* Behavior = "behavior";
 inline constexpr const char* Normal = "normal";
-inline constexpr const char* Twist = "twist";
-inline constexpr const char* ChildAlignedTwist = "childAlignedTwist";
-inline constexpr const char* IKDerived = "ikDerived";
 inline constexpr const char* Mappings = "mappings";
 inline constexpr const char* WeightPosition = "weightPosition";
 inline constexpr const char* WeightRotation = "weightRotation";

@@ -1,7 +1,6 @@
-#include "shared/RapidJSONHelpers.h"
+#include "document/RapidJSONHelpers.h"
 
-#include "shared/DataTypes.h"
-#include "shared/ToolUtilities.h"
+#include "document/MathJSON.h"
 #include "support/JSONText.h"
 #include "support/LogCapture.h"
 
@@ -103,12 +102,12 @@ TEST(ParseDocument, MemoryThatRunsOutThrows) {
 TEST(ParseDocument, TakesNoCommaAndNoNumberOfALocale) {
     setenv("LOCPATH", VELKORI_TEST_LOCPATH, 1);
     ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
-    ASSERT_EQ(string_format("%.1f", 0.5), "0,5") << "the locale of this test must have a decimal comma";
+    ASSERT_STREQ(std::localeconv()->decimal_point, ",");
     const JSONDocument document = Parse(R"({"x":1.25,"y":-1e-3,"z":0.1})");
-    const Vector3f vector(document);
+    const Vector3f vector = ReadVector3f(document);
     EXPECT_EQ(vector, Vector3f(1.25F, -0.001F, 0.1F));
     JSONDocument written;
-    EXPECT_EQ(ToText(vector.WriteToJSON(written.GetAllocator())),
+    EXPECT_EQ(ToText(WriteVector3f(vector, written.GetAllocator())),
         R"({"x":1.25,"y":-0.0010000000474974514,"z":0.10000000149011612})");
     JSONDocument comma;
     EXPECT_FALSE(ParseDocument(comma, R"({"x":1,25})"));
@@ -185,39 +184,10 @@ TEST(RapidJSONHelpers, AValueThatIsNoObjectGivesDefaults) {
 
 TEST(RapidJSONHelpers, AnElementThatIsNoStringIsSkipped) {
     const LogCapture capture;
-    Texts names = {"old", "old"};
-    PopulateStringArray(names, Parse(R"({"names":["a",1,"b",["c"],""]})"), "names", true);
-    EXPECT_EQ(names, (Texts{"a", "b", ""}));
+    const JSONDocument document = Parse(R"({"names":["a",1,"b",["c"],""]})");
+    EXPECT_EQ(GetStringArray(document, "names", true), (Texts{"a", "b", ""}));
     const Texts expected = {
         "[ERROR]: Invalid Data - element named names must be a string type, element is a number JSON type",
         "[ERROR]: Invalid Data - element named names must be a string type, element is a array JSON type"};
     EXPECT_EQ(LogCapture::TakeTexts(), expected);
-}
-
-TEST(RapidJSONHelpers, APoseReadsAndWritesItsForm) {
-    const JointPose pose({0.5F, -0.5F, 0.5F, 0.5F}, {1, 2, 3}, {2, 2, 2});
-    const std::string text =
-        R"({"position":{"x":1.0,"y":2.0,"z":3.0},"rotation":{"x":0.5,"y":-0.5,"z":0.5,"w":0.5},"scale":2.0})";
-    JSONDocument written;
-    EXPECT_EQ(ToText(pose.WriteToJSON(written.GetAllocator())), text);
-    EXPECT_EQ(JointPose(Parse(text)), pose);
-    EXPECT_EQ(ToText(JointPose::Identity.WriteToJSON(written.GetAllocator())),
-        R"({"position":{"x":0.0,"y":0.0,"z":0.0},"rotation":{"x":0.0,"y":0.0,"z":0.0,"w":1.0}})");
-    // A pose of which nothing is told is the identity, after a line for each missing key.
-    const LogCapture capture;
-    EXPECT_EQ(JointPose(Parse("{}")), JointPose::Identity);
-    Texts expected;
-    for (const char* key : {"rotation", "x", "y", "z", "w", "position", "x", "y", "z"}) {
-        expected.push_back("Cannot find key named \"" + std::string(key) + "\" in JSON Object/Map");
-    }
-    EXPECT_EQ(LogCapture::TakeTexts(), AsErrors(expected));
-}
-
-TEST(ToolUtilities, NullNamesKeepTheirPlace) {
-    const char* const names[] = {"a", nullptr, "c"};
-    EXPECT_EQ(ToStringVectorFromCharPointerArrayAndSize(names, 3), (Texts{"a", "", "c"}));
-    EXPECT_TRUE(ToStringVectorFromCharPointerArrayAndSize(nullptr, 3).empty());
-    EXPECT_TRUE(ToStringVectorFromCharPointerArrayAndSize(names, -1).empty());
-    EXPECT_EQ(GenerateStringMapFromEnumStringTable<velkori_SkeletonType>(names, 1).at("a"),
-        velkori_SkeletonType_Source);
 }

@@ -1,7 +1,4 @@
-// Skeleton parameters from the public records.
-
-#include "core/SkeletonInitializationParams.h"
-#include "shared/ToolUtilities.h"
+#include "interface/PublicRecordParameters.h"
 
 #include <algorithm>
 #include <span>
@@ -30,9 +27,21 @@ SkeletonInitializationParams::ManifestationMap ReadManifestations(const velkori_
 
 } // namespace
 
-SkeletonInitializationParams SkeletonInitializationParams::FromVelkoriSkeletonInitParams(
+std::vector<std::string> ToStringVectorFromCharPointerArrayAndSize(
+    const char* const* names, std::int32_t count) {
+    std::vector<std::string> strings;
+    if (names == nullptr || count < 1) {
+        return strings;
+    }
+    strings.reserve(count);
+    for (const char* name : std::span(names, count)) {
+        strings.emplace_back(name == nullptr ? "" : name);
+    }
+    return strings;
+}
+
+SkeletonInitializationParams FromVelkoriSkeletonInitParams(
     LogMsgMap& messages, const velkori_SkeletonInitParams_& record) {
-    // A missing smallest pose is the largest or else the unscaled one, a missing largest pose the smallest.
     const velkori_Transform_* minTPose = record.minTPose != nullptr   ? record.minTPose
                                          : record.maxTPose != nullptr ? record.maxTPose
                                                                       : record.unscaledTPose;
@@ -42,7 +51,8 @@ SkeletonInitializationParams SkeletonInitializationParams::FromVelkoriSkeletonIn
     params.blendShapeNames =
         ToStringVectorFromCharPointerArrayAndSize(record.blendShapeNames, record.blendShapeCount);
     params.jointNames = ToStringVectorFromCharPointerArrayAndSize(record.jointNames, record.jointCount);
-    params.jointNameToIndex = StringArrayToLookupMap(messages, params.jointNames);
+    params.jointNameToIndex =
+        SkeletonInitializationParams::StringArrayToLookupMap(messages, params.jointNames);
     params.parentJointNames =
         ToStringVectorFromCharPointerArrayAndSize(record.parentJointNames, record.jointCount);
     params.knownJointNames =
@@ -54,6 +64,26 @@ SkeletonInitializationParams SkeletonInitializationParams::FromVelkoriSkeletonIn
     params.maxTPose = ToJointPoseVectorFromVelkoriPoseArray(maxTPose, record.jointCount);
     params.unscaledTPose = ToJointPoseVectorFromVelkoriPoseArray(record.unscaledTPose, record.jointCount);
     return params;
+}
+
+std::vector<SerializedJointMapping> ConvertVelkoriMappingDefinitionToSerializedMapping(
+    const velkori_JointMappingDefinition_& definition) {
+    std::vector<SerializedJointMapping> mappings;
+    std::int64_t position = 0;
+    for (int i = 0; i < definition.mappingCount; ++i) {
+        const velkori_JointMapping_& head = definition.mappings[i];
+        SerializedJointMapping& mapping = mappings.emplace_back();
+        mapping.targetJointIndex = head.jointIndex;
+        mapping.type = head.type == velkori_SkeletonType_Source ? velkori_SkeletonType_Source
+                                                                : velkori_SkeletonType_Target;
+        mapping.behavior = head.behavior;
+        if (head.entryCount > 0) {
+            const velkori_JointMappingEntry_* first = definition.mappingEntries + position;
+            mapping.entries.assign(first, first + head.entryCount);
+        }
+        position += head.entryCount;
+    }
+    return mappings;
 }
 
 } // namespace Velkori_Utility

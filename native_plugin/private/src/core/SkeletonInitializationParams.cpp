@@ -1,4 +1,3 @@
-#include "Velkori_Utility.h"
 #include "core/SkeletonInitializationParams.h"
 
 #include <algorithm>
@@ -254,6 +253,28 @@ void CheckManifestations(
 }
 
 } // namespace
+
+NameToIndexMap SkeletonInitializationParams::StringArrayToLookupMap(
+    LogMsgMap& messages, std::span<const std::string> names) {
+    NameToIndexMap map;
+    map.Reserve(names.size());
+    int index = 0;
+    for (const std::string& name : names) {
+        if (map.Contains(name)) {
+            AddMessage(messages, LogMsgCategory::Error,
+                {"[SkeletonData::CreateFromJSON] Duplicate joint/blendshape name found in string array: \"",
+                    name, "\""});
+        } else if (name.empty()) {
+            AddMessage(messages, LogMsgCategory::Error,
+                {"[SkeletonData::CreateFromJSON] Name/label in joint/blendshape name array cannot be an "
+                 "empty string"});
+        } else {
+            map.Insert(name, index);
+        }
+        ++index;
+    }
+    return map;
+}
 
 bool SkeletonInitializationParams::CheckIsValid(LogMsgMap& messages) const {
     FaultReport faults(messages);

@@ -1,36 +1,29 @@
 // The mapping part of a document: target joint name to its mapping, in the simple form of one set or the
 // double form of two.
 
-#include "core/JointMappingData.h"
-#include "shared/JSONKeywords.h"
-#include "shared/RapidJSONHelpers.h"
+#include "document/JointMappingJSON.h"
 
+#include "document/JSONKeywords.h"
+#include "document/RapidJSONHelpers.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
 #include <string_view>
-#include <unordered_map>
 
 namespace Velkori_Utility {
+
+using RapidJSONHelpers::AddMember;
 
 namespace {
 
 constexpr std::string_view Prefix = "[JointMappingData::CreateFromJSON] ";
 
-template <typename Enum>
-const Enum* FindEnum(const std::unordered_map<std::string, Enum>& map, const std::string& text) {
-    const auto found = map.find(text);
-    return found == map.end() ? nullptr : &found->second;
-}
-
-const JointMappingType* GetJointMappingFromString(const std::string& text) {
-    static const auto map = RapidJSONHelpers::GenerateStringMapFromEnumStringTable<JointMappingType>(
-        JointMappingTypeStrings.data(), static_cast<std::int32_t>(JointMappingTypeStrings.size()));
-    return FindEnum(map, text);
-}
-
-const JointMappingBehaviorType* GetJointMappingBehaviorFromString(const std::string& text) {
-    static const auto map = RapidJSONHelpers::GenerateStringMapFromEnumStringTable<JointMappingBehaviorType>(
-        JointMappingBehaviorTypeStrings.data(),
-        static_cast<std::int32_t>(JointMappingBehaviorTypeStrings.size()));
-    return FindEnum(map, text);
+// The enumerator that stands in a table of words for its position.
+template <typename Enum, std::size_t Count>
+std::optional<Enum> FindWord(const std::array<const char*, Count>& words, std::string_view text) {
+    const auto found = std::find(words.begin(), words.end(), text);
+    return found == words.end() ? std::nullopt : std::optional(static_cast<Enum>(found - words.begin()));
 }
 
 bool HasObjectMember(const JSONValue& value, const char* key) {
@@ -106,8 +99,8 @@ class MappingParser {
 
     void ParseJSONToSerializedJointMapping(const JSONValue& entry, std::string_view targetJointName,
         int targetJoint, const std::string& typeName) {
-        const JointMappingType* type = GetJointMappingFromString(typeName);
-        if (type == nullptr) {
+        const auto type = FindWord<JointMappingType>(JointMappingTypeStrings, typeName);
+        if (!type) {
             Error({Prefix, "Unknown Input Skeleton Type \"", typeName, "\" for ", mappingName,
                 " joint mapping."});
             return;
@@ -138,8 +131,8 @@ class MappingParser {
     JointMappingBehaviorType ParseBehavior(const JSONValue& entry) {
         const std::string text =
             RapidJSONHelpers::GetString(entry, JSONKeywords::Behavior, JSONKeywords::Normal, false);
-        const JointMappingBehaviorType* behavior = GetJointMappingBehaviorFromString(text);
-        if (behavior == nullptr) {
+        const auto behavior = FindWord<JointMappingBehaviorType>(JointMappingBehaviorTypeStrings, text);
+        if (!behavior) {
             Warn({Prefix, "Unknown Blend Behavior \"", text, "\" for ", mappingName,
                 " joint mapping.  Falling back to use Normal Blend Behavior."});
             return velkori_JointMappingBehaviorType_Normal;
@@ -183,18 +176,51 @@ class MappingParser {
     FastRangedIntegralMap<int, SerializedJointMapping> targetMappings;
 };
 
+JSONValue MakeWord(const char* word) {
+    return JSONValue(rapidjson::StringRef(word));
+}
+
+JSONValue WriteEntries(
+    const JointMappingSet& set, const SkeletonData& entrySkeleton, JSONAllocator& allocator) {
+    JSONValue weightsByJoint(rapidjson::kObjectType);
+    for (const JointMappingEntry& entry : set.GetEntries()) {
+        JSONValue weights(rapidjson::kObjectType);
+        AddMember(weights, JSONKeywords::WeightPosition,
+            RapidJSONHelpers::MakeNumber(static_cast<float>(entry.positionWeight)), allocator);
+        AddMember(weights, JSONKeywords::WeightRotation,
+            RapidJSONHelpers::MakeNumber(static_cast<float>(entry.rotationWeight)), allocator);
+        weightsByJoint.AddMember(
+            RapidJSONHelpers::MakeString(entrySkeleton.GetJointName(entry.jointIndex), allocator), weights,
+            allocator);
+    }
+    return weightsByJoint;
+}
+
+// The type is told where a joint has one set alone; of two, each stands under its type.
+JSONValue WriteSet(
+    const JointMappingSet& set, const SkeletonData& entrySkeleton, bool writeType, JSONAllocator& allocator) {
+    JSONValue object(rapidjson::kObjectType);
+    if (writeType) {
+        AddMember(object, JSONKeywords::Type, MakeWord(JointMappingTypeStrings[set.GetType()]), allocator);
+    }
+    AddMember(object, JSONKeywords::Behavior, MakeWord(JointMappingBehaviorTypeStrings[set.GetBehavior()]),
+        allocator);
+    AddMember(object, JSONKeywords::Mappings, WriteEntries(set, entrySkeleton, allocator), allocator);
+    return object;
+}
+
 } // namespace
 
-std::vector<SerializedJointMapping> JointMappingData::CreateFromJSON(LogMsgMap& messages,
-    const char* mappingName, const JSONValue& mappingObject, const SkeletonInitializationParams& source,
+std::vector<SerializedJointMapping> ReadJointMappings(LogMsgMap& messages, const char* mappingName,
+    const JSONValue& object, const SkeletonInitializationParams& source,
     const SkeletonInitializationParams& target) {
-    if (!mappingObject.IsObject()) {
+    if (!object.IsObject()) {
         AddMessage(messages, LogMsgCategory::Error,
             {Prefix, "Invalid mapping data.  Structure is not a JSON object/map."});
         return {};
     }
-    const JSONValue* mappings = RapidJSONHelpers::FindMemberByKey(
-        mappingObject, mappingName, rapidjson::kObjectType, !mappingObject.ObjectEmpty());
+    const JSONValue* mappings =
+        RapidJSONHelpers::FindMemberByKey(object, mappingName, rapidjson::kObjectType, !object.ObjectEmpty());
     if (mappings == nullptr) {
         return {};
     }
@@ -214,22 +240,25 @@ std::vector<SerializedJointMapping> JointMappingData::CreateFromJSON(LogMsgMap& 
 }
 
 // A set whose entries were all dropped is written, too: it maps its joint, though it drives nothing.
-JSONValue JointMappingData::WriteToJSON(JSONAllocator& allocator) const {
+JSONValue WriteJointMappings(const JointMappingData& mappings, const SkeletonData& source,
+    const SkeletonData& target, JSONAllocator& allocator) {
     JSONValue object(rapidjson::kObjectType);
-    for (const int joint : mappedTargetJoints) {
-        const JointMappingSet* source = sourceMappings.Find(joint);
-        const JointMappingSet* target = targetMappings.Find(joint);
+    for (const int joint : mappings.GetMappedTargetJoints()) {
+        const JointMappingSet* sourceSet = mappings.GetSourceMappings().Find(joint);
+        const JointMappingSet* targetSet = mappings.GetTargetMappings().Find(joint);
         JSONValue mapping(rapidjson::kObjectType);
-        if (source != nullptr && target != nullptr) {
-            mapping.AddMember(
-                rapidjson::StringRef(JSONKeywords::Source), source->WriteToJSON(allocator, false), allocator);
-            mapping.AddMember(
-                rapidjson::StringRef(JSONKeywords::Target), target->WriteToJSON(allocator, false), allocator);
+        if (sourceSet == nullptr) {
+            mapping = WriteSet(*targetSet, target, true, allocator);
+        } else if (targetSet == nullptr) {
+            mapping = WriteSet(*sourceSet, source, true, allocator);
         } else {
-            mapping = (source != nullptr ? source : target)->WriteToJSON(allocator, true);
+            AddMember(
+                mapping, JSONKeywords::Source, WriteSet(*sourceSet, source, false, allocator), allocator);
+            AddMember(
+                mapping, JSONKeywords::Target, WriteSet(*targetSet, target, false, allocator), allocator);
         }
         object.AddMember(
-            RapidJSONHelpers::MakeString(targetSkeleton->GetJointName(joint), allocator), mapping, allocator);
+            RapidJSONHelpers::MakeString(target.GetJointName(joint), allocator), mapping, allocator);
     }
     return object;
 }
