@@ -64,7 +64,6 @@ TEST(SkeletonData, UpdateOrderIsBreadthFirstOverAllRoots) {
     const SourceSkeletonData skeleton(TwoTrees());
     EXPECT_EQ(skeleton.GetRootJoints(), (Indices{0, 6}));
     EXPECT_EQ(skeleton.GetHierarchicalUpdateOrder(), (Indices{0, 6, 1, 7, 2, 5, 3, 4}));
-    EXPECT_EQ(skeleton.GetBranchJoints(), (Indices{1, 2}));
 }
 
 TEST(SkeletonData, AncestorsAndDescendants) {
@@ -99,7 +98,6 @@ TEST(SkeletonData, AJointIsOneKnownJointAtMostAndNoIndexIsTooFar) {
     params.knownJointNames[velkori_KnownJointType_Chest] = "1";
     params.knownJointNames[velkori_KnownJointType_Neck] = "nobody";
     const SourceSkeletonData skeleton(params);
-    EXPECT_EQ(skeleton.GetKnownJointType(1), velkori_KnownJointType_Hips);
     EXPECT_EQ(skeleton.GetJointIndex(velkori_KnownJointType_Hips), 1);
     EXPECT_EQ(skeleton.GetJointIndex(velkori_KnownJointType_Chest), -1);
     EXPECT_EQ(skeleton.GetJointIndex(velkori_KnownJointType_Neck), -1);
@@ -112,7 +110,6 @@ TEST(SkeletonData, AJointIsOneKnownJointAtMostAndNoIndexIsTooFar) {
     for (const int index : {-1, 3, INT_MIN, INT_MAX}) {
         EXPECT_EQ(skeleton.GetJointName(index), "");
         EXPECT_EQ(skeleton.GetBlendShapeName(index), "");
-        EXPECT_EQ(skeleton.GetKnownJointType(index), velkori_KnownJointType_Invalid);
         EXPECT_EQ(skeleton.GetLimb(index), HumanoidLimb_Invalid);
         EXPECT_TRUE(skeleton.GetJointChainByHumanoidLimb(static_cast<HumanoidLimb>(index)).empty());
         EXPECT_TRUE(skeleton.GetTPoseDimensionMask(static_cast<JointMappingType>(index)).empty());

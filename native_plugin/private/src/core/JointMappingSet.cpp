@@ -24,35 +24,6 @@ bool IsJointOf(const SkeletonData& skeleton, int joint) {
     return joint >= 0 && joint < skeleton.GetJointCount();
 }
 
-// The nearest joint that all entries are or hang from, -1 if there is none. `entryJointCount` bounds the
-// entries' joints. No joint is climbed over twice, so that thousands of entries deep in a hierarchy take no
-// longer than its joints and the entries together.
-int FindCommonAncestor(
-    const SkeletonData& skeleton, std::span<const JointMappingEntry> entries, int entryJointCount) {
-    const std::vector<int> path = skeleton.GetAncestorsOfJointIndex(entries.front().jointIndex, true);
-    // Per joint, the position on the path at which a climb from it arrives, as far as that is known.
-    std::vector<int> arrivals(std::max(skeleton.GetJointCount(), entryJointCount), -1);
-    for (std::size_t i = 0; i < path.size(); ++i) {
-        arrivals[path[i]] = static_cast<int>(i);
-    }
-    int common = 0;
-    for (const JointMappingEntry& entry : entries) {
-        int joint = entry.jointIndex;
-        while (joint != -1 && arrivals[joint] == -1) {
-            joint = skeleton.GetParentJointIndex(joint);
-        }
-        if (joint == -1) {
-            return -1;
-        }
-        const int arrival = arrivals[joint];
-        for (int below = entry.jointIndex; below != joint; below = skeleton.GetParentJointIndex(below)) {
-            arrivals[below] = arrival;
-        }
-        common = std::max(common, arrival);
-    }
-    return path[common];
-}
-
 // Two orientations meet at the second one's weight as it stands, not at its share of the sum.
 Quaternionf BlendOrientations(std::span<const Quaternionf> orientations, std::span<const float> weights) {
     switch (orientations.size()) {
@@ -116,12 +87,6 @@ void JointMappingSet::InitializeMappingWeights() {
     }
     positionWeightScale = ReciprocalOrZero(positionSum);
     rotationWeightScale = ReciprocalOrZero(rotationSum);
-
-    commonAncestorJoint = entries.size() == 1 ? entries.front().jointIndex : -1;
-    if (entries.size() > 1) {
-        commonAncestorJoint =
-            FindCommonAncestor(*sourceSkeleton, entries, GetEntrySkeleton().GetJointCount());
-    }
 }
 
 JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(

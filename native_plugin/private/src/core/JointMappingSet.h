@@ -61,9 +61,6 @@ class JointMappingSet {
 
     float GetRotationWeightScale() const { return rotationWeightScale; }
 
-    // The nearest joint that all entries hang from, in the source skeleton; -1 if there is none.
-    int GetCommonAncestorJoint() const { return commonAncestorJoint; }
-
     const std::vector<JointMappingEntry>& GetEntries() const { return entries; }
 
     const FastRangedIntegralSet<int>& GetMappedJoints() const { return mappedJoints; }
@@ -79,7 +76,6 @@ class JointMappingSet {
     int targetJointIndex;
     float positionWeightScale = 1.0F;
     float rotationWeightScale = 1.0F;
-    int commonAncestorJoint = -1;
     std::vector<JointMappingEntry> entries;
     FastRangedIntegralSet<int> mappedJoints;
     // An element per entry from the start, also in a copy of the set: evaluating allocates nothing.

@@ -4,7 +4,6 @@
 #include "shared/Log.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace Velkori_Utility {
 
@@ -61,6 +60,7 @@ void SkeletonData::Initialize(std::span<const std::string> parentJointNames,
     ConvertStringArrayToLookupMap(jointNames, jointNameToIndex, jointNamesBufferSize);
     autoMappingExcludedJoints = FastRangedIntegralSet<int>(
         0, 0, ConvertJointNameArrayToJointIndexList(autoMappingExcludedJointNames));
+    NameToIndexMap blendShapeNameToIndex;
     ConvertStringArrayToLookupMap(blendShapeNames, blendShapeNameToIndex, blendShapeNamesBufferSize);
     GenerateParentChildLookupTables(parentJointNames);
     // Joints that all hang on each other, which validation refuses, have an update order all the same.
@@ -68,27 +68,21 @@ void SkeletonData::Initialize(std::span<const std::string> parentJointNames,
         rootJoints.push_back(0);
     }
     GenerateHierarchicalUpdateOrder();
-    std::copy_if(hierarchicalUpdateOrder.begin(), hierarchicalUpdateOrder.end(),
-        std::back_inserter(branchJoints), [this](int joint) { return childIndices[joint].size() >= 2; });
     InitializeKnownJointData(knownJointNames);
     ClassifyJoints();
 }
 
-bool SkeletonData::ConvertStringArrayToLookupMap(
+void SkeletonData::ConvertStringArrayToLookupMap(
     std::span<const std::string> names, NameToIndexMap& map, std::size_t& bufferSize) {
-    bool allAccepted = true;
     map.Reserve(names.size());
     for (std::size_t i = 0; i < names.size(); ++i) {
         bufferSize += names[i].size() + 1;
         if (names[i].empty()) {
             Log(velkori_LogLevel_Error, "String in Name array cannot be an empty string");
-            allAccepted = false;
         } else if (!map.Insert(names[i], static_cast<int>(i))) {
             Log(velkori_LogLevel_Error, "Duplicate name found in string array: \"%s\"", names[i].c_str());
-            allAccepted = false;
         }
     }
-    return allAccepted;
 }
 
 void SkeletonData::GenerateParentChildLookupTables(std::span<const std::string> parentJointNames) {
@@ -124,21 +118,20 @@ void SkeletonData::GenerateHierarchicalUpdateOrder() {
 
 void SkeletonData::InitializeKnownJointData(std::span<const std::string> knownJointNames) {
     knownJointToIndex.initialize(velkori_KnownJointType_Root, velkori_KnownJointType_LeftAnkle);
-    indexToKnownJoint.initialize(0, jointCount);
+    FastRangedIntegralSet<int> taken(0, jointCount, FastRangedIntegralSet<int>::EmptyInitialValues);
     const std::size_t count = std::min<std::size_t>(knownJointNames.size(), VELKORI_KNOWN_JOINT_COUNT);
     for (std::size_t i = 0; i < count; ++i) {
         const int* joint = jointNameToIndex.Find(knownJointNames[i]);
         // A joint has one role, the first that it is given.
-        if (joint != nullptr && !indexToKnownJoint.contains(*joint)) {
-            const auto knownJoint = static_cast<velkori_KnownJointType>(i);
-            knownJointToIndex.insert(knownJoint, *joint);
-            indexToKnownJoint.insert(*joint, knownJoint);
+        if (joint != nullptr && !taken.contains(*joint)) {
+            knownJointToIndex.insert(static_cast<velkori_KnownJointType>(i), *joint);
+            taken.insertInternal(*joint);
         }
     }
 }
 
 void SkeletonData::ClassifyJoints() {
-    limbToJoints = AutoMapping::ClassifyJointsByLimb(*this, limbToJointChain);
+    const auto limbToJoints = AutoMapping::ClassifyJointsByLimb(*this, limbToJointChain);
     jointToLimb.initialize(0, jointCount);
     for (const auto& [limb, joints] : limbToJoints) {
         if (limb == HumanoidLimb_Invalid) {
@@ -266,11 +259,6 @@ std::vector<int> SkeletonData::GetConnectedPathBetweenJoints(int start, int end)
 int SkeletonData::GetJointIndex(velkori_KnownJointType knownJoint) const {
     const int* joint = knownJointToIndex.Find(knownJoint);
     return joint == nullptr ? -1 : *joint;
-}
-
-velkori_KnownJointType SkeletonData::GetKnownJointType(int joint) const {
-    const velkori_KnownJointType* knownJoint = indexToKnownJoint.Find(joint);
-    return knownJoint == nullptr ? velkori_KnownJointType_Invalid : *knownJoint;
 }
 
 bool SkeletonData::HasValidKnownJoints(std::span<const velkori_KnownJointType> knownJoints) const {

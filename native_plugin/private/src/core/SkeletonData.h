@@ -66,8 +66,6 @@ class SkeletonData {
 
     const NameToIndexMap& GetJointNameToIndexMap() const { return jointNameToIndex; }
 
-    const NameToIndexMap& GetBlendShapeNameToIndexMap() const { return blendShapeNameToIndex; }
-
     const std::string& GetJointName(int joint) const;
     const std::string& GetBlendShapeName(int blendShape) const;
     static int GetIndexFromNameToIdxMap(std::string_view name, const NameToIndexMap& map, int defaultIndex);
@@ -86,8 +84,6 @@ class SkeletonData {
 
     const std::vector<int>& GetRootJoints() const { return rootJoints; }
 
-    const std::vector<int>& GetBranchJoints() const { return branchJoints; }
-
     bool IsAncestorOfJointIndex(int ancestor, int joint) const;
     // Breadth first, without the joint itself; what lies beneath a joint of `stopAt` is left out.
     std::vector<int> GetDescendantsOfJointIndex(int joint, const FastRangedIntegralSet<int>& stopAt) const;
@@ -98,15 +94,9 @@ class SkeletonData {
 
     // -- Known joints and limbs ----------------------------------------------------------------------------
     int GetJointIndex(velkori_KnownJointType knownJoint) const;
-    // velkori_KnownJointType_Invalid if the joint has no such role.
-    velkori_KnownJointType GetKnownJointType(int joint) const;
     bool HasValidKnownJoints(std::span<const velkori_KnownJointType> knownJoints) const;
     // HumanoidLimb_Invalid if the joint belongs to none.
     HumanoidLimb GetLimb(int joint) const;
-
-    const FastRangedIntegralMap<HumanoidLimb, FastRangedIntegralSet<int>>& GetLimbToJoints() const {
-        return limbToJoints;
-    }
 
     const std::vector<int>& GetJointChainByHumanoidLimb(HumanoidLimb limb) const;
 
@@ -169,7 +159,8 @@ class SkeletonData {
     Vector3f CalculateExtentRatio(const Vector3f& extentRange) const;
     float MeasureScaledBone(
         int joint, int child, std::span<const float> jointLengths, const Vector3f& extentRange) const;
-    static bool ConvertStringArrayToLookupMap(
+    // A refused name is logged and leaves a gap in the indices.
+    static void ConvertStringArrayToLookupMap(
         std::span<const std::string> names, NameToIndexMap& map, std::size_t& bufferSize);
     void GenerateParentChildLookupTables(std::span<const std::string> parentJointNames);
     void GenerateHierarchicalUpdateOrder();
@@ -181,20 +172,16 @@ class SkeletonData {
     std::vector<std::string> jointNames;
     NameToIndexMap jointNameToIndex;
     FastRangedIntegralMap<velkori_KnownJointType, int> knownJointToIndex;
-    FastRangedIntegralMap<int, velkori_KnownJointType> indexToKnownJoint;
     FastRangedIntegralSet<int> autoMappingExcludedJoints;
     FastRangedIntegralMap<int, HumanoidLimb> jointToLimb;
-    FastRangedIntegralMap<HumanoidLimb, FastRangedIntegralSet<int>> limbToJoints;
     FastRangedIntegralMap<HumanoidLimb, std::vector<int>> limbToJointChain;
     std::vector<int> parentIndices;
     std::vector<std::vector<int>> childIndices;
     std::vector<int> hierarchicalUpdateOrder;
     std::vector<int> rootJoints;
-    std::vector<int> branchJoints;
     int blendShapeCount = 0;
     std::size_t blendShapeNamesBufferSize = 0;
     std::vector<std::string> blendShapeNames;
-    NameToIndexMap blendShapeNameToIndex;
 };
 
 // A skeleton with a smallest and a largest rest pose and with manifestations: the tracked one.

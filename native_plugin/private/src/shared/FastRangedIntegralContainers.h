@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <iterator>
 #include <memory>
-#include <stdexcept>
 #include <type_traits>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -85,10 +82,6 @@ class FastRangedIntegralBase {
     std::size_t Size() const { return count; }
 
     bool IsEmpty() const { return count == 0; }
-
-    K GetMinKey() const { return minKey; }
-
-    K GetMaxKey() const { return maxKey; }
 
     std::vector<K> ToKeyVector() const {
         std::vector<K> keys;
@@ -236,11 +229,6 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
   public:
     // A value may be a reference, or constant.
     using Pair = std::pair<K, V>;
-    using HashMap = std::unordered_map<K,
-        std::conditional_t<std::is_reference_v<V>, std::reference_wrapper<std::remove_reference_t<V>>, V>>;
-
-    // What to pass where there are no values to begin with.
-    static const HashMap EmptyInitialValues;
 
     using const_iterator = FastRangedIntegralIterator<FastRangedIntegralMap, Pair>;
 
@@ -251,32 +239,11 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         !std::is_reference_v<V> && !std::is_const_v<V>) = default;
     ~FastRangedIntegralMap() override = default;
 
-    FastRangedIntegralMap(K min, K max, const HashMap& initialValues) { initialize(initialValues, min, max); }
-
-    using FastRangedIntegralBase<K>::initialize;
-
     void initialize(K a, K b) override {
         FastRangedIntegralBase<K>::initialize(a, b);
         values.clear();
         orphanCount = 0;
         keyToValueIndex.assign(this->RangeSize(), 0);
-    }
-
-    // Holds `initialValues`, for whose keys the range is widened; a `max` that isn't above `min` then counts
-    // for nothing.
-    void initialize(const HashMap& initialValues, K min, K max) {
-        if (!initialValues.empty() && !(max > min)) {
-            min = max = initialValues.begin()->first;
-        }
-        for (const auto& entry : initialValues) {
-            min = std::min(min, entry.first);
-            max = std::max(max, entry.first);
-        }
-        initialize(min, max);
-        values.reserve(initialValues.size());
-        for (const auto& [key, value] : initialValues) {
-            insert(key, value);
-        }
     }
 
     // A key that is there gets the new value and keeps its place. A key out of range changes nothing.
@@ -304,14 +271,6 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         return this->contains(key) ? std::addressof(PairOf(key).second) : nullptr;
     }
 
-    // The pair of a key that is there; any other throws std::out_of_range.
-    const Pair& operator[](K key) const {
-        if (!this->contains(key)) {
-            throw std::out_of_range("No value for this key");
-        }
-        return PairOf(key);
-    }
-
     const_iterator begin() const { return const_iterator(this, this->SkipAbsent(0)); }
 
     const_iterator end() const { return const_iterator(this, this->orderedKeys.size()); }
@@ -324,9 +283,6 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
         }
         return live;
     }
-
-    // Pairs of erased and replaced keys that take up room.
-    std::size_t GetOrphanCount() const { return orphanCount; }
 
     // Drops the pairs of erased and replaced keys.
     void cleanOrphanedValues() {
@@ -384,9 +340,5 @@ class FastRangedIntegralMap : public FastRangedIntegralBase<K> {
     // Pairs in values whose key was erased or got another value.
     std::size_t orphanCount = 0;
 };
-
-template <typename K, typename V>
-inline const typename FastRangedIntegralMap<K, V>::HashMap FastRangedIntegralMap<K, V>::EmptyInitialValues =
-    {};
 
 } // namespace Velkori_Utility
