@@ -30,6 +30,33 @@ if grep -rnE 'std::(ranges|views|bit_cast|weak_order|strong_order|format)\b' nat
     exit 1
 fi
 
+# Rooms of the library know each other in one direction. document/ alone knows RapidJSON, and shows one header.
+if ! (cd native_plugin/private/src && grep -rE '^ *# *include *["<]' --include='*.h' --include='*.cpp' .) | awk -F'["<>]' '
+    function folder(path) { sub(/\/?[^\/]*$/, "", path); return path }
+    function room(path) { path = folder(path); return path in may ? path : substr(path, 1, index(path "/", "/") - 1) }
+    BEGIN {
+        may["shared"] = ""
+        may["core"] = "shared"
+        may["document"] = may["serialization"] = "core shared"
+        may["retargeting"] = may["retargeting/alignment"] = may["retargeting/preparation"] = "core shared"
+        may["interface"] = "retargeting retargeting/alignment retargeting/preparation serialization document core shared"
+        door = "document/ConfigDocument.h"
+    }
+    {
+        file = substr($1, 3, index($1, ":") - 3)
+        from = room(file)
+        to = room($2)
+        isAllowed = from in may && (!(to in may) || from == to || index(" " may[from] " ", " " to " "))
+        isBehindDoor = to == "rapidjson" || (to == "document" && $2 != door)
+        if (!isAllowed || (isBehindDoor && (from != "document" || file == door))) {
+            print file " must not include " $2
+            isWrong = 1
+        }
+    }
+    END { exit isWrong || NR == 0 }' >&2; then
+    exit 1
+fi
+
 base=$(git merge-base HEAD '@{upstream}' 2>/dev/null || true)
 if [ "${2:-}" = --all ] || [ -z "$base" ] || { [ "$base" = "$(git rev-parse HEAD)" ] && [ -z "$(git status --porcelain)" ]; }; then
     candidates=("${present[@]}")
