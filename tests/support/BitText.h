@@ -1,7 +1,5 @@
 #pragma once
 
-#include "serialization/BitWriter.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <string>
@@ -16,8 +14,9 @@ inline std::string operator""_bits(const char* text, std::size_t length) {
     return bits;
 }
 
-// Ends the writer.
-inline std::string ToBitText(Velkori_Utility::BitWriter& writer) {
+// Ends the writer, which is the library's BitWriter: who sees the public header only has no other use of it.
+template <typename Writer>
+std::string ToBitText(Writer& writer) {
     const int count = writer.getBitsWritten();
     writer.flush();
     std::string bits;

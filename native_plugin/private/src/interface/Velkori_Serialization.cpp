@@ -2,7 +2,7 @@
 
 #include "interface/InterfacePoses.h"
 #include "interface/UtilityInstance.h"
-#include "serialization/TimeOfDay.h"
+#include "serialization/record/TimeOfDay.h"
 #include "shared/Log.h"
 
 #include <algorithm>

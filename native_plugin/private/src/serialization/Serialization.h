@@ -1,12 +1,12 @@
 #pragma once
 
-#include "serialization/BodySnapshotInterpolator.h"
-#include "serialization/CompressedJointPose.h"
-#include "serialization/CompressedShapePose.h"
-#include "serialization/FaceSnapshotInterpolator.h"
-#include "serialization/JointPoseInterpolator.h"
-#include "serialization/RotationThreshold.h"
-#include "serialization/Snapshot.h"
+#include "serialization/codec/CompressedJointPose.h"
+#include "serialization/codec/CompressedShapePose.h"
+#include "serialization/codec/RotationThreshold.h"
+#include "serialization/playback/BodySnapshotInterpolator.h"
+#include "serialization/playback/FaceSnapshotInterpolator.h"
+#include "serialization/playback/JointPoseInterpolator.h"
+#include "serialization/record/Snapshot.h"
 
 #include <array>
 #include <cstdint>
