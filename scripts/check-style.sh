@@ -37,9 +37,16 @@ if ! (cd native_plugin/private/src && grep -rE '^ *# *include *["<]' --include='
     BEGIN {
         may["shared"] = ""
         may["core"] = "shared"
-        may["document"] = may["serialization"] = "core shared"
+        may["document"] = "core shared"
+        may["serialization/bits"] = "shared"
+        may["serialization/codec"] = "serialization/bits shared"
+        may["serialization/record"] = "serialization/bits serialization/codec core shared"
+        may["serialization/sender"] = may["serialization/receiver"] = may["serialization/playback"] = \
+            "serialization/bits serialization/codec serialization/record shared"
+        may["serialization"] = \
+            "serialization/sender serialization/receiver serialization/playback serialization/record core shared"
         may["retargeting"] = may["retargeting/alignment"] = may["retargeting/preparation"] = "core shared"
-        may["interface"] = "retargeting retargeting/alignment retargeting/preparation serialization document core shared"
+        may["interface"] = "retargeting retargeting/alignment retargeting/preparation serialization serialization/record document core shared"
         door = "document/ConfigDocument.h"
     }
     {

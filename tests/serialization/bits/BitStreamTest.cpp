@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstring>
+#include <span>
 #include <stdexcept>
 
 using namespace Velkori_Utility;
@@ -77,25 +78,25 @@ TEST(BitStream, ByteRunsAreWrittenAnywhereButReadFromWholeBytes) {
     const std::array<unsigned char, 32> run{0xA5, 0x0F};
     BitWriter writer(4096);
     writer.writeBits(5, 3);
-    writer.writeBytes(run.data(), 2);
+    writer.writeBytes(std::span(run).first(2));
     EXPECT_EQ(ToBitText(writer), "101 10100101 00001111"_bits);
 
     const std::vector<std::uint32_t> words = ToWords("111 00000 11110000 00001111 10101010");
     BitReader reader(words.data(), 4);
     std::array<unsigned char, 2> bytes{};
     reader.readBits(3);
-    reader.deserializeBytes(bytes.data(), 2);
+    reader.deserializeBytes(bytes);
     EXPECT_EQ(bytes, (std::array<unsigned char, 2>{0xF0, 0x0F}));
-    reader.deserializeBytes(bytes.data(), 2);
+    reader.deserializeBytes(bytes);
     EXPECT_EQ(bytes, (std::array<unsigned char, 2>{0, 0}));
-    reader.deserializeBytes(bytes.data(), 1);
+    reader.deserializeBytes(std::span(bytes).first(1));
     EXPECT_EQ(bytes[0], 0xAA);
 
     // A run that doesn't fit is left out whole.
     BitWriter full(4096);
     full.writeBits(0, 1);
     for (int i = 0; i < 128; ++i) {
-        full.writeBytes(run.data(), 32);
+        full.writeBytes(run);
     }
     EXPECT_EQ(full.getBitsWritten(), 1 + 127 * 256);
 }

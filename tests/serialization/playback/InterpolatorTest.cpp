@@ -1,6 +1,6 @@
-#include "serialization/playback/BodySnapshotInterpolator.h"
-#include "serialization/playback/FaceSnapshotInterpolator.h"
 #include "serialization/playback/JointPoseInterpolator.h"
+#include "serialization/playback/PoseEasing.h"
+#include "serialization/playback/SnapshotInterpolator.h"
 #include "support/PoseMatchers.h"
 
 #include <gtest/gtest.h>
@@ -13,8 +13,6 @@ using namespace Velkori_Utility;
 
 namespace {
 
-constexpr float MaxBlend = 1.0F;
-constexpr float SmoothingTime = 0.05F;
 constexpr auto Max = velkori_CompressionType_Max;
 constexpr float HalfRoot2 = 0.70710678F;
 
@@ -34,7 +32,7 @@ class Weights {
     void Reset() { interpolator.reset(); }
 
   private:
-    FaceSnapshotInterpolator interpolator{1, MaxBlend, SmoothingTime};
+    FaceSnapshotInterpolator interpolator{1};
 };
 
 std::shared_ptr<BodySnapshot> Body(double time, const JointPose& pose) {
@@ -94,7 +92,7 @@ TEST(Interpolator, TheShownPoseFollowsTheSampleWithin50Milliseconds) {
 }
 
 TEST(Interpolator, BodiesMoveAlongALineAndTurnAlongTheShortestWay) {
-    BodySnapshotInterpolator interpolator(1, MaxBlend, SmoothingTime);
+    BodySnapshotInterpolator interpolator(1);
     EXPECT_TRUE(interpolator.updateAndInterpolatePose(0.0).empty());
     interpolator.addSnapshot(Body(1.0, {Quaternionf::Identity, {0, 0, 0}}));
     EXPECT_EQ(interpolator.updateAndInterpolatePose(1.0).size(), 1U);
@@ -110,7 +108,7 @@ TEST(Interpolator, BodiesMoveAlongALineAndTurnAlongTheShortestWay) {
     ExpectNear(interpolator.updateAndInterpolatePose(1.75)[0].position, {3, 0, 1.5F}, 1e-5F);
 
     // A quarter turn about x, as the quaternion with the other sign and twice the length.
-    const JointPose half = BodySnapshotInterpolator::interpolateJointPose({Quaternionf::Identity, {0, 0, 0}},
+    const JointPose half = interpolateJointPose({Quaternionf::Identity, {0, 0, 0}},
         {{-2 * HalfRoot2, 0, 0, -2 * HalfRoot2}, {4, 0, 2}, {3, 3, 3}}, 0.5F);
     ExpectNear(half.position, {2, 0, 1}, 1e-6F);
     EXPECT_LT(AngleBetween(half.orientation, {0.38268343F, 0, 0, 0.92387953F}), 1e-3F);
@@ -119,7 +117,7 @@ TEST(Interpolator, BodiesMoveAlongALineAndTurnAlongTheShortestWay) {
 
 TEST(Interpolator, AJointWithoutARotationStaysUntilTheReset) {
     constexpr float NaN = std::numeric_limits<float>::quiet_NaN();
-    BodySnapshotInterpolator interpolator(1, MaxBlend, SmoothingTime);
+    BodySnapshotInterpolator interpolator(1);
     interpolator.addSnapshot(Body(1.0, {{NaN, 0, 0, 1}, {1, 0, 0}}));
     interpolator.updateAndInterpolatePose(1.0);
     interpolator.addSnapshot(Body(2.0, {Quaternionf::Identity, {2, 0, 0}}));
@@ -130,7 +128,7 @@ TEST(Interpolator, AJointWithoutARotationStaysUntilTheReset) {
 }
 
 TEST(Interpolator, TrackersBeginWithTheirFirstPair) {
-    JointPoseInterpolator interpolator(MaxBlend, SmoothingTime);
+    JointPoseInterpolator interpolator;
     EXPECT_EQ(interpolator.UpdateAndGetInterpolatePose(0.5), JointPose::Identity);
     interpolator.addJointPose({Quaternionf::Identity, {1, 0, 0}}, 1.0);
     EXPECT_EQ(interpolator.UpdateAndGetInterpolatePose(1.0).position, Vector3f(1, 0, 0)) << "at once";
@@ -150,7 +148,7 @@ TEST(Interpolator, TrackersBeginWithTheirFirstPair) {
 // A ring's slot that comes round again is the same part with another time; whoever never asks must not make
 // the waiting list grow for ever.
 TEST(Interpolator, WaitingFramesDontGrowWithoutBound) {
-    FaceSnapshotInterpolator interpolator(1, MaxBlend, SmoothingTime);
+    FaceSnapshotInterpolator interpolator(1);
     std::vector<std::shared_ptr<FaceSnapshot>> ring;
     ring.reserve(3);
     for (int i = 0; i < 3; ++i) {

@@ -12,18 +12,19 @@ using namespace Velkori_Utility;
 
 namespace {
 
-constexpr auto Standard = velkori_CompressionType_Standard;
 constexpr auto Max = velkori_CompressionType_Max;
 constexpr auto Full = JointSerializationOption_RotationFull | JointSerializationOption_PositionFull;
 
 FrameData MakeFrame(double time) {
-    return {0xA5, time, false, 0.5F, 7, 2, 0x80000001U, true, false, {}, {}, {}};
-}
-
-void Send(FrameData& frame, int tracker, JointSerializationOption option, const CompressedJointPose& value) {
-    frame.trackers[tracker].option = option;
-    frame.trackers[tracker].serialized = value;
-    frame.skipsTracker[tracker] = false;
+    FrameData frame;
+    frame.header = 0xA5;
+    frame.timestamp = time;
+    frame.weight = 0.5F;
+    frame.value0 = 7;
+    frame.value1 = 2;
+    frame.value2 = 0x80000001U;
+    frame.flag1 = true;
+    return frame;
 }
 
 FrameData ReadBack(const FrameData& frame, const FrameData& baseline, FrameData result = {}) {
@@ -59,18 +60,17 @@ TEST(FrameData, HeaderImage) {
 }
 
 TEST(FrameData, SizesCountDeltasAtTheirWidest) {
+    constexpr auto Deltas = JointSerializationOption_RotationDelta | JointSerializationOption_PositionDelta;
+    EXPECT_EQ(getLargestJointRecordBits(JointSerializationOption_None, Precision::Max), 5U);
+    EXPECT_EQ(getLargestJointRecordBits(Full, Precision::Standard), 37U + 39U);
+    EXPECT_EQ(getLargestJointRecordBits(Full, Precision::High), 52U + 54U);
+    EXPECT_EQ(getLargestJointRecordBits(Deltas, Precision::Max), 30U + 23U);
+    EXPECT_EQ(getLargestJointRecordBits(JointSerializationOption_LengthFull, Precision::Standard), 5U + 9U);
+    EXPECT_EQ(getLargestJointRecordBits(JointSerializationOption_LengthDelta, Precision::Standard), 5U + 8U);
     FrameData frame;
     EXPECT_EQ(frame.getFramedataSizeBits(Max), 71U);
-    EXPECT_EQ(frame.getOptionSizeBits(JointSerializationOption_None, Max), 5U);
-    EXPECT_EQ(frame.getOptionSizeBits(Full, Standard), 37U + 39U);
-    EXPECT_EQ(frame.getOptionSizeBits(Full, velkori_CompressionType_High), 52U + 54U);
-    EXPECT_EQ(frame.getOptionSizeBits(Full, Max), 67U + 69U);
-    const auto deltas = JointSerializationOption_RotationDelta | JointSerializationOption_PositionDelta;
-    EXPECT_EQ(frame.getOptionSizeBits(deltas, Max), 30U + 23U);
-    EXPECT_EQ(frame.getOptionSizeBits(JointSerializationOption_LengthFull, Standard), 5U + 9U);
-    EXPECT_EQ(frame.getOptionSizeBits(JointSerializationOption_LengthDelta, Standard), 5U + 8U);
-    Send(frame, 1, Full, CompressedJointPose(Precision::Max));
-    EXPECT_EQ(frame.getFramedataSizeBits(Max), 71U + 136U);
+    frame.trackers[1].encoded.option = Full;
+    EXPECT_EQ(frame.getFramedataSizeBits(Max), 71U + 67U + 69U);
 }
 
 TEST(FrameData, TrackersReadBackOrKeepTheBaselinesPose) {
@@ -78,25 +78,19 @@ TEST(FrameData, TrackersReadBackOrKeepTheBaselinesPose) {
     FrameData baseline;
     baseline.trackers[1].pose = JointPose({0, 0.6F, 0, 0.8F}, {1, 2, 3}, {2, 2, 2});
     FrameData frame;
-    Send(frame, 0, Full, CompressedJointPose(Precision::Max, pose, 1.0F));
+    frame.trackers[0].encoded = {compressJoint(Precision::Max, pose, 1.0F), Full};
     // Position fields of 0, 4194304, moved by -3 (code 5), 3 and 0.
-    CompressedJointPose delta(Precision::Delta);
-    delta.position.setComponents({5, 6, 0});
-    Send(frame, 2, JointSerializationOption_PositionDelta, delta);
+    frame.trackers[2].encoded.value.position = {{5, 6, 0}, Precision::Delta};
+    frame.trackers[2].encoded.option = JointSerializationOption_PositionDelta;
 
     const FrameData read = ReadBack(frame, baseline);
-    const FrameData::TrackerPose& full = read.trackers[0];
+    const TrackerPose& full = read.trackers[0];
     ExpectNear(full.pose.position, pose.position, 2e-5F);
     EXPECT_LE(AngleBetween(full.pose.orientation, pose.orientation), 1e-5F);
-    EXPECT_EQ(full.compressed.position.toString(),
-        CompressedVector3f(Precision::High, full.pose.position).toString());
-    EXPECT_EQ(full.option, Full);
+    EXPECT_EQ(full.compressed.position, compressPosition(Precision::High, full.pose.position));
     EXPECT_EQ(read.trackers[1].pose, baseline.trackers[1].pose);
-    CompressedVector3f moved(Precision::Max);
-    moved.setComponents({4194301, 4194307, 4194304});
-    EXPECT_EQ(read.trackers[2].pose.position, moved.decompress());
-    // The last tracker's option isn't taken over.
-    EXPECT_EQ(read.trackers[2].option, JointSerializationOption_None);
+    EXPECT_EQ(read.trackers[2].pose.position,
+        decompress(CompressedVector3f{{4194301, 4194307, 4194304}, Precision::Max}));
 
     // A record can be its own baseline.
     FrameData ring = baseline;

@@ -3,9 +3,11 @@
 #include "core/UtilityConfigData.h"
 #include "retargeting/Retargeting.h"
 #include "serialization/Serialization.h"
+#include "shared/DataTypes.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace Velkori_Utility {
 
@@ -30,6 +32,8 @@ struct UtilityInstance {
     // What was last written of the configuration, so that asking for its size and then for the text makes it
     // once. Memory for speed alone: the configuration doesn't change.
     std::optional<WrittenDocument> lastDocument;
+    // A host's pose on its way into a snapshot, kept for the next one's memory.
+    std::vector<JointPose> streamedPose;
 };
 
 } // namespace Velkori_Utility

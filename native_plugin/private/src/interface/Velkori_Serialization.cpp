@@ -32,12 +32,12 @@ std::span<const int32_t> IndicesOf(const int32_t* indices, int32_t count) {
 void WriteText(BitWriter& writer, const char (&text)[VELKORI_HEADER_TEXT_SIZE]) {
     std::array<unsigned char, VELKORI_HEADER_TEXT_SIZE> bytes{};
     std::memcpy(bytes.data(), text, bytes.size() - 1);
-    writer.writeBytes(bytes.data(), VELKORI_HEADER_TEXT_SIZE);
+    writer.writeBytes(bytes);
 }
 
 void ReadText(BitReader& reader, char (&out_text)[VELKORI_HEADER_TEXT_SIZE]) {
     std::array<unsigned char, VELKORI_HEADER_TEXT_SIZE> bytes{};
-    reader.deserializeBytes(bytes.data(), VELKORI_HEADER_TEXT_SIZE);
+    reader.deserializeBytes(bytes);
     bytes.back() = 0;
     std::memcpy(out_text, bytes.data(), bytes.size());
 }
@@ -55,9 +55,20 @@ std::uint64_t Read64(BitReader& reader) {
 // -- Frame records -----------------------------------------------------------------------------------------
 
 FrameData ToFrameData(const velkori_FrameData_& record) {
-    return {record.header, record.timestamp, record.flag0, record.weight, record.value0, record.value1,
-        record.value2, record.flag1, record.flag2, JointPose(record.tracker0), JointPose(record.tracker1),
-        JointPose(record.tracker2)};
+    FrameData data;
+    data.header = record.header;
+    data.timestamp = record.timestamp;
+    data.flag0 = record.flag0;
+    data.weight = record.weight;
+    data.value0 = record.value0;
+    data.value1 = record.value1;
+    data.value2 = record.value2;
+    data.flag1 = record.flag1;
+    data.flag2 = record.flag2;
+    data.trackers[0].pose = JointPose(record.tracker0);
+    data.trackers[1].pose = JointPose(record.tracker1);
+    data.trackers[2].pose = JointPose(record.tracker2);
+    return data;
 }
 
 velkori_FrameData_ ToRecord(const FrameData& data) {
@@ -100,9 +111,10 @@ velkori_Result velkori_getSerializationSettings(
         if (out_serializationSettings == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "out_serializationSettings");
         }
-        const Serialization& stream = instance.serialization;
-        *out_serializationSettings = {stream.compressionType, stream.positionThreshold,
-            stream.rotationThreshold.GetDegrees(), stream.shapeThreshold, Serialization::getNumSnapshots()};
+        const StreamSettings& settings = instance.serialization.sender.getSettings();
+        *out_serializationSettings = {settings.compressionType, settings.positionThreshold,
+            settings.rotationThreshold.GetDegrees(), settings.shapeThreshold,
+            Serialization::getNumSnapshots()};
         return velkori_Result_Success;
     });
 }
@@ -113,14 +125,11 @@ velkori_Result velkori_updateSerializationSettings(
         if (in_serializationSettings == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "in_serializationSettings");
         }
-        Serialization& stream = instance.serialization;
-        stream.compressionType = in_serializationSettings->compressionType;
-        stream.positionThreshold = ClampThreshold(in_serializationSettings->positionThreshold);
-        stream.rotationThreshold =
-            RotationThreshold(ClampThreshold(in_serializationSettings->rotationAngleThreshold));
-        stream.shapeThreshold = ClampThreshold(in_serializationSettings->shapeThreshold);
-        Serialization::setAndClampCurrentNumberOfSnapshots(in_serializationSettings->snapshotCount);
-        stream.initializeSnapshots();
+        const velkori_SerializationSettings_& settings = *in_serializationSettings;
+        Serialization::setAndClampCurrentNumberOfSnapshots(settings.snapshotCount);
+        instance.serialization.restart({settings.compressionType, ClampThreshold(settings.positionThreshold),
+            RotationThreshold(ClampThreshold(settings.rotationAngleThreshold)),
+            ClampThreshold(settings.shapeThreshold)});
         return velkori_Result_Success;
     });
 }
@@ -209,15 +218,15 @@ velkori_Result velkori_getCurrentAck(velkori_Handle handle, int32_t* out_ack) {
         if (out_ack == nullptr) {
             return Fail(velkori_Result_NullParameter, "Parameter out_ack must not be null!");
         }
-        *out_ack = instance.serialization.getCurrentAck();
+        *out_ack = instance.serialization.sender.getCurrentAck();
         return velkori_Result_Success;
     });
 }
 
 velkori_Result velkori_createSnapshot(velkori_Handle handle, int32_t baselineAck, double timestamp) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
-        Serialization& stream = instance.serialization;
-        stream.createOutgoingSnapshot(stream.compressionType, baselineAck, timestamp);
+        instance.serialization.sender.createSnapshot(
+            baselineAck, timestamp, Serialization::getNumSnapshots());
         return velkori_Result_Success;
     });
 }
@@ -236,13 +245,13 @@ velkori_Result velkori_snapshotSkeleton(velkori_Handle handle, velkori_SkeletonT
         if (indices == nullptr && indexCount > 0) {
             return FailWithNull(velkori_Result_InvalidParameter, "indices");
         }
-        Serialization& stream = instance.serialization;
-        if (stream.getCurrentSnapshot() == nullptr) {
+        StreamSender& sender = instance.serialization.sender;
+        if (!sender.hasCurrentSnapshot()) {
             return FailWithoutSnapshot("add a pose to");
         }
-        ToJointPoseVectorFromVelkoriPoseArray(skeletonPose, jointCount, stream.inputPoses);
-        stream.updateBodySnapshot(
-            skeletonType == velkori_SkeletonType_Source, stream.inputPoses, IndicesOf(indices, indexCount));
+        ToJointPoseVectorFromVelkoriPoseArray(skeletonPose, jointCount, instance.streamedPose);
+        sender.updateBody(skeletonType == velkori_SkeletonType_Source, instance.streamedPose,
+            IndicesOf(indices, indexCount));
         return velkori_Result_Success;
     });
 }
@@ -256,12 +265,13 @@ velkori_Result velkori_snapshotFace(
         if (indices == nullptr && indexCount > 0) {
             return FailWithNull(velkori_Result_InvalidParameter, "indices");
         }
-        if (instance.serialization.getCurrentSnapshot() == nullptr) {
+        StreamSender& sender = instance.serialization.sender;
+        if (!sender.hasCurrentSnapshot()) {
             return FailWithoutSnapshot("add a face to");
         }
         const int shapeCount =
             instance.config.GetSkeletonData(velkori_SkeletonType_Target).GetBlendShapeCount();
-        instance.serialization.updateFaceSnapshot(std::span<const float>(facePose, shapeCount));
+        sender.updateFace(std::span<const float>(facePose, shapeCount));
         return velkori_Result_Success;
     });
 }
@@ -271,14 +281,13 @@ velkori_Result velkori_snapshotFrameData(velkori_Handle handle, const velkori_Fr
         if (frameData == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "frameData");
         }
-        Serialization& stream = instance.serialization;
-        if (!stream.addFramedata(ToFrameData(*frameData))) {
+        StreamSender& sender = instance.serialization.sender;
+        if (!sender.hasCurrentSnapshot()) {
+            Log(velkori_LogLevel_Error,
+                "Cannot add framedata to current snapshot because it doesn't exist yet.");
             return Fail(velkori_Result_OperationFailed, "Could not add framedata.");
         }
-        for (const auto tracker : {FrameData::TrackerInputType_First, FrameData::TrackerInputType_Second,
-                 FrameData::TrackerInputType_Third}) {
-            prepareTrackerPoseForSerialization(stream, *stream.getCurrentSnapshot(), tracker);
-        }
+        sender.addFrameData(ToFrameData(*frameData));
         return velkori_Result_Success;
     });
 }
@@ -289,17 +298,17 @@ velkori_Result velkori_serializeSnapshot(
         if (in_out_bufferSizeInBytes == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "in_out_bufferSizeInBytes");
         }
-        Serialization& stream = instance.serialization;
-        const Snapshot* snapshot = stream.getCurrentSnapshot();
-        if (snapshot == nullptr) {
+        StreamSender& sender = instance.serialization.sender;
+        if (!sender.hasCurrentSnapshot()) {
             return FailWithoutSnapshot("serialize");
         }
-        if (!stream.canSerialize()) {
+        const int ringLength = Serialization::getNumSnapshots();
+        if (!sender.canSerialize(ringLength)) {
             return Fail(velkori_Result_OperationFailed,
                 "Cannot serialize the current snapshot because the snapshot count has changed since.");
         }
-        const std::uint64_t bits = stream.prepareCurrentSnapshot();
-        const std::uint64_t size = (bits + 31) / 32 * 4;
+        const PreparedRecord prepared = sender.prepare(ringLength);
+        const std::uint64_t size = (std::uint64_t{prepared.bits} + 31) / 32 * 4;
         if (out_buffer == nullptr) {
             *in_out_bufferSizeInBytes = static_cast<int32_t>(size);
             return velkori_Result_Success;
@@ -309,14 +318,14 @@ velkori_Result velkori_serializeSnapshot(
                 "out_buffer Buffer is too small, require %lu bytes, provided %d bytes",
                 static_cast<unsigned long>(size), *in_out_bufferSizeInBytes);
         }
-        const SerializedRecord record = stream.writeCurrentSnapshot();
+        const SerializedRecord record = sender.write(prepared.header, ringLength);
         const std::uint64_t writtenSize = record.words.size_bytes();
         if (writtenSize > size) {
             Log(velkori_LogLevel_Error,
                 "Expected Size: %d, Actual Size: %d, Flushed Size: %d, BaselineAck: %d, Ack: %d, Expected "
                 "Bytes: %llu, Actual Bytes: %llu",
-                static_cast<int>(bits), record.bits, static_cast<int>(8 * writtenSize), snapshot->baselineAck,
-                snapshot->ack, static_cast<unsigned long long>(size),
+                static_cast<int>(prepared.bits), record.bits, static_cast<int>(8 * writtenSize),
+                prepared.header.baselineAck, prepared.header.ack, static_cast<unsigned long long>(size),
                 static_cast<unsigned long long>(writtenSize));
             return Fail(velkori_Result_BufferTooSmall, "Could not copy serialized data, sizes don't match!");
         }
@@ -336,7 +345,7 @@ velkori_Result velkori_deserializeSnapshotTimestamp(const void* data, double* ou
             return FailWithNull(velkori_Result_NullParameter, "out_timestamp");
         }
         BitReader reader(data, VELKORI_MAX_SNAPSHOT_SIZE);
-        *out_timestamp = Snapshot::parseCompressionTimestampFromStream(reader).timestamp;
+        *out_timestamp = readSnapshotTime(reader).timestamp;
         return velkori_Result_Success;
     });
 }
@@ -359,11 +368,14 @@ velkori_Result velkori_deserializeSnapshot(velkori_Handle handle, const void* da
             return FailWithNull(velkori_Result_NullParameter, "out_ack");
         }
         BitReader reader(data, VELKORI_MAX_SNAPSHOT_SIZE);
-        const SnapshotHeader header = instance.serialization.readHeader(reader);
+        Serialization& stream = instance.serialization;
+        const int ringLength = Serialization::getNumSnapshots();
+        const SnapshotHeader header = readHeader(reader, stream.layout.getHeaderLayout(ringLength));
         if (header.hasFrameData && optional_frameData == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "optional_frameData");
         }
-        const Snapshot& snapshot = instance.serialization.readSnapshot(header, reader);
+        const Snapshot& snapshot = stream.receiver.readSnapshot(header, reader, ringLength);
+        stream.playback.addSnapshot(header, snapshot);
         if (header.hasFrameData) {
             *optional_frameData = ToRecord(*snapshot.frameData);
         }
@@ -374,8 +386,8 @@ velkori_Result velkori_deserializeSnapshot(velkori_Handle handle, const void* da
             CopyBody(*snapshot.targetBody, optional_targetPose);
             CopyFace(*snapshot.targetFace, optional_facePose);
         }
-        *out_timestamp = header.timestamp;
-        *out_compressionType = snapshot.compressionType;
+        *out_timestamp = header.time.timestamp;
+        *out_compressionType = header.time.compressionType;
         *out_ack = header.ack;
         return velkori_Result_Success;
     });

@@ -22,7 +22,7 @@ velkori_Result CheckTime(double time) {
 
 velkori_Result velkori_resetInterpolators(velkori_Handle handle) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
-        instance.serialization.resetInterpolators();
+        instance.serialization.playback.reset();
         return velkori_Result_Success;
     });
 }
@@ -34,8 +34,8 @@ velkori_Result velkori_getInterpolatedSkeletonPose(velkori_Handle handle, velkor
             return FailWithNull(velkori_Result_NullParameter, "in_out_jointCount");
         }
         BodySnapshotInterpolator& interpolator = skeletonType == velkori_SkeletonType_Source
-                                                     ? instance.serialization.sourceInterpolator
-                                                     : instance.serialization.targetInterpolator;
+                                                     ? instance.serialization.playback.source
+                                                     : instance.serialization.playback.target;
         const int elementCount = interpolator.getElementCount();
         if (out_bodyPose == nullptr) {
             *in_out_jointCount = elementCount;
@@ -68,7 +68,7 @@ velkori_Result velkori_getInterpolatedFacePose(velkori_Handle handle, int32_t /*
         if (in_out_shapeCount == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "in_out_shapeCount");
         }
-        FaceSnapshotInterpolator& interpolator = instance.serialization.faceInterpolator;
+        FaceSnapshotInterpolator& interpolator = instance.serialization.playback.face;
         const int elementCount = interpolator.getElementCount();
         if (out_facePose == nullptr) {
             *in_out_shapeCount = elementCount;
@@ -104,7 +104,7 @@ velkori_Result velkori_getInterpolatedTrackerJointPose(
         }
         const std::size_t index = trackerIndex == 0 || trackerIndex == 1 ? trackerIndex : 2;
         *out_pose = static_cast<velkori_Transform_>(
-            instance.serialization.trackerInterpolators[index].UpdateAndGetInterpolatePose(time));
+            instance.serialization.playback.trackers[index].UpdateAndGetInterpolatePose(time));
         return velkori_Result_Success;
     });
 }

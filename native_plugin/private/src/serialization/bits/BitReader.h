@@ -1,13 +1,12 @@
 #pragma once
 
 #include "serialization/bits/RecordWord.h"
-#include "serialization/codec/CompressedJointPose.h"
-#include "serialization/codec/CompressedShapePose.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 namespace Velkori_Utility {
 
@@ -27,7 +26,6 @@ class BitReader {
 
     std::uint32_t readBits(int bits) {
         if (bits > maxBits - bitsRead) {
-            overflow = true;
             return 0;
         }
         bitsRead += bits;
@@ -38,22 +36,11 @@ class BitReader {
         return readAcrossWords(bits);
     }
 
-    void deserializeBits(unsigned int& out, int bits) { out = readBits(bits); }
-
-    void deserializeInteger(int& out, int min, int max);
+    // An integer from `min` to `max`, from the bits that the range takes.
+    int deserializeInteger(int min, int max);
     // Skips to the next byte of the stream first, which the writer doesn't do: byte runs have to begin at
     // whole bytes. All of the bytes or zeros.
-    void deserializeBytes(unsigned char* out, int count);
-
-    // The values take fields of the given width; their precision says how wide they keep them.
-    void deserializeCompressedQuaternion(CompressedQuaternionf& q, int bits);
-    void deserializeCompressedVector3(CompressedVector3f& v, int bits);
-    // The values come with the stream's precision, by which full values are read, and those that are read as
-    // deltas get the precision Delta. What the option doesn't mention is left alone.
-    void deserializeCompressedJoint(JointSerializationOption& option, CompressedQuaternionf& rotation,
-        CompressedVector3f& position, CompressedJointLength& length);
-    // Likewise; there is a weight behind every option.
-    void deserializeCompressedShape(ShapeSerializationOption& option, CompressedWeight& weight);
+    void deserializeBytes(std::span<unsigned char> out);
 
     int getBitsRead() const { return bitsRead; }
 
@@ -61,10 +48,6 @@ class BitReader {
     static constexpr std::uint32_t lowBits(int bits) { return bits >= 32 ? ~0U : (1U << bits) - 1U; }
 
     std::uint32_t readAcrossWords(int bits);
-
-    int readDeltaRangeBits(const DeltaRangeBits& rangeBits) {
-        return rangeBits[readBits(DeltaRangeCodeBits)];
-    }
 
     void loadWord() {
         std::uint32_t word = 0;
@@ -81,8 +64,6 @@ class BitReader {
     // How many bits of the current word have been read, 0 to 32.
     int scratchBits = 0;
     int wordIndex = 0;
-    // Stays set. Nothing asks for it but a debugger.
-    bool overflow = false;
 };
 
 } // namespace Velkori_Utility

@@ -8,83 +8,32 @@
 
 namespace Velkori_Utility {
 
-BitWriter::BitWriter(int size, std::vector<std::uint32_t> memory)
-    : words(std::move(memory)), maxWords(size / 4) {
+BitWriter::BitWriter(int size, std::vector<std::uint32_t> memory) : words(std::move(memory)) {
     constexpr std::int64_t MaxInt = std::numeric_limits<int>::max();
+    const int maxWords = size / 4;
     maxBits = static_cast<int>(std::min(std::int64_t{maxWords} * 32, MaxInt));
     words.clear();
     words.reserve(static_cast<std::size_t>(maxWords));
 }
 
-void BitWriter::writeBytes(const unsigned char* data, int count) {
-    if (std::int64_t{count} * 8 > maxBits - bitsWritten) {
-        overflow = true;
+void BitWriter::writeBytes(std::span<const unsigned char> bytes) {
+    if (static_cast<std::int64_t>(bytes.size()) * 8 > maxBits - bitsWritten) {
         return;
     }
-    for (int i = 0; i < count; ++i) {
-        writeBits(data[i], 8);
+    for (const unsigned char byte : bytes) {
+        writeBits(byte, 8);
     }
 }
 
 void BitWriter::flush() {
-    if (scratchBits == 0) {
-        return;
+    if (scratchBits > 0) {
+        pushWord();
+        scratchBits = 0;
     }
-    if (wordIndex >= maxWords) {
-        overflow = true;
-        return;
-    }
-    pushWord();
-    scratchBits = 0;
 }
 
 void BitWriter::serializeInteger(int value, int min, int max) {
     writeBits(static_cast<unsigned>(value) - static_cast<unsigned>(min), getIntegerBits(min, max));
-}
-
-void BitWriter::serializeCompressedQuaternion(const CompressedQuaternionf& q, int bits) {
-    const auto [index, a, b, c] = q.getComponents();
-    writeBits(index, 2);
-    writeBits(a, bits);
-    writeBits(b, bits);
-    writeBits(c, bits);
-}
-
-void BitWriter::serializeCompressedVector3(const CompressedVector3f& v, int bits) {
-    for (const std::uint32_t axis : v.getComponents()) {
-        writeBits(axis, bits);
-    }
-}
-
-void BitWriter::serializeCompressedJoint(JointSerializationOption option, const CompressedJointPose& pose) {
-    writeBits(option, JointSerializationOptionBits);
-    const JointSerializationOption rotation = getRotationOption(option);
-    if (rotation == JointSerializationOption_RotationFull) {
-        serializeCompressedQuaternion(pose.rotation, pose.rotation.getBits());
-    } else if (rotation == JointSerializationOption_RotationDelta) {
-        const std::uint32_t range = getDeltaRange(pose.rotation);
-        writeBits(range, DeltaRangeCodeBits);
-        serializeCompressedQuaternion(pose.rotation, OrientationDeltaRangeBits[range]);
-    }
-    const JointSerializationOption position = getPositionOption(option);
-    if (position == JointSerializationOption_PositionFull) {
-        serializeCompressedVector3(pose.position, pose.position.getBits());
-    } else if (position == JointSerializationOption_PositionDelta) {
-        const std::uint32_t range = getDeltaRange(pose.position);
-        writeBits(range, DeltaRangeCodeBits);
-        serializeCompressedVector3(pose.position, PositionDeltaRangeBits[range]);
-    } else if (position == JointSerializationOption_LengthFull) {
-        writeBits(pose.length.getComponents()[0], pose.length.getBits());
-    } else if (position == JointSerializationOption_LengthDelta) {
-        const std::uint32_t range = getDeltaRange(pose.length);
-        writeBits(range, DeltaRangeCodeBits);
-        writeBits(pose.length.getComponents()[0], LengthDeltaRangeBits[range]);
-    }
-}
-
-void BitWriter::serializeCompressedShape(ShapeSerializationOption option, const CompressedShapePose& shape) {
-    writeBits(option, ShapeSerializationOptionBits);
-    writeBits(shape.weight.getComponents()[0], shape.weight.getBits());
 }
 
 } // namespace Velkori_Utility

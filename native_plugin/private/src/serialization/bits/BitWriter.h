@@ -1,11 +1,10 @@
 #pragma once
 
 #include "serialization/bits/RecordWord.h"
-#include "serialization/codec/CompressedJointPose.h"
-#include "serialization/codec/CompressedShapePose.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -25,7 +24,6 @@ class BitWriter {
     // The low `bits` bits of the value. A field that doesn't fit leaves a hole: smaller ones after it may.
     void writeBits(unsigned int value, int bits) {
         if (bits > maxBits - bitsWritten) {
-            overflow = true;
             return;
         }
         const std::uint64_t field = bits >= 32 ? value : value & ((1U << bits) - 1U);
@@ -40,17 +38,12 @@ class BitWriter {
     }
 
     // All of the bytes or none, at whatever bit the stream has reached.
-    void writeBytes(const unsigned char* data, int count);
+    void writeBytes(std::span<const unsigned char> bytes);
     // Completes the last word with zeros. Comes last: bits that are written after it are joined with those
     // that it has pushed.
     void flush();
     // In the bits that the range takes; a value out of range loses its high bits.
     void serializeInteger(int value, int min, int max);
-
-    void serializeCompressedQuaternion(const CompressedQuaternionf& q, int bits);
-    void serializeCompressedVector3(const CompressedVector3f& v, int bits);
-    void serializeCompressedJoint(JointSerializationOption option, const CompressedJointPose& pose);
-    void serializeCompressedShape(ShapeSerializationOption option, const CompressedShapePose& shape);
 
     const std::uint32_t* getWords() const { return words.data(); }
 
@@ -63,21 +56,15 @@ class BitWriter {
     std::size_t getSize() const { return words.size() * sizeof(std::uint32_t); }
 
   private:
-    void pushWord() {
-        words.push_back(SwapToRecordOrder(static_cast<std::uint32_t>(scratch >> 32)));
-        ++wordIndex;
-    }
+    void pushWord() { words.push_back(SwapToRecordOrder(static_cast<std::uint32_t>(scratch >> 32))); }
 
     std::vector<std::uint32_t> words;
     // The bits that no word holds yet, from its top.
     std::uint64_t scratch = 0;
+    // Of whole words.
     int maxBits = 0;
-    int maxWords = 0;
     int bitsWritten = 0;
     int scratchBits = 0;
-    int wordIndex = 0;
-    // Stays set. Nothing asks for it but a debugger.
-    bool overflow = false;
 };
 
 } // namespace Velkori_Utility

@@ -1,13 +1,13 @@
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 
-namespace Velkori_Utility::Internal {
+namespace Velkori_Utility {
 
-// The largest value of an unsigned field of 1 to 31 bits.
-template <int N>
-inline constexpr std::uint32_t MaxField = (std::uint32_t{1} << N) - 1;
+// The largest value of an unsigned field of 0 to 31 bits.
+constexpr std::uint32_t largestField(int bits) {
+    return (std::uint32_t{1} << bits) - 1;
+}
 
 // The nearest integer, halves up, of a value from 0 to 2^31. Anything else, nan too, gives 0. Splitting off
 // the fraction is exact, where adding one half isn't.
@@ -32,4 +32,4 @@ std::uint32_t wrapToField(T integral) {
     return static_cast<std::uint32_t>(static_cast<std::int64_t>(integral));
 }
 
-} // namespace Velkori_Utility::Internal
+} // namespace Velkori_Utility

@@ -1,43 +1,36 @@
 #pragma once
 
-#include "serialization/codec/CompressedScalar.h"
+#include "serialization/bits/FieldRounding.h"
+#include "serialization/codec/FieldWidths.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
 
 namespace Velkori_Utility {
 
-namespace Internal {
+// How far a joint is from its parent, in metres: in even steps from 0 to a largest length, beyond which it is
+// clamped.
+struct CompressedJointLength {
+    std::uint32_t field = 0;
+    Precision precision = Precision::Standard;
 
-// Even steps from 0 to a largest length, beyond which a length is clamped.
-struct RangeCompressionHandler {
-    template <int N>
-    static constexpr float Range = N == 18 ? 6.0F : 0.6F;
-
-    template <int N>
-    static constexpr float LargestField = MaxField<N>;
-
-    template <int N>
-    static std::uint32_t compress(float value) {
-        return value < 0.0F ? 0 : roundToField(std::min(value, Range<N>) / Range<N> * LargestField<N>);
-    }
-
-    template <int N>
-    static float decompress(std::uint32_t field) {
-        return static_cast<float>(field) / LargestField<N> * Range<N>;
-    }
+    friend bool operator==(const CompressedJointLength&, const CompressedJointLength&) = default;
 };
 
-} // namespace Internal
+inline constexpr PerPrecision<float> LargestLength{{0.6F, 0.6F, 0.6F, 6.0F}};
+inline constexpr auto LargestLengthField = makePerPrecision(
+    [](Precision precision) { return static_cast<float>(largestField(LengthWidths[precision])); });
 
-// How far a joint is from its parent, in metres.
-class CompressedJointLength final
-    : public Internal::CompressedScalar<float, Internal::RangeCompressionHandler, 9, 14, 18, 6> {
-  public:
-    using CompressedValue::CompressedValue;
+inline CompressedJointLength compressLength(Precision precision, float length) {
+    const float largest = LargestLength[precision];
+    const float field = std::min(length, largest) / largest * LargestLengthField[precision];
+    const std::uint32_t mask = largestField(LengthWidths[precision]);
+    return {length < 0.0F ? 0 : roundToField(field) & mask, precision};
+}
 
-    std::string toString() const override { return "Len(" + CompressedValue::toString() + ')'; }
-};
+inline float decompress(const CompressedJointLength& length) {
+    return static_cast<float>(length.field) / LargestLengthField[length.precision] *
+           LargestLength[length.precision];
+}
 
 } // namespace Velkori_Utility

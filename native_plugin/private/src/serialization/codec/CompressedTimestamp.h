@@ -1,42 +1,33 @@
 #pragma once
 
-#include "serialization/codec/CompressedScalar.h"
+#include "serialization/bits/FieldRounding.h"
+#include "serialization/codec/FieldWidths.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <string>
 
 namespace Velkori_Utility {
 
-namespace Internal {
+// A snapshot's time, in seconds: even steps over half an hour, in double precision. Time doesn't wrap: all
+// that is later is the end.
+struct CompressedTimestamp {
+    std::uint32_t field = 0;
+    Precision precision = Precision::Standard;
 
-// Even steps over half an hour, in double precision. Time doesn't wrap: all that is later is the end.
-struct TimestampCompressionHandler {
-    static constexpr double Range = 1800.0;
-
-    template <int N>
-    static constexpr double LargestField = MaxField<N>;
-
-    template <int N>
-    static std::uint32_t compress(double value) {
-        return value < 0.0 ? 0 : roundToField(std::min(value, Range) / Range * LargestField<N>);
-    }
-
-    template <int N>
-    static double decompress(std::uint32_t field) {
-        return field / LargestField<N> * Range;
-    }
+    friend bool operator==(const CompressedTimestamp&, const CompressedTimestamp&) = default;
 };
 
-} // namespace Internal
+inline constexpr double LargestTimestamp = 1800.0;
 
-// A snapshot's time, in seconds.
-class CompressedTimestamp final
-    : public Internal::CompressedScalar<double, Internal::TimestampCompressionHandler, 16, 19, 22, 16> {
-  public:
-    using CompressedValue::CompressedValue;
+inline CompressedTimestamp compressTimestamp(Precision precision, double seconds) {
+    const double largest = largestField(TimestampWidths[precision]);
+    const double field = std::min(seconds, LargestTimestamp) / LargestTimestamp * largest;
+    return {seconds < 0.0 ? 0 : roundToField(field), precision};
+}
 
-    std::string toString() const override { return "Timestamp(" + CompressedValue::toString() + ')'; }
-};
+inline double decompress(const CompressedTimestamp& timestamp) {
+    return timestamp.field / static_cast<double>(largestField(TimestampWidths[timestamp.precision])) *
+           LargestTimestamp;
+}
 
 } // namespace Velkori_Utility

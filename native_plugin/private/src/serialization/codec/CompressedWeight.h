@@ -1,41 +1,34 @@
 #pragma once
 
-#include "serialization/codec/CompressedScalar.h"
+#include "serialization/bits/FieldRounding.h"
+#include "serialization/codec/FieldWidths.h"
 #include "shared/Arithmetic.h"
 
 #include <cstdint>
-#include <string>
 
 namespace Velkori_Utility {
 
-namespace Internal {
+// A blend shape's weight: even steps from 0 to 1, rounded down. Unlike all other values a weight isn't
+// clamped: outside of the range it wraps around.
+struct CompressedWeight {
+    std::uint32_t field = 0;
+    Precision precision = Precision::Standard;
 
-// Even steps from 0 to 1, rounded down. Unlike all other values a weight isn't clamped: outside of the range
-// it wraps around.
-struct NormalizedFloatCompressionHandler {
-    template <int N>
-    static constexpr float LargestField = MaxField<N>;
-
-    template <int N>
-    static std::uint32_t compress(float value) {
-        return wrapToField(RoundDown(value * LargestField<N>));
-    }
-
-    template <int N>
-    static float decompress(std::uint32_t field) {
-        return static_cast<float>(field) * (1.0F / LargestField<N>);
-    }
+    friend bool operator==(const CompressedWeight&, const CompressedWeight&) = default;
 };
 
-} // namespace Internal
+inline constexpr auto LargestWeightField = makePerPrecision(
+    [](Precision precision) { return static_cast<float>(largestField(WeightWidths[precision])); });
+inline constexpr auto WeightStep =
+    makePerPrecision([](Precision precision) { return 1.0F / LargestWeightField[precision]; });
 
-// A blend shape's weight, from 0 to 1.
-class CompressedWeight final
-    : public Internal::CompressedScalar<float, Internal::NormalizedFloatCompressionHandler, 9, 14, 18, 6> {
-  public:
-    using CompressedValue::CompressedValue;
+inline CompressedWeight compressWeight(Precision precision, float weight) {
+    const std::uint32_t field = wrapToField(RoundDown(weight * LargestWeightField[precision]));
+    return {field & largestField(WeightWidths[precision]), precision};
+}
 
-    std::string toString() const override { return "Weight(" + CompressedValue::toString() + ')'; }
-};
+inline float decompress(const CompressedWeight& weight) {
+    return static_cast<float>(weight.field) * WeightStep[weight.precision];
+}
 
 } // namespace Velkori_Utility

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <array>
+#include "serialization/codec/FieldWidths.h"
+
 #include <cstdint>
 
 namespace Velkori_Utility {
@@ -17,19 +18,10 @@ constexpr std::uint32_t applyDelta(std::uint32_t baseline, std::uint32_t delta) 
     return baseline + ((delta >> 1) ^ (0U - (delta & 1U)));
 }
 
-// Widths of a delta's fields by range code. A writer uses codes 0 to 2; code 3, which damaged data can hold,
-// reads fields of no bits.
-using DeltaRangeBits = std::array<int, 4>;
-
-inline constexpr int DeltaRangeCodeBits = 2;
-inline constexpr DeltaRangeBits OrientationDeltaRangeBits{3, 5, 7, 0};
-inline constexpr DeltaRangeBits PositionDeltaRangeBits{3, 5, 7, 0};
-inline constexpr DeltaRangeBits LengthDeltaRangeBits{4, 5, 6, 0};
-
 // The code of the narrowest range that holds the field; 0 for one that fits none.
-constexpr std::uint32_t selectDeltaRange(const DeltaRangeBits& rangeBits, std::uint32_t largestField) {
+constexpr std::uint32_t selectDeltaRange(const DeltaRangeBits& rangeBits, std::uint32_t field) {
     for (std::uint32_t code = 0; code < 3; ++code) {
-        if (largestField >> rangeBits[code] == 0) {
+        if (field >> rangeBits[code] == 0) {
             return code;
         }
     }

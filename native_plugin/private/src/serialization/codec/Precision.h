@@ -2,8 +2,9 @@
 
 #include "Velkori_Utility.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 namespace Velkori_Utility {
 
@@ -11,17 +12,23 @@ namespace Velkori_Utility {
 // stream has it as its precision.
 enum class Precision : std::uint8_t { Standard = 0, Delta = 1, High = 2, Max = 3 };
 
-constexpr std::string_view toString(Precision precision) {
-    switch (precision) {
-    case Precision::Delta:
-        return "Delta";
-    case Precision::High:
-        return "High";
-    case Precision::Max:
-        return "Max";
-    default:
-        return "Standard";
+// One value for each precision, in the order of their numbers.
+template <typename T>
+struct PerPrecision {
+    constexpr const T& operator[](Precision precision) const {
+        return values[static_cast<std::size_t>(precision)];
     }
+
+    constexpr T& operator[](Precision precision) { return values[static_cast<std::size_t>(precision)]; }
+
+    std::array<T, 4> values;
+};
+
+// What `make(precision)` gives for each.
+template <typename Make>
+constexpr auto makePerPrecision(const Make& make) {
+    return PerPrecision<decltype(make(Precision::Standard))>{
+        {make(Precision::Standard), make(Precision::Delta), make(Precision::High), make(Precision::Max)}};
 }
 
 // The precision of a stream. A record carries two bits of its compression type; 3, which isn't one, means

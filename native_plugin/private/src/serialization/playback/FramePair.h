@@ -1,5 +1,7 @@
 #pragma once
 
+#include "serialization/record/RingLength.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <limits>
@@ -58,19 +60,21 @@ class FramePair {
         return next.has_value();
     }
 
-    // Where the request lies between the frames: 0 at the older one. It may come before it, but not past the
-    // newer one by more than `maxBlend` says.
-    float BlendFactor(float maxBlend) const {
+    // Where the request lies between the frames: 0 at the older one and 1 at the newer one. It may come
+    // before the older one, but nothing is extrapolated past the newer one.
+    float BlendFactor() const {
         const double duration = nextTime - previousTime;
         constexpr double Lowest = std::numeric_limits<float>::lowest();
-        return duration > 0.0 ? static_cast<float>(std::clamp(
-                                    (lastTime - previousTime) / duration, Lowest, double{maxBlend}))
-                              : 1.0F;
+        return duration > 0.0
+                   ? static_cast<float>(std::clamp((lastTime - previousTime) / duration, Lowest, 1.0))
+                   : 1.0F;
     }
 
     // How much of its way to the sample the running pose goes, 0 to 1.
-    float CatchUpFactor(float smoothingTime) const {
-        return static_cast<float>(std::clamp(sinceLastRequest / double{smoothingTime}, 0.0, 1.0));
+    float CatchUpFactor() const {
+        // Seconds.
+        constexpr float SmoothingTime = 0.05F;
+        return static_cast<float>(std::clamp(sinceLastRequest / double{SmoothingTime}, 0.0, 1.0));
     }
 
     // Whether there have been frames to sample between.
@@ -83,8 +87,7 @@ class FramePair {
 
   private:
     static constexpr bool IsShared = requires(const Source& source) { source.use_count(); };
-    // The longest ring.
-    static constexpr std::ptrdiff_t MaxPendingCount = 800;
+    static constexpr std::ptrdiff_t MaxPendingCount = LongestRing;
 
     std::vector<Source> pending;
     std::optional<Source> previous;

@@ -1,13 +1,10 @@
 #include "serialization/playback/JointPoseInterpolator.h"
 
-#include "serialization/playback/BodySnapshotInterpolator.h"
+#include "serialization/playback/PoseEasing.h"
 
 #include <algorithm>
 
 namespace Velkori_Utility {
-
-JointPoseInterpolator::JointPoseInterpolator(float blendLimit, float smoothing)
-    : maxBlend(blendLimit), smoothingTime(smoothing) {}
 
 JointPose JointPoseInterpolator::UpdateAndGetInterpolatePose(double time) {
     const bool wasComplete = frames.IsComplete();
@@ -19,11 +16,10 @@ JointPose JointPoseInterpolator::UpdateAndGetInterpolatePose(double time) {
     if (!wasComplete) {
         running = previous;
     }
-    const float t = std::max(frames.BlendFactor(maxBlend), 0.0F);
-    if (IsUnit(running.orientation) && IsUnit(previous.orientation.Normalize()) &&
-        IsUnit(next.orientation.Normalize())) {
-        EaseTowards(running, BodySnapshotInterpolator::interpolateJointPose(previous, next, t),
-            frames.CatchUpFactor(smoothingTime));
+    const float t = std::max(frames.BlendFactor(), 0.0F);
+    if (isUnit(running.orientation) && isUnit(previous.orientation.Normalize()) &&
+        isUnit(next.orientation.Normalize())) {
+        running = easeTowards(running, interpolateJointPose(previous, next, t), frames.CatchUpFactor());
     }
     return running;
 }

@@ -5,7 +5,7 @@
 
 namespace Velkori_Utility {
 
-// Plays a received tracker back at the receiver's own clock, as BodySnapshotInterpolator does bodies.
+// Plays a received tracker back at the receiver's own clock, as SnapshotInterpolator does bodies.
 class JointPoseInterpolator {
   public:
     struct JointPoseInfo {
@@ -13,8 +13,6 @@ class JointPoseInterpolator {
         // Seconds.
         double time = 0.0;
     };
-
-    JointPoseInterpolator(float blendLimit, float smoothing);
 
     void Reset() { frames.Reset(); }
 
@@ -24,8 +22,6 @@ class JointPoseInterpolator {
     JointPose UpdateAndGetInterpolatePose(double time);
 
   private:
-    float maxBlend;
-    float smoothingTime;
     FramePair<JointPoseInfo> frames;
     JointPose running;
 };

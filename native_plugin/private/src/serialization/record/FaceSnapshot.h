@@ -1,40 +1,40 @@
 #pragma once
 
-#include "serialization/codec/CompressedShapePose.h"
-#include "serialization/record/SnapshotTemplate.h"
+#include "serialization/codec/ShapeCodec.h"
+#include "serialization/record/SnapshotPart.h"
 
 #include <cstdint>
 
 namespace Velkori_Utility {
 
-class SkeletonData;
+struct FacePart {
+    using Element = float;
+    using Compressed = CompressedWeight;
+    using Encoded = EncodedShape;
 
-struct ShapeBitCalculator {
-    // The exact size of a shape's record, without its presence bit.
-    std::uint32_t operator()(ShapeSerializationOption option, velkori_CompressionType type,
-        const CompressedShapePose& shape) const;
+    static CompressedWeight compress(Precision precision, float weight) {
+        return compressWeight(precision, weight);
+    }
 
-    // With the presence bit.
-    static std::uint32_t getLargestRecordBits(Precision precision);
-};
+    static void write(BitWriter& writer, const EncodedShape& shape) { writeShape(writer, shape); }
 
-struct ShapeElementCompressor {
-    CompressedShapePose operator()(Precision precision, float weight) const {
-        return {CompressedWeight(precision, weight)};
+    static std::uint32_t getRecordBits(const EncodedShape& shape, Precision precision) {
+        return getShapeRecordBits(shape.option, precision);
+    }
+
+    static std::uint32_t getLargestRecordBits(Precision precision) {
+        return getShapeRecordBits(ShapeSerializationOption_Full, precision);
     }
 };
 
 // The weights of a face's blend shapes.
-class FaceSnapshot : public SnapshotTemplate<float, CompressedShapePose, ShapeSerializationOption,
-                         ShapeBitCalculator, ShapeElementCompressor> {
+class FaceSnapshot : public SnapshotPart<FacePart> {
   public:
-    using SnapshotTemplate::SnapshotTemplate;
+    using SnapshotPart::SnapshotPart;
 
-    void writeToStream(BitWriter& writer) const;
     // As a body's, but weights are read at Standard precision whatever the stream's is: the format is such
-    // that a face reads back correctly only from streams of Standard. A face has no need of the skeleton.
-    void readFromStream(BitReader& reader, std::uint32_t bits, int count, velkori_CompressionType type,
-        const SkeletonData& skeleton, const FaceSnapshot& baseline);
+    // that a face reads back correctly only from streams of Standard.
+    void readFromStream(BitReader& reader, std::uint32_t bits, const FaceSnapshot& baseline);
 };
 
 } // namespace Velkori_Utility

@@ -10,8 +10,8 @@ namespace Velkori_Utility {
 // A signed time within half a day of zero, in seconds, as a field of 24 bits. Outside of that it wraps
 // around.
 inline std::uint32_t compressTimeOfDay(double seconds) {
-    constexpr std::uint32_t LargestField = Internal::MaxField<24>;
-    return Internal::wrapToField(RoundHalfAway((seconds / 86400.0 + 0.5) * LargestField)) & LargestField;
+    constexpr std::uint32_t LargestField = largestField(24);
+    return wrapToField(RoundHalfAway((seconds / 86400.0 + 0.5) * LargestField)) & LargestField;
 }
 
 constexpr double decompressTimeOfDay(std::uint32_t field) {

@@ -3,7 +3,7 @@
 #include "Velkori_Utility.h"
 #include "serialization/bits/BitReader.h"
 #include "serialization/bits/BitWriter.h"
-#include "serialization/codec/CompressedTimestamp.h"
+#include "serialization/codec/Precision.h"
 
 #include <algorithm>
 #include <bit>
@@ -14,44 +14,38 @@ namespace Velkori_Utility {
 
 // One part of a snapshot: a list of like elements, such as a body's joints, in three states. It is
 // initialised over and over as the rings turn, and keeps its lists' memory.
-template <typename Element, typename Compressed, typename Option, typename BitCalculator,
-    typename ElementCompressor>
-class SnapshotTemplate {
+//
+// `Kind` names the types of an element (Element), of its fields (Compressed) and of what is sent of it
+// (Encoded), and says how an element is compressed, written and measured.
+template <typename Kind>
+class SnapshotPart {
   public:
-    // What goes on the wire.
-    struct SerializedElement {
-        Compressed value;
-        Option option{};
-    };
+    using Element = typename Kind::Element;
+    using Compressed = typename Kind::Compressed;
+    using Encoded = typename Kind::Encoded;
 
-    SnapshotTemplate(velkori_CompressionType type, const std::vector<Element>& inElements, double time) {
+    SnapshotPart(velkori_CompressionType type, const std::vector<Element>& inElements, double time) {
         initialize(type, inElements, time);
     }
-
-    SnapshotTemplate(const SnapshotTemplate&) = default;
-    SnapshotTemplate& operator=(const SnapshotTemplate&) = default;
-    virtual ~SnapshotTemplate() = default;
 
     // Starts from these elements, which may be the part's own. Leaves alone what there is to serialize.
     void initialize(velkori_CompressionType type, const std::vector<Element>& inElements, double time) {
         timestamp = time;
         compressionType = type;
-        initialElements = inElements;
-        elements = initialElements;
+        elements = inElements;
         compressed.resize(elements.size());
-        serialized.resize(elements.size());
-        compressedTimestamp = CompressedTimestamp(Precision::Standard, time);
         compressAll();
     }
 
-    // Makes the part one without data. What its lists hold means nothing until an update fills them.
+    // Makes the part one without data, ready to be sent. What its lists hold means nothing until an update
+    // fills them.
     void restart(velkori_CompressionType type, double time) {
         hasData = false;
         timestamp = time;
         compressionType = type;
-        compressedTimestamp = CompressedTimestamp(Precision::Standard, time);
-        for (SerializedElement& element : serialized) {
-            element.option = Option{};
+        serialized.resize(elements.size());
+        for (Encoded& element : serialized) {
+            element.option = {};
         }
     }
 
@@ -63,15 +57,26 @@ class SnapshotTemplate {
 
     // Brings the compressed element up to date with the element.
     void compress(std::size_t i) {
-        compressed[i] = elementCompressor(toPrecision(compressionType), elements[i]);
+        compressed[i] = Kind::compress(toPrecision(compressionType), elements[i]);
+    }
+
+    // For each element a bit that says whether it is there, and its record if it is.
+    void writeToStream(BitWriter& writer) const {
+        for (const Encoded& element : serialized) {
+            const bool isPresent = element.option != 0;
+            writer.writeBits(isPresent ? 1 : 0, 1);
+            if (isPresent) {
+                Kind::write(writer, element);
+            }
+        }
     }
 
     // The exact size of this part's record, 1 for an empty one.
     std::uint32_t getSerializationSizeBits() const {
         std::uint32_t bits = 0;
-        for (const SerializedElement& element : serialized) {
-            const bool isPresent = element.option != Option{};
-            bits += isPresent ? 1 + bitCalculator(element.option, compressionType, element.value) : 1;
+        for (const Encoded& element : serialized) {
+            const bool isPresent = element.option != 0;
+            bits += isPresent ? 1 + Kind::getRecordBits(element, toPrecision(compressionType)) : 1;
         }
         return std::max(bits, 1U);
     }
@@ -80,26 +85,21 @@ class SnapshotTemplate {
     // and doesn't depend on what is sent: a reader computes it for itself.
     static int getSizeFieldBits(int count, velkori_CompressionType type) {
         const std::uint64_t elementCount = std::max(count, 0);
-        const std::uint64_t largest = elementCount * BitCalculator::getLargestRecordBits(toPrecision(type));
+        const std::uint64_t largest = elementCount * (1 + Kind::getLargestRecordBits(toPrecision(type)));
         return std::min(static_cast<int>(std::bit_width(std::max(largest, std::uint64_t{1}))), 32);
     }
 
-    // Whether an update has filled `serialized`.
+    // At the sending end, whether an update has filled `serialized`; at the receiving one, whether the last
+    // record had this part.
     bool hasData = false;
     // Seconds.
     double timestamp = 0.0;
-    CompressedTimestamp compressedTimestamp{Precision::Standard};
     velkori_CompressionType compressionType = velkori_CompressionType_Max;
     std::vector<Element> elements;
-    // What the part was initialised with.
-    std::vector<Element> initialElements;
     // The elements at the stream's precision: the baseline of a later snapshot.
     std::vector<Compressed> compressed;
-    std::vector<SerializedElement> serialized;
-
-  private:
-    BitCalculator bitCalculator;
-    ElementCompressor elementCompressor;
+    // What goes on the wire. Empty at the receiving end.
+    std::vector<Encoded> serialized;
 };
 
 // A part that a baseline came without stands for the one at rest.
