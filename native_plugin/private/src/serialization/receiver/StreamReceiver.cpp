@@ -43,11 +43,11 @@ const Snapshot& StreamReceiver::readSnapshot(
         readFrameData(baseline, snapshot, reader);
     }
     if (header.hasSourceBody) {
-        snapshot.sourceBody->initialize(type, sourceBaseline.elements, timestamp);
+        snapshot.sourceBody->initializeFrom(sourceBaseline, type, timestamp);
     }
     if (header.hasTargetBody) {
-        snapshot.targetBody->initialize(type, targetBaseline.elements, timestamp);
-        snapshot.targetFace->initialize(type, faceBaseline.elements, timestamp);
+        snapshot.targetBody->initializeFrom(targetBaseline, type, timestamp);
+        snapshot.targetFace->initializeFrom(faceBaseline, type, timestamp);
     }
     if (header.hasSourceBody) {
         snapshot.sourceBody->readFromStream(

@@ -28,13 +28,26 @@ class SnapshotPart {
         initialize(type, inElements, time);
     }
 
-    // Starts from these elements, which may be the part's own. Leaves alone what there is to serialize.
+    // Starts from these elements. Leaves alone what there is to serialize.
     void initialize(velkori_CompressionType type, const std::vector<Element>& inElements, double time) {
         timestamp = time;
         compressionType = type;
         elements = inElements;
         compressed.resize(elements.size());
         compressAll();
+    }
+
+    // Starts from a received part or one at rest, which may be this one. Its fields are made of its elements,
+    // so that the same precision needs no others.
+    void initializeFrom(const SnapshotPart& baseline, velkori_CompressionType type, double time) {
+        const bool hasFields = toPrecision(baseline.compressionType) == toPrecision(type);
+        timestamp = time;
+        compressionType = type;
+        elements = baseline.elements;
+        compressed = baseline.compressed;
+        if (!hasFields) {
+            compressAll();
+        }
     }
 
     // Makes the part one without data, ready to be sent. What its lists hold means nothing until an update
