@@ -59,7 +59,7 @@ void LogV(velkori_LogLevel level, const char* format, std::va_list arguments) {
         return;
     }
     // Each call has its own line: a callback may call the library again, and other threads may log.
-    std::array<char, 1024> line;
+    std::array<char, 1024> line = {};
     const std::size_t size = FormatLine(line, level, format, arguments);
     if (size <= line.size()) {
         logCallback(level, line.data());
