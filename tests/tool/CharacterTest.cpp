@@ -248,6 +248,16 @@ TEST_F(Character, IsMendedWhereItsWeightsDoNotSumUp) {
     }
 }
 
+TEST_F(Character, ComesBackWithoutAPictureThatIsNotThere) {
+    SkinnedFile skinned;
+    skinned.change = [](nlohmann::json& document) { document["images"] = {{{"uri", "lost.png"}}}; };
+    Prepare(skinned);
+    const ToolRun run = RunTool({"retarget", config, clip, "-o", directory.Path("out.glb")});
+    EXPECT_EQ(run.exitCode, 0) << run.errors;
+    EXPECT_NE(run.errors.find("lost.png"), std::string::npos) << run.errors;
+    EXPECT_EQ(GLBFile(ReadFile(directory.Path("out.glb"))).document["images"][0]["uri"], "lost.png");
+}
+
 TEST_F(Character, MayHaveASkinWithoutBindMatricesButNoDamagedDocument) {
     SkinnedFile bare;
     bare.hasNoBindMatrices = true;

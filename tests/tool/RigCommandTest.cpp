@@ -472,6 +472,15 @@ TEST(RigCommand, SaysWhichJointItMissesAndTakesItByHand) {
     const json without = MakeRig(file, {"--known", "leftWrist="});
     EXPECT_FALSE(without["source"]["knownJoints"].contains("leftWrist"));
     EXPECT_EQ(without["source"]["knownJoints"]["leftUpperArm"], "LeftArm");
+
+    // Found by its place alone: no certainty, so what else it might be is said.
+    BipedFile vague;
+    vague.names.at(LeftHand) = "Bone9";
+    const ToolRun doubted =
+        RunTool({"rig", directory.Write("vague.bvh", vague.Text()), "-o", directory.Path("rig.json")});
+    EXPECT_EQ(doubted.exitCode, 0);
+    EXPECT_NE(doubted.errors.find("Bone9 is taken for leftWrist"), std::string::npos) << doubted.errors;
+    EXPECT_NE(doubted.errors.find("it might be LeftForeArm, "), std::string::npos) << doubted.errors;
 }
 
 } // namespace

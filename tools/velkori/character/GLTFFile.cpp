@@ -163,8 +163,9 @@ void PackBuffers(const std::string& path, GLTFFile& file) {
     buffers = JSON::array({JSON{{"byteLength", file.binary.size()}}});
 }
 
-/** Takes pictures in that lie in files of their own, as a GLB would lose them. */
-void PackImages(const std::string& path, GLTFFile& file) {
+/** Takes pictures in that lie in files of their own, as a GLB would lose them. One that isn't there stays a
+ * name. */
+void PackImages(const std::string& path, GLTFFile& file, std::vector<std::string>& notes) {
     if (!file.document.contains("images")) {
         return;
     }
@@ -172,7 +173,14 @@ void PackImages(const std::string& path, GLTFFile& file) {
         if (!image.contains("uri")) {
             continue;
         }
-        const std::vector<uint8_t> bytes = ReadURI(path, image["uri"].get<std::string>());
+        std::vector<uint8_t> bytes;
+        try {
+            bytes = ReadURI(path, image["uri"].get<std::string>());
+        } catch (const Failure& failure) {
+            notes.push_back(fmt::format(
+                "warning: '{}': a picture can't be read and is left out: {}", path, failure.what()));
+            continue;
+        }
         const bool isPNG = bytes.size() > 1 && bytes[1] == 'P';
         image["bufferView"] = file.AddView(bytes);
         image["mimeType"] = image.value("mimeType", isPNG ? "image/png" : "image/jpeg");
@@ -253,7 +261,7 @@ GLTFFile MakeEmptyGLTF() {
     return file;
 }
 
-GLTFFile ReadGLTF(const std::string& path) {
+GLTFFile ReadGLTF(const std::string& path, std::vector<std::string>& notes) {
     const std::string bytes = ReadTextFile(path);
     const bool isBinary = bytes.size() > headerSize && ReadWord(bytes, 0) == glbMagic;
     try {
@@ -264,7 +272,7 @@ GLTFFile ReadGLTF(const std::string& path) {
             file.document = ParseDocument(path, bytes);
         }
         PackBuffers(path, file);
-        PackImages(path, file);
+        PackImages(path, file, notes);
         return file;
     } catch (const JSON::exception& error) {
         throw Damaged(path, error.what());

@@ -43,8 +43,11 @@ struct GLTFFile {
 /** A GLTFFile with what every document has, and one empty scene. */
 GLTFFile MakeEmptyGLTF();
 
-/** Reads a .glb, a .vrm or a .gltf with the files that it names. Throws Failure if it can't be read. */
-GLTFFile ReadGLTF(const std::string& path);
+/**
+ * Reads a .glb, a .vrm or a .gltf with the files that it names. Pictures that aren't there are noted. Throws
+ * Failure if it can't be read.
+ */
+GLTFFile ReadGLTF(const std::string& path, std::vector<std::string>& notes);
 
 /** Writes it as a GLB. Throws Failure, without the path, if the file can't be written. */
 void WriteGLTFFile(const std::string& path, GLTFFile file);

@@ -124,7 +124,10 @@ std::vector<Manifestation> ParseManifestations(
 /** A neck or a chest may be missing; without the others nothing moves as it should. */
 void CheckNothingIsMissing(const Rig& rig, const std::string& path, std::vector<std::string>& remarks) {
     std::string problems;
-    for (const auto& [role, candidates] : rig.missing) {
+    for (const auto& [role, candidates] : rig.candidates) {
+        if (rig.known.at(role).joint >= 0) {
+            continue;
+        }
         const char* const key = VELKORI_KNOWN_JOINT_NAMES[role];
         const std::string text =
             fmt::format("no joint looks like {}; candidates: {}; name it with --known {}=JOINT, or say "
@@ -184,15 +187,14 @@ NamingHabits LoadNames(const std::string& namesFile) {
 }
 
 void AddDoubts(const Rig& rig, const std::string& path, std::vector<std::string>& notes) {
-    constexpr int trusted = 60;
-    for (int role = 0; role < VELKORI_KNOWN_JOINT_COUNT; ++role) {
+    for (const auto& [role, candidates] : rig.candidates) {
         const KnownJointGuess& guess = rig.known.at(role);
-        if (guess.joint >= 0 && guess.percent < trusted) {
+        if (guess.joint >= 0) {
             const char* const key = VELKORI_KNOWN_JOINT_NAMES[role];
-            notes.push_back(
-                fmt::format("warning: '{}': {} is taken for {}, but only {} % certain ({}); --known "
-                            "{}=JOINT says it by hand",
-                    path, rig.skeleton.jointNames[guess.joint], key, guess.percent, guess.reasons, key));
+            notes.push_back(fmt::format("warning: '{}': {} is taken for {}, but only {} % certain ({}); it "
+                                        "might be {}; --known {}=JOINT says it by hand",
+                path, rig.skeleton.jointNames[guess.joint], key, guess.percent, guess.reasons,
+                fmt::join(candidates, ", "), key));
         }
     }
 }

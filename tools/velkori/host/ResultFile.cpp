@@ -24,7 +24,7 @@ bool IsGLTF(const std::string& path) {
 }
 
 GLTFFile LoadCharacter(const std::string& path, std::vector<std::string>& notes) {
-    return IsGLTF(path) ? ReadGLTF(path) : ReadSceneAsGLTF(path, notes);
+    return IsGLTF(path) ? ReadGLTF(path, notes) : ReadSceneAsGLTF(path, notes);
 }
 
 /** The joints whose place in their parent changes; where bones are kept, few do. */

@@ -20,6 +20,9 @@ struct KnownJointGuess {
     std::string reasons;
 };
 
+/** Less certainty than this is a doubt. */
+inline constexpr int trustedPercent = 60;
+
 /** By velkori_KnownJointType. */
 using KnownJointGuesses = std::array<KnownJointGuess, VELKORI_KNOWN_JOINT_COUNT>;
 
@@ -34,7 +37,7 @@ using KnownJointOverrides = std::map<velkori_KnownJointType, int>;
 KnownJointGuesses GuessKnownJoints(const FileSkeleton& skeleton, std::span<const JointName> names,
     std::span<const Transform> pose, const Vector3& up, const KnownJointOverrides& overrides);
 
-/** The joints that come closest to a role that nothing was found for, best first. */
+/** All joints, those that come closest to a role first. */
 std::vector<int> KnownJointCandidates(const FileSkeleton& skeleton, std::span<const JointName> names,
     std::span<const Transform> pose, const Vector3& up, velkori_KnownJointType role);
 

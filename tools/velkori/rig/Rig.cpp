@@ -13,22 +13,27 @@ namespace Velkori_Tool {
 
 namespace {
 
-void FindMissing(const BodyView& body, const BodyOptions& options, Rig& rig) {
+/** For the roles that were found without certainty or not at all, though nobody said that there is none. */
+void FindCandidates(const BodyView& body, const BodyOptions& options, Rig& rig) {
     for (int index = 0; index < VELKORI_KNOWN_JOINT_COUNT; ++index) {
         const auto role = static_cast<velkori_KnownJointType>(index);
-        if (rig.known.at(role).joint >= 0 || role == velkori_KnownJointType_Root ||
+        const KnownJointGuess& guess = rig.known.at(role);
+        if (guess.percent >= trustedPercent || role == velkori_KnownJointType_Root ||
             options.known.count(role) > 0) {
             continue;
         }
         constexpr size_t most = 5;
-        std::vector<std::string> names;
+        std::vector<std::string>& names = rig.candidates[role];
         for (const int joint :
             KnownJointCandidates(rig.skeleton, body.names, rig.skeleton.bindPose, rig.space.up, role)) {
-            if (names.size() < most) {
+            const auto plays = [joint](const KnownJointGuess& other) {
+                return other.joint == joint && other.percent >= trustedPercent;
+            };
+            const bool isTaken = std::any_of(rig.known.begin(), rig.known.end(), plays);
+            if (joint != guess.joint && !isTaken && names.size() < most) {
                 names.push_back(rig.skeleton.jointNames[joint]);
             }
         }
-        rig.missing.emplace_back(role, std::move(names));
     }
 }
 
@@ -102,7 +107,7 @@ Rig MakeRig(const Motion& motion, const RigOptions& options) {
     rig.skeleton.bindPose = body.rest;
     // From here on the rest pose is the only one.
     rig.skeleton.storedPose.clear();
-    FindMissing(body, options.body, rig);
+    FindCandidates(body, options.body, rig);
     rig.remarks = std::move(body.remarks);
     rig.skeleton.bindPose = Scaled(std::move(rig.skeleton.bindPose), static_cast<float>(rig.metresPerUnit));
     const int root = rig.known[velkori_KnownJointType_Root].joint;

@@ -6,8 +6,8 @@
 #include "rig/KnownJoints.h"
 #include "rig/RigFile.h"
 
+#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace Velkori_Tool {
@@ -44,8 +44,8 @@ struct Rig {
     /** Where the origin of the rest pose is, in the file's axes and unit. */
     Vector3 origin = {0.0f, 0.0f, 0.0f};
     KnownJointGuesses known;
-    /** Roles that no joint looks like, though nobody said that there is none, and what comes nearest. */
-    std::vector<std::pair<velkori_KnownJointType, std::vector<std::string>>> missing;
+    /** What comes nearest to a role that no joint looks like, or none with certainty; best first. */
+    std::map<velkori_KnownJointType, std::vector<std::string>> candidates;
     /** What was decided, a line each. */
     std::vector<std::string> remarks;
 };
