@@ -74,7 +74,7 @@ TEST(ParseDocument, EveryTruncationIsRefused) {
     }
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+#if !defined(VELKORI_SANITIZED)
 
 // Under the address sanitizer a limit on memory ends the process by itself.
 TEST(ParseDocument, MemoryThatRunsOutThrows) {
