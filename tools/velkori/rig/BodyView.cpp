@@ -320,8 +320,11 @@ class BodyViewer {
             StandOverRoot(up);
         }
         view.space = {up, forward, Cross(forward, up)};
+        const std::string certainty =
+            isClear ? fmt::format(" (its hips and shoulders, {:.0f} degrees off)", angle)
+                    : std::string(", as most files have it");
         view.remarks.push_back(fmt::format("{}; the body faces {}{}", upRemark, AxisName(forward),
-            isClear ? "" : ", as most files have it"));
+            options.facing ? std::string(", as told") : certainty));
     }
 
     /** In a frame the body is anywhere; at rest it stands over the origin, and what is above the hips there.
