@@ -232,9 +232,9 @@ TEST(Retargeting, OnlyALocalPoseThatWasReadStaysBehindForRootMotion) {
     };
 
     struct Frame {
-        int rootMotion;
-        float hips;
-        float expected;
+        int rootMotion = 0;
+        float hips = 0.0F;
+        float expected = 0.0F;
         // In which space the pose is read afterwards; root space leaves nothing behind.
         velkori_JointRelativeSpaceType readSpace = RootSpace;
     };

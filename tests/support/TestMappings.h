@@ -27,6 +27,7 @@ inline constexpr auto IKDerived = velkori_JointMappingBehaviorType_IKDerived;
 
 inline TestSkeletons::Params MakeChain(const std::vector<std::string>& names) {
     std::vector<TestSkeletons::Joint> joints;
+    joints.reserve(names.size());
     for (const std::string& name : names) {
         joints.push_back({name, static_cast<int>(joints.size()) - 1, {0, 0.5F, 0.1F}});
     }
