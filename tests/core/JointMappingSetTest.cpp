@@ -96,14 +96,13 @@ TEST(JointMappingSet, ASingleEntryGivesItsPoseAsItStandsAndSeveralTheirWeightedM
     std::vector<JointPose> pose(30, JointPose(TurnAboutZ(70), {}, {2, 2, 2}));
     pose[1].position = {4, 0, 8};
     pose[2].position = {0, 8, 8};
-    const PoseData reference(trees.source, Root, pose, JointPose::Identity);
     const JointPose offset(TurnAboutZ(50), {1, 1, 1});
     const JointMappingSet single = trees.MakeSet({{1, 0, 0.1F}});
-    EXPECT_EQ(single.CalculateUsingDeltaFromReferencePose(pose, &reference, &offset), pose[1]);
-    EXPECT_EQ(single.CalculateUsingDeltaFromReferencePose({}, nullptr, nullptr), JointPose::Identity)
+    EXPECT_EQ(single.CalculateUsingDeltaFromReferencePose(pose, pose, &offset), pose[1]);
+    EXPECT_EQ(single.CalculateUsingDeltaFromReferencePose({}, {}, nullptr), JointPose::Identity)
         << "a skeleton may have no rest pose";
     const JointMappingSet both = trees.MakeSet({{1, 0, 3}, {2, 0, 1}});
-    EXPECT_EQ(both.CalculateUsingDeltaFromReferencePose(pose, nullptr, &offset),
+    EXPECT_EQ(both.CalculateUsingDeltaFromReferencePose(pose, {}, &offset),
         JointPose(Quaternionf::Identity, {3, 2, 8}))
         << "without rotation weights nothing turns";
 }
@@ -127,7 +126,7 @@ TEST(JointMappingSet, OrientationsBlendByTheirRawWeights) {
     TwoTrees trees(6);
     for (const auto& [entries, degrees] : cases) {
         const JointPose blended =
-            trees.MakeSet(entries).CalculateUsingDeltaFromReferencePose(pose, nullptr, nullptr);
+            trees.MakeSet(entries).CalculateUsingDeltaFromReferencePose(pose, {}, nullptr);
         EXPECT_LE(AngleBetween(blended.orientation, TurnAboutZ(degrees)), 2e-4F) << degrees;
         EXPECT_EQ(blended.scale, Vector3f::One);
     }
@@ -137,7 +136,6 @@ TEST(JointMappingSet, TurnsTheOffsetAsThePoseTurnsAwayFromItsReference) {
     TwoTrees trees(7);
     const std::vector<JointPose>& restPose =
         trees.source.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root);
-    const PoseData reference(trees.source, Root, restPose, JointPose::Identity);
     const Quaternionf turn = RotationOf({0.4F, -0.7F, 0.2F});
     std::vector<JointPose> pose = restPose;
     for (JointPose& joint : pose) {
@@ -148,7 +146,7 @@ TEST(JointMappingSet, TurnsTheOffsetAsThePoseTurnsAwayFromItsReference) {
     for (const Entries& entries : {Entries{{3, 0.6F, 1}, {8, 0.4F, 1}},
              Entries{{3, 0.6F, 1}, {8, 0.4F, 1}, {12, 0.2F, 0}}, Entries{{3, 0.6F, 1}, {8, 0, 1}}}) {
         const JointPose result =
-            trees.MakeSet(entries).CalculateUsingDeltaFromReferencePose(pose, &reference, &offset);
+            trees.MakeSet(entries).CalculateUsingDeltaFromReferencePose(pose, restPose, &offset);
         EXPECT_LE(AngleBetween(result.orientation, turn * offset.orientation), 1e-3F);
         ExpectNear(result.position, middle, 1e-6F, "the offset's position has no part in it");
     }
@@ -201,17 +199,17 @@ TEST(JointMappingSet, TheLocalOffsetTakesRestPosesToRestPoses) {
 
 TEST(JointMappingSet, RestPosesThatArentThereCountAsTheIdentity) {
     TestSkeletons::Params params = TestSkeletons::MakeBipedParams();
-    const TargetSkeletonData whole(params);
+    const SourceSkeletonData wholeSource(params);
+    const TargetSkeletonData wholeTarget(params);
+    const RestPose& min = wholeTarget.GetRestPoses().GetMin();
     params.minTPose = params.maxTPose = params.unscaledTPose = {};
-    const TargetSkeletonData bare(params);
     const auto offset = [](const SourceSkeletonData& source, const TargetSkeletonData& target) {
         const JointMappingSet set(
             {5, Source, velkori_JointMappingBehaviorType_Normal, {{1, 1, 1}, {2, 1, 1}}}, source, target);
         return JointMappingSet::CalculateLocalOffsetToTarget(set, set, 0);
     };
-    EXPECT_EQ(offset(bare, whole).position,
-        whole.GetTPoseData(velkori_SkeletonTPoseType_Min).GetJointPoses(Root)[5].position);
-    EXPECT_EQ(offset(whole, bare), JointPose::Identity);
+    EXPECT_EQ(offset(SourceSkeletonData(params), wholeTarget).position, min.GetJointPoses(Root)[5].position);
+    EXPECT_EQ(offset(wholeSource, TargetSkeletonData(params)), JointPose::Identity);
 }
 
 TEST(JointMappingSet, TheSameRuleReadsTheSameJointsWithTheSameWeights) {

@@ -239,47 +239,56 @@ TEST(Quaternionf, ScaleTurnsAlongTheScaledAxesAndResolvesMirroring) {
     }
 }
 
-TEST(Quaternionf, WeightedMeanIgnoresSignsAndLiesOnTheArcByWeight) {
+namespace {
+
+Quaternionf MeanOf(std::span<const Quaternionf> rotations, std::span<const float> weights) {
+    RotationMean mean;
+    for (std::size_t i = 0; i < rotations.size(); ++i) {
+        mean.Add(rotations[i], weights[i]);
+    }
+    return mean.Get();
+}
+
+} // namespace
+
+TEST(RotationMean, IgnoresSignsAndLiesOnTheArcByWeight) {
     const auto turn = [](float angle) { return RotationOf(Vector3f(0.48f, 0.6f, 0.64f) * angle); };
     const float equal[] = {0.5f, 0.5f}, unequal[] = {3.0f, 1.0f}, negative[] = {-1.0f, -1.0f};
     const Quaternionf opposite[] = {turn(1.0f), turn(1.0f) * -1.0f};
-    const Quaternionf mean = Quaternionf::CalculateWeightedMean(opposite, equal);
+    const Quaternionf mean = MeanOf(opposite, equal);
     ExpectSameRotation(mean, turn(1.0f));
     EXPECT_GE(mean.w, 0.0f);
     // Negative weights turn (0, 0, 0, 1) into its negative; the result has a w that isn't negative all the
     // same.
     const Quaternionf identities[] = {Quaternionf::Identity, Quaternionf::Identity};
-    EXPECT_EQ(Quaternionf::CalculateWeightedMean(identities, negative), Quaternionf::Identity);
+    EXPECT_EQ(MeanOf(identities, negative), Quaternionf::Identity);
     // So near the identity that the eigenvalue passes for converged at the start.
     const Quaternionf tiny[] = {{1e-5f, 0, 0, 1}, {1e-5f, 0, 0, 1}};
-    EXPECT_FLOAT_EQ(Quaternionf::CalculateWeightedMean(tiny, equal).x, 1e-5f);
+    EXPECT_FLOAT_EQ(MeanOf(tiny, equal).x, 1e-5f);
 
     const Quaternionf pair[] = {turn(0.2f), turn(1.4f) * -1.0f};
-    ExpectSameRotation(Quaternionf::CalculateWeightedMean(pair, equal), turn(0.8f), 1e-4f);
+    ExpectSameRotation(MeanOf(pair, equal), turn(0.8f), 1e-4f);
     // The two are half of 1.2 apart on the sphere of quaternions. The principal axis of 3 a aᵀ + b bᵀ in
     // their plane lies at the angle p from a with tan 2p = sin 1.2 / (3 + cos 1.2), which is a turn of 2p.
     const float twiceP = std::atan2(std::sin(1.2f), 3.0f + std::cos(1.2f));
-    ExpectSameRotation(Quaternionf::CalculateWeightedMean(pair, unequal), turn(0.2f + twiceP), 1e-4f);
+    ExpectSameRotation(MeanOf(pair, unequal), turn(0.2f + twiceP), 1e-4f);
 }
 
-TEST(Quaternionf, WeightedMeanIsTheOnlyContributorAsItIsAndTheIdentityIfUndetermined) {
-    const auto mean = [](std::span<const Quaternionf> quaternions, std::span<const float> weights) {
-        return Quaternionf::CalculateWeightedMean(quaternions, weights);
-    };
+TEST(RotationMean, IsTheOnlyContributorAsItIsAndTheIdentityIfUndetermined) {
     const Quaternionf unnormalized(0, 3, 0, -4), identity = Quaternionf::Identity;
     const Quaternionf pair[] = {QuarterTurnZ, unnormalized};
     const float onlyLast[] = {0, -2}, none[] = {0, 0}, both[] = {1, 2};
-    EXPECT_EQ(mean({}, {}), identity);
-    EXPECT_EQ(mean({&unnormalized, 1}, {none, 1}), unnormalized);
-    EXPECT_EQ(mean(pair, onlyLast), unnormalized);
-    EXPECT_EQ(mean(pair, none), identity);
+    EXPECT_EQ(MeanOf({}, {}), identity);
+    EXPECT_EQ(MeanOf({&unnormalized, 1}, both), unnormalized);
+    EXPECT_EQ(MeanOf(pair, onlyLast), unnormalized);
+    EXPECT_EQ(MeanOf(pair, none), identity);
 
     const Quaternionf halfTurns[] = {{1, 0, 0, 0}, {0, 0, 1, 0}};
     const Quaternionf withNaN[] = {QuarterTurnZ, {Limits::quiet_NaN(), 0, 0, 1}};
     const Quaternionf overflowing[] = {QuarterTurnZ, {1e30f, 0, 0, 1e30f}};
-    EXPECT_EQ(mean(halfTurns, both), identity);
-    EXPECT_EQ(mean(withNaN, both), identity);
-    EXPECT_EQ(mean(overflowing, both), identity);
+    EXPECT_EQ(MeanOf(halfTurns, both), identity);
+    EXPECT_EQ(MeanOf(withNaN, both), identity);
+    EXPECT_EQ(MeanOf(overflowing, both), identity);
 }
 
 TEST(Matrix4f, DominantEigenVectorIsTheEstimateBeforeTheOneThatConverged) {

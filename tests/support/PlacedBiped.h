@@ -49,8 +49,3 @@ inline Velkori_Utility::Vector3f PositionOf(
     const std::string& joint, const PlacedBody& body, const Velkori_Utility::PoseData& pose) {
     return body.PoseOf(joint, pose).position;
 }
-
-inline bool AreEqual(const Velkori_Utility::PoseData& a, const Velkori_Utility::PoseData& b) {
-    constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-    return a.GetJointPoses(RootSpace) == b.GetJointPoses(RootSpace);
-}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/PoseData.h"
+#include "core/PoseMeasures.h"
 #include "core/SkeletonData.h"
 
 #include <algorithm>
@@ -20,21 +22,20 @@ using PlacedJoints = std::vector<PlacedJoint>;
 class PlacedBody {
   public:
     explicit PlacedBody(const PlacedJoints& joints, const std::vector<std::string>& excluded = {})
-        : skeleton(MakeParams(joints, excluded)),
-          pose(skeleton, velkori_JointRelativeSpaceType_RootOriginRelative, MakePose(joints),
-              Velkori_Utility::JointPose::Identity) {}
+        : skeleton(MakeParams(joints, excluded)), rest(skeleton, MakePose(joints)), pose(skeleton, rest) {}
 
     int Find(const std::string& name) const {
         const auto& names = skeleton.GetJointNames();
         return static_cast<int>(std::find(names.begin(), names.end(), name) - names.begin());
     }
 
-    const Velkori_Utility::JointPose& PoseOf(
-        const std::string& name, const Velkori_Utility::PoseData& in) const {
+    Velkori_Utility::JointPose PoseOf(const std::string& name, Velkori_Utility::PoseData in) const {
         return in.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative).at(Find(name));
     }
 
     Velkori_Utility::SourceSkeletonData skeleton;
+    Velkori_Utility::RestPose rest;
+    // The same pose, to be worked with.
     Velkori_Utility::PoseData pose;
 
   private:
@@ -72,15 +73,11 @@ class MatchedBody {
     template <typename Step, typename... Arguments>
     MatchedBody(const Step& step, const PlacedJoints& sourceJoints, const PlacedJoints& targetJoints,
         const Arguments&... arguments)
-        : source(sourceJoints), target(targetJoints), pose(step(source.pose, target.pose, arguments...)) {}
+        : source(sourceJoints), target(targetJoints), pose(step(source.rest, target.pose, arguments...)) {}
 
-    const Velkori_Utility::JointPose& PoseOf(const std::string& joint) const {
-        return target.PoseOf(joint, pose);
-    }
+    Velkori_Utility::JointPose PoseOf(const std::string& joint) const { return target.PoseOf(joint, pose); }
 
-    const Velkori_Utility::Vector3f& PositionOf(const std::string& joint) const {
-        return PoseOf(joint).position;
-    }
+    Velkori_Utility::Vector3f PositionOf(const std::string& joint) const { return PoseOf(joint).position; }
 
     Velkori_Utility::Vector3f Between(const std::string& from, const std::string& to) const {
         return PositionOf(to) - PositionOf(from);
@@ -90,3 +87,14 @@ class MatchedBody {
     PlacedBody target;
     Velkori_Utility::PoseData pose;
 };
+
+inline bool AreEqual(Velkori_Utility::PoseData a, Velkori_Utility::PoseData b) {
+    constexpr auto Root = velkori_JointRelativeSpaceType_RootOriginRelative;
+    return a.GetJointPoses(Root) == b.GetJointPoses(Root);
+}
+
+// But for noise.
+inline bool AreAlike(Velkori_Utility::PoseData a, Velkori_Utility::PoseData b) {
+    constexpr auto Root = velkori_JointRelativeSpaceType_RootOriginRelative;
+    return AreApproxEqual(a.GetJointPoses(Root), b.GetJointPoses(Root));
+}

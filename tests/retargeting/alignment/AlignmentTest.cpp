@@ -17,7 +17,6 @@
 #include <vector>
 
 using namespace Velkori_Utility;
-using Alignment::AlignToRestPose;
 
 namespace {
 
@@ -25,8 +24,11 @@ constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
 const velkori_CoordinateSpace_ DefaultSpace = VELKORI_DEFAULT_COORDINATE_SPACE;
 constexpr float Pi = std::numbers::pi_v<float>;
 
-velkori_AlignmentFlags Flags(int bits) {
-    return static_cast<velkori_AlignmentFlags>(bits);
+constexpr Vector3f Up = Vector3f::Identity_up_LH;
+
+PoseData Align(int flags, const RestPose& source, const PoseData& target) {
+    return Alignment::AlignToRestPose(
+        static_cast<velkori_AlignmentFlags>(flags), source, target, CoordinateSpace(DefaultSpace));
 }
 
 PlacedJoints Scaled(PlacedJoints joints, float factor) {
@@ -50,18 +52,18 @@ PlacedJoints Turned(PlacedJoints joints, float angle) {
 
 TEST(Alignment, TheSpaceOfARestPoseIsThatOfItsJoints) {
     const PlacedBody body(PlacedBiped());
-    CoordinateSpace space(DefaultSpace);
-    ASSERT_TRUE(Alignment::CalculateRestPoseCoordinateSpace(body.pose, space));
-    EXPECT_EQ(space.right, Vector3f(1, 0, 0));
-    EXPECT_EQ(space.up, Vector3f(0, 1, 0));
-    EXPECT_EQ(space.forward, Vector3f(0, 0, -1)) << "up across right";
+    const auto spaceOf = [](const PlacedBody& each) {
+        return Alignment::CalculateRestPoseCoordinateSpace(each.skeleton, each.rest.GetJointPoses(RootSpace));
+    };
+    const auto space = spaceOf(body);
+    ASSERT_TRUE(space);
+    EXPECT_EQ(space->right, Vector3f(1, 0, 0));
+    EXPECT_EQ(space->up, Vector3f(0, 1, 0));
+    EXPECT_EQ(space->forward, Vector3f(0, 0, -1)) << "up across right";
     // A third of a right angle off the axes, it counts as on them.
-    const PlacedBody oblique(Turned(PlacedBiped(), Pi / 6));
-    ASSERT_TRUE(Alignment::CalculateRestPoseCoordinateSpace(oblique.pose, space));
-    EXPECT_EQ(space.right, Vector3f(1, 0, 0));
-    EXPECT_FALSE(Alignment::CalculateRestPoseCoordinateSpace(
-        PlacedBody(Renamed(PlacedBiped(), "chest", "rib")).pose, space));
-    EXPECT_FALSE(Alignment::CalculateRestPoseCoordinateSpace(PoseData(body.skeleton), space));
+    EXPECT_EQ(spaceOf(PlacedBody(Turned(PlacedBiped(), Pi / 6))), space);
+    EXPECT_FALSE(spaceOf(PlacedBody(Renamed(PlacedBiped(), "chest", "rib"))));
+    EXPECT_FALSE(Alignment::CalculateRestPoseCoordinateSpace(body.skeleton, {}));
 }
 
 TEST(Alignment, NothingOrEqualPosesLeaveTheTargetToTheBit) {
@@ -69,20 +71,21 @@ TEST(Alignment, NothingOrEqualPosesLeaveTheTargetToTheBit) {
     const PlacedBody other(PlacedBiped({0.5F, 1.2F, 0}, {0.8F, 1.0F, 0}));
     const PlacedBody faceless({{"a", "", {0, 0, 0}}, {"b", "a", {0, 1, 0}}});
     const PoseData nothing(body.skeleton);
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(0), other.pose, body.pose), body.pose));
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(1 | 2 | 8 | 16), body.pose, body.pose), body.pose));
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(63), faceless.pose, body.pose), body.pose));
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(63), body.pose, faceless.pose), faceless.pose));
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(63), nothing, body.pose), body.pose));
-    EXPECT_FALSE(AlignToRestPose(Flags(63), body.pose, nothing).IsInitialized());
+    const RestPose nowhere(body.skeleton, {});
+    EXPECT_TRUE(AreEqual(Align(0, other.rest, body.pose), body.pose));
+    EXPECT_TRUE(AreEqual(Align(1 | 2 | 8 | 16, body.rest, body.pose), body.pose));
+    EXPECT_TRUE(AreEqual(Align(63, faceless.rest, body.pose), body.pose));
+    EXPECT_TRUE(AreEqual(Align(63, body.rest, faceless.pose), faceless.pose));
+    EXPECT_TRUE(AreEqual(Align(63, nowhere, body.pose), body.pose));
+    EXPECT_FALSE(Align(63, body.rest, nothing).IsInitialized());
     // Each step for itself, too.
-    for (const auto step : {Alignment::MatchPoseFacingRotation, Alignment::MatchPoseLimbRotations}) {
-        EXPECT_TRUE(AreEqual(step(nothing, body.pose), body.pose));
-        EXPECT_FALSE(step(body.pose, nothing).IsInitialized());
-    }
+    EXPECT_TRUE(AreEqual(Alignment::MatchPoseFacingRotation(nowhere, body.pose), body.pose));
+    EXPECT_FALSE(Alignment::MatchPoseFacingRotation(body.rest, nothing).IsInitialized());
+    EXPECT_TRUE(AreEqual(Alignment::MatchPoseLimbRotations(nowhere, body.pose, Up), body.pose));
+    EXPECT_FALSE(Alignment::MatchPoseLimbRotations(body.rest, nothing, Up).IsInitialized());
     const auto wrist = velkori_KnownJointType_RightWrist;
-    EXPECT_TRUE(AreEqual(Alignment::ScaleToMatchPoseHeight(nothing, body.pose, wrist), body.pose));
-    EXPECT_FALSE(Alignment::ScaleToMatchPoseHeight(body.pose, nothing, wrist).IsInitialized());
+    EXPECT_TRUE(AreEqual(Alignment::ScaleToMatchPoseHeight(nowhere, body.pose, wrist, Up), body.pose));
+    EXPECT_FALSE(Alignment::ScaleToMatchPoseHeight(body.rest, nothing, wrist, Up).IsInitialized());
 }
 
 TEST(Alignment, EachFlagRunsItsStep) {
@@ -95,19 +98,21 @@ TEST(Alignment, EachFlagRunsItsStep) {
     const PlacedBody source(withFingers({0.8F, 1.3F, 0}, 0.1F));
     const PlacedBody target(Turned(withFingers({0.7F, 1.0F, 0}, 0.04F), Pi / 2));
     const std::pair<int, PoseData> steps[] = {
-        {1, Alignment::MatchPoseFacingRotation(source.pose, target.pose)},
-        {2, Alignment::MatchPoseLimbRotations(source.pose, target.pose)},
-        {4, Alignment::MatchPoseHandsAndFingers(source.pose, target.pose, false)},
-        {8, Alignment::ScaleToMatchPoseHeight(source.pose, target.pose, velkori_KnownJointType_RightWrist)},
-        {16, Alignment::DeformationLimbsToMatchSourceProportion(source.pose, target.pose)},
-        {32, Alignment::MatchPoseHandsAndFingers(source.pose, target.pose, true)},
+        {1, Alignment::MatchPoseFacingRotation(source.rest, target.pose)},
+        {2, Alignment::MatchPoseLimbRotations(source.rest, target.pose, Up)},
+        {4, Alignment::MatchPoseHandsAndFingers(source.rest, target.pose, false)},
+        {8, Alignment::ScaleToMatchPoseHeight(
+                source.rest, target.pose, velkori_KnownJointType_RightWrist, Up)},
+        {16, Alignment::DeformationLimbsToMatchSourceProportion(
+                 source.rest, target.pose, Vector3f::Identity_forward_LH)},
+        {32, Alignment::MatchPoseHandsAndFingers(source.rest, target.pose, true)},
     };
     for (const auto& [bits, expected] : steps) {
-        ASSERT_FALSE(expected.IsApproxEqual(target.pose)) << bits;
-        EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(bits), source.pose, target.pose), expected)) << bits;
+        ASSERT_FALSE(AreAlike(expected, target.pose)) << bits;
+        EXPECT_TRUE(AreEqual(Align(bits, source.rest, target.pose), expected)) << bits;
     }
     EXPECT_FALSE(AreEqual(steps[2].second, steps[5].second));
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(4 | 32), source.pose, target.pose), steps[5].second));
+    EXPECT_TRUE(AreEqual(Align(4 | 32, source.rest, target.pose), steps[5].second));
 }
 
 // Only facing before limbs, limbs before height and height before proportions lead there.
@@ -115,7 +120,7 @@ TEST(Alignment, ARigOfAnotherSizeStanceAndFacingTakesTheSourcesPlace) {
     // Arms that point down and forward, the target's of the same length for its size.
     const PlacedBody source(Scaled(PlacedBiped({0.2F, 1.2F, 0.15F}, {0.2F, 1.0F, 0.3F}), 1.5F));
     const PlacedBody target(Turned(PlacedBiped({0.45F, 1.4F, 0}, {0.7F, 1.4F, 0}), Pi));
-    const PoseData aligned = AlignToRestPose(Flags(1 | 2 | 8 | 16), source.pose, target.pose);
+    const PoseData aligned = Align(1 | 2 | 8 | 16, source.rest, target.pose);
     for (const std::string& joint : target.skeleton.GetJointNames()) {
         // The hands go on straight from arms that the source's hands are bent against.
         if (!joint.ends_with("Hand")) {
@@ -137,8 +142,8 @@ TEST(Alignment, TheTargetTurnsToFaceAsTheSourceDoes) {
     // Without a chest the source faces nowhere, and the steps to come run all the same.
     const PlacedBody chestless(Scaled(Renamed(PlacedBiped(), "chest", "rib"), 2.0F));
     const PlacedBody target(Turned(PlacedBiped(), Pi));
-    ExpectNear(PositionOf("rightWrist", target, AlignToRestPose(Flags(1 | 8), chestless.pose, target.pose)),
-        {-1.6F, 2.8F, 0}, 1e-5F);
+    ExpectNear(
+        PositionOf("rightWrist", target, Align(1 | 8, chestless.rest, target.pose)), {-1.6F, 2.8F, 0}, 1e-5F);
 }
 
 // The rotation takes the turn on its right and the position on its left, which differ for a root that lies on
@@ -159,20 +164,19 @@ TEST(Alignment, HeightIsThatOfTheRightWrist) {
         return PlacedBody(PlacedBiped({0.5F, 1.4F, 0}, {0.8F, height, 0}));
     };
     const PlacedBody target = wristAt(1.4F);
-    const PoseData scaled = AlignToRestPose(Flags(8), wristAt(1.05F).pose, target.pose);
+    const PoseData scaled = Align(8, wristAt(1.05F).rest, target.pose);
     // 1.05 to 1.4.
     ExpectNear(PositionOf("rightWrist", target, scaled), {0.6F, 1.05F, 0}, 1e-6F);
     ExpectNear(PositionOf("leftToes", target, scaled), {-0.075F, 0.075F, 0.15F}, 1e-6F);
     // A change that is just noise is none: all positions, up to 1.6, grow by less than a millimetre, or not.
-    EXPECT_TRUE(AreEqual(AlignToRestPose(Flags(8), wristAt(1.4007F).pose, target.pose), target.pose));
-    ExpectNear(
-        PositionOf("rightWrist", target, AlignToRestPose(Flags(8), wristAt(1.4011F).pose, target.pose)),
+    EXPECT_TRUE(AreEqual(Align(8, wristAt(1.4007F).rest, target.pose), target.pose));
+    ExpectNear(PositionOf("rightWrist", target, Align(8, wristAt(1.4011F).rest, target.pose)),
         Vector3f(0.8F, 1.4F, 0) * (1.4011F / 1.4F), 1e-5F);
     // Nothing to scale by, or to.
     const PlacedBody flat = wristAt(0);
     for (const auto& [from, to] : {std::pair(&target, &flat), {&flat, &target}}) {
         EXPECT_TRUE(AreEqual(
-            Alignment::ScaleToMatchPoseHeight(from->pose, to->pose, velkori_KnownJointType_RightWrist),
+            Alignment::ScaleToMatchPoseHeight(from->rest, to->pose, velkori_KnownJointType_RightWrist, Up),
             to->pose));
     }
 }
@@ -180,15 +184,18 @@ TEST(Alignment, HeightIsThatOfTheRightWrist) {
 TEST(Alignment, APosesPlaceBetweenTwoIsThatOfItsExtents) {
     const PlacedBody small(PlacedBiped());
     const auto scaled = [&](float factor) {
-        std::vector<JointPose> poses = small.pose.GetJointPoses(RootSpace);
+        std::vector<JointPose> poses = small.rest.GetJointPoses(RootSpace);
         for (JointPose& pose : poses) {
             pose.position = pose.position * factor;
         }
         return PoseData(small.skeleton, RootSpace, poses, JointPose::Identity);
     };
-    const Vector3f ratio =
-        Alignment::CalculateExtentRangeBetweenPoses(small.pose, scaled(2.0F), scaled(1.25F));
-    ExpectNear(ratio, {0.25F, 0.25F, 0.25F}, 1e-4F);
-    EXPECT_EQ(Alignment::CalculateExtentRangeBetweenPoses(small.pose, small.pose, small.pose), Vector3f::One)
+    PoseData smallest = small.pose;
+    PoseData largest = scaled(2.0F);
+    ExpectNear(
+        Alignment::CalculateExtentRangeBetweenPoses(smallest, largest, scaled(1.25F).GetJointLengths()),
+        {0.25F, 0.25F, 0.25F}, 1e-4F);
+    EXPECT_EQ(Alignment::CalculateExtentRangeBetweenPoses(smallest, smallest, smallest.GetJointLengths()),
+        Vector3f::One)
         << "equal poses";
 }

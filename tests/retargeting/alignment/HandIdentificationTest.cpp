@@ -8,7 +8,6 @@
 using namespace Velkori_Utility;
 using Alignment::FingerData;
 using Alignment::HandData;
-using Alignment::IdentifyFingersFromSkeleton;
 
 namespace {
 
@@ -30,9 +29,15 @@ Names FirstJoints(const PlacedBody& body, const HandData& hand) {
     return names;
 }
 
+bool FindHand(const PlacedBody& body, HumanoidLimb limb, HandData& hand) {
+    return Alignment::IdentifyFingersFromSkeleton(body.skeleton,
+        body.rest.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
+        body.rest.GetJointLengths(), limb, hand);
+}
+
 HandData Identify(const PlacedBody& body, HumanoidLimb limb = HumanoidLimb_RightHand) {
     HandData hand;
-    EXPECT_TRUE(IdentifyFingersFromSkeleton(body.pose, limb, hand));
+    EXPECT_TRUE(FindHand(body, limb, hand));
     EXPECT_EQ(hand.limb, limb);
     return hand;
 }
@@ -163,19 +168,19 @@ TEST(HandIdentification, ExcludedJointsAreNoFingersAndAHandWithoutAnyIsInvalid) 
     const PlacedBody body = MakeHand(joints, {"a"});
     HandData hand = Identify(body);
     EXPECT_EQ(FirstJoints(body, hand), Names{"b"});
-    EXPECT_TRUE(IdentifyFingersFromSkeleton(body.pose, HumanoidLimb_RightHand, hand));
+    EXPECT_TRUE(FindHand(body, HumanoidLimb_RightHand, hand));
     EXPECT_EQ(FirstJoints(body, hand), Names{"b"}) << "a second call starts afresh";
 
     const PlacedBody fingerless = MakeHand(joints, {"a", "b"});
     const PlacedBody withoutChest(
         {{"hips", ""}, {"rightWrist", "hips"}, {"leftWrist", "hips"}, {"a", "rightWrist"}});
-    const PoseData empty(body.skeleton);
-    const std::pair<const PoseData*, HumanoidLimb> failing[] = {{&fingerless.pose, HumanoidLimb_RightHand},
-        {&withoutChest.pose, HumanoidLimb_RightHand}, {&empty, HumanoidLimb_RightHand},
-        {&body.pose, HumanoidLimb_LeftHand}, {&body.pose, HumanoidLimb_RightFoot}};
-    for (const auto& [pose, limb] : failing) {
+    const PlacedBody empty({});
+    const std::pair<const PlacedBody*, HumanoidLimb> failing[] = {{&fingerless, HumanoidLimb_RightHand},
+        {&withoutChest, HumanoidLimb_RightHand}, {&empty, HumanoidLimb_RightHand},
+        {&body, HumanoidLimb_LeftHand}, {&body, HumanoidLimb_RightFoot}};
+    for (const auto& [each, limb] : failing) {
         HandData used = hand;
-        EXPECT_FALSE(IdentifyFingersFromSkeleton(*pose, limb, used));
+        EXPECT_FALSE(FindHand(*each, limb, used));
         EXPECT_FALSE(used.IsValid());
         EXPECT_TRUE(used.fingers.empty());
         EXPECT_EQ(used.limb, HumanoidLimb_Invalid);

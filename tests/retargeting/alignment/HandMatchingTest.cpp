@@ -65,13 +65,13 @@ TEST(HandMatching, ATurnedHandTurnsBack) {
         ExpectPositions(matched, ThreeFingers() + leftHand);
     }
     for (const bool scaleFingers : {false, true}) {
-        const MatchedBody equal = Match(ThreeFingers() + leftHand, ThreeFingers() + leftHand, scaleFingers);
-        ExpectNear(equal.pose.GetJointPoses(RootSpace), equal.target.pose.GetJointPoses(RootSpace), 1e-4F);
+        MatchedBody equal = Match(ThreeFingers() + leftHand, ThreeFingers() + leftHand, scaleFingers);
+        ExpectNear(equal.pose.GetJointPoses(RootSpace), equal.target.rest.GetJointPoses(RootSpace), 1e-4F);
     }
     const PlacedBody body(TrunkAndArms() + ThreeFingers());
-    const PoseData nothing(body.skeleton);
-    EXPECT_TRUE(MatchPoseHandsAndFingers(nothing, body.pose, true).IsApproxEqual(body.pose));
-    EXPECT_FALSE(MatchPoseHandsAndFingers(body.pose, nothing, true).IsInitialized());
+    const PlacedBody nothing({});
+    EXPECT_TRUE(AreAlike(MatchPoseHandsAndFingers(nothing.rest, body.pose, true), body.pose));
+    EXPECT_FALSE(MatchPoseHandsAndFingers(body.rest, nothing.pose, true).IsInitialized());
 }
 
 TEST(HandMatching, TheWristTurnsUntilBothHandsLieAcrossTheSameWay) {
@@ -101,8 +101,8 @@ TEST(HandMatching, ScaledFingersEndWhereTheSourcesDo) {
             ExpectNear(scaled.PositionOf(tip), scaled.source.PoseOf(tip, scaled.source.pose).position, 1e-4F,
                 tip.c_str());
         }
-        const MatchedBody unscaled = Match(ThreeFingers(), ThreeFingers(scale));
-        const std::vector<float>& lengths = unscaled.target.pose.GetJointLengths();
+        MatchedBody unscaled = Match(ThreeFingers(), ThreeFingers(scale));
+        const std::vector<float>& lengths = unscaled.target.rest.GetJointLengths();
         for (std::size_t i = 0; i < lengths.size(); ++i) {
             EXPECT_NEAR(unscaled.pose.GetJointLengths()[i], lengths[i], 1e-6F) << i;
         }
@@ -203,11 +203,11 @@ TEST(HandMatching, ThePalmTurnsWithTheFingersAndTakesAlongWhatElseHangsOnIt) {
     const PlacedBody source(TrunkAndArms() + thumb + straight);
     const PlacedBody target(
         TrunkAndArms() + thumb + TurnedAboutWrist(straight, {0, 0, -angle}) + watch, {"watch"});
-    const PoseData matched = MatchPoseHandsAndFingers(source.pose, target.pose, false);
+    const PoseData matched = MatchPoseHandsAndFingers(source.rest, target.pose, false);
     for (const PlacedJoint& joint : thumb + straight) {
         ExpectNear(target.PoseOf(joint.name, matched).position, joint.position, 2e-5F);
     }
-    const JointPose& hand = target.PoseOf("rightWrist", matched);
+    const JointPose hand = target.PoseOf("rightWrist", matched);
     const Vector3f fingerBefore(std::cos(angle), -std::sin(angle), 0);
     ExpectNear(hand.orientation.Rotate(fingerBefore), Right, 1e-4F, "the finger as it hung on the hand");
     ExpectNear(hand.position, RightWristPosition, 1e-6F);
@@ -231,7 +231,7 @@ TEST(HandMatching, FingersWithoutLengthStayFinite) {
     for (const PlacedJoints& sourceHand : hands) {
         for (const PlacedJoints& targetHand : hands) {
             for (const bool scaleFingers : {false, true}) {
-                const MatchedBody matched = Match(sourceHand, targetHand, scaleFingers);
+                MatchedBody matched = Match(sourceHand, targetHand, scaleFingers);
                 for (const JointPose& joint : matched.pose.GetJointPoses(RootSpace)) {
                     EXPECT_LT(joint.position.Length(), 10.0F);
                     EXPECT_NEAR(joint.orientation.LengthSquared(), 1.0F, 1e-4F);

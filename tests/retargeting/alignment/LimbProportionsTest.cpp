@@ -1,6 +1,5 @@
 #include "retargeting/alignment/LimbProportions.h"
 
-#include "shared/ProcessSpace.h"
 #include "support/PlacedBody.h"
 #include "support/PoseMatchers.h"
 
@@ -27,6 +26,11 @@ PlacedJoints LeftLeg(const Vector3f& ankle = {-0.1F, 0.1F, 0}) {
         {"leftAnkle", "leftKnee", ankle}, {"leftToes", "leftAnkle", ankle + Vector3f(0, 0, 0.2F)}};
 }
 
+MatchedBody Match(const PlacedJoints& source, const PlacedJoints& target,
+    const Vector3f& forward = Vector3f::Identity_forward_LH) {
+    return {DeformationLimbsToMatchSourceProportion, source, target, forward};
+}
+
 void ExpectPositions(
     const MatchedBody& matched, const std::vector<std::pair<std::string, Vector3f>>& expected) {
     for (const auto& [name, position] : expected) {
@@ -38,41 +42,36 @@ void ExpectPositions(
 
 TEST(LimbProportions, EqualBodiesStayAsTheyAre) {
     const PlacedJoints body = Trunk() + LeftArm() + LeftLeg();
-    const MatchedBody matched(DeformationLimbsToMatchSourceProportion, body, body);
-    ExpectNear(matched.pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
-        matched.target.pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative), 1e-6F);
+    const MatchedBody matched = Match(body, body);
+    PoseData pose = matched.pose;
+    ExpectNear(pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
+        matched.target.rest.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative), 1e-6F);
 }
 
 // The source has no root joint: of the trunk, hips and chest are what both have.
 TEST(LimbProportions, TheTrunkMovesForwardAndBackOnly) {
     const PlacedJoints source = {{"hips", "", {1, 2, 3}}, {"chest", "hips", {3, 2, 9}}};
-    const velkori_CoordinateSpace_ defaultSpace = ProcessSpace();
 
     struct Case {
-        velkori_Vector3f_ forward{};
+        Vector3f forward;
         Vector3f offset;
     };
 
     for (const Case& c :
         {Case{{0, 0, 1}, {0, 0, 6}}, Case{{0, 0, -1}, {0, 0, 6}}, Case{{-1, 0, 0}, {2, 0, 0}}}) {
-        velkori_CoordinateSpace_ space = defaultSpace;
-        space.forward = c.forward;
-        SetProcessSpace(space);
-        const MatchedBody matched(DeformationLimbsToMatchSourceProportion, source, Trunk());
+        const MatchedBody matched = Match(source, Trunk(), c.forward);
         ExpectPositions(matched, {{"root", c.offset}, {"hips", c.offset + Vector3f(0, 1, 0)},
                                      {"chest", c.offset + Vector3f(0, 1.4F, 0)}});
-        const MatchedBody kept(DeformationLimbsToMatchSourceProportion, source, {{"pelvis", "", {1, 1, 1}}});
-        EXPECT_TRUE(kept.pose.IsApproxEqual(kept.target.pose)) << "nothing in common";
+        const MatchedBody kept = Match(source, {{"pelvis", "", {1, 1, 1}}}, c.forward);
+        EXPECT_TRUE(AreAlike(kept.pose, kept.target.pose)) << "nothing in common";
     }
-    SetProcessSpace(defaultSpace);
 }
 
 TEST(LimbProportions, AnArmStretchesAlongItsDirectionAndTheHandComesAlongAsItIs) {
     PlacedJoints arm = LeftArm();
     const int elbow = 2;
     arm[elbow].orientation = Quaternionf(Vector3f::Identity_forward_LH, {-1, 0, 1});
-    const MatchedBody matched(
-        DeformationLimbsToMatchSourceProportion, Trunk() + LeftArm({-1.0F, 1.4F, 0}), Trunk() + arm);
+    const MatchedBody matched = Match(Trunk() + LeftArm({-1.0F, 1.4F, 0}), Trunk() + arm);
     ExpectPositions(matched, {{"leftUpperArm", {-0.2F, 1.4F, 0}}, {"leftTwist", {-0.4F, 1.4F, 0}},
                                  {"leftElbow", {-0.6F, 1.4F, 0.1F}}, {"leftWrist", {-1.0F, 1.4F, 0}},
                                  {"leftFinger", {-1.1F, 1.4F, 0}}});
@@ -83,8 +82,7 @@ TEST(LimbProportions, AnArmStretchesAlongItsDirectionAndTheHandComesAlongAsItIs)
 
 // A quarter turn from the side straight down. The wrist keeps its orientation, and so the finger its way.
 TEST(LimbProportions, ALimbTurnsTowardsTheSourcesEnd) {
-    const MatchedBody matched(
-        DeformationLimbsToMatchSourceProportion, Trunk() + LeftArm({-0.2F, 1.0F, 0}), Trunk() + LeftArm());
+    const MatchedBody matched = Match(Trunk() + LeftArm({-0.2F, 1.0F, 0}), Trunk() + LeftArm());
     ExpectPositions(matched, {{"leftTwist", {-0.2F, 1.3F, 0}}, {"leftElbow", {-0.2F, 1.2F, 0.1F}},
                                  {"leftWrist", {-0.2F, 1.0F, 0}}, {"leftFinger", {-0.3F, 1.0F, 0}}});
     EXPECT_NEAR(AngleBetween(matched.PoseOf("leftElbow").orientation,
@@ -96,8 +94,7 @@ TEST(LimbProportions, ALimbTurnsTowardsTheSourcesEnd) {
 TEST(LimbProportions, ALegTurnsButKeepsItsLength) {
     const Vector3f hip(-0.1F, 0.9F, 0);
     const Vector3f direction(-0.6F, -0.8F, 0);
-    const MatchedBody matched(DeformationLimbsToMatchSourceProportion,
-        Trunk() + LeftLeg(hip + direction * 1.6F), Trunk() + LeftLeg());
+    const MatchedBody matched = Match(Trunk() + LeftLeg(hip + direction * 1.6F), Trunk() + LeftLeg());
     const Vector3f ankle = hip + direction * 0.8F;
     ExpectPositions(matched, {{"leftUpperLeg", hip}, {"leftKnee", hip + direction * 0.4F},
                                  {"leftAnkle", ankle}, {"leftToes", ankle + Vector3f(0, 0, 0.2F)}});
@@ -109,18 +106,20 @@ TEST(LimbProportions, LimbsWithoutLengthOrWithoutJointsStayFinite) {
     const PlacedBody folded(Trunk() + LeftArm(shoulder));
     const PlacedBody oneJointArm(Trunk() + PlacedJoints{{"leftWrist", "chest", {-0.5F, 1.4F, 0}}});
     const PlacedBody armless(Trunk());
-    const PoseData empty(whole.skeleton);
-    for (const PoseData* source : {&whole.pose, &folded.pose, &oneJointArm.pose, &armless.pose, &empty}) {
-        for (const PoseData* target : {&whole.pose, &folded.pose, &oneJointArm.pose, &armless.pose}) {
-            const PoseData matched = DeformationLimbsToMatchSourceProportion(*source, *target);
+    const PlacedBody empty({});
+    const Vector3f forward = Vector3f::Identity_forward_LH;
+    for (const PlacedBody* source : {&whole, &folded, &oneJointArm, &armless, &empty}) {
+        for (const PlacedBody* target : {&whole, &folded, &oneJointArm, &armless}) {
+            PoseData matched = DeformationLimbsToMatchSourceProportion(source->rest, target->pose, forward);
             for (const JointPose& joint :
                 matched.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative)) {
                 EXPECT_LT(joint.position.Length(), 10.0F);
                 EXPECT_NEAR(joint.orientation.LengthSquared(), 1.0F, 1e-4F);
             }
         }
-        EXPECT_TRUE(
-            DeformationLimbsToMatchSourceProportion(*source, armless.pose).IsApproxEqual(armless.pose));
-        EXPECT_FALSE(DeformationLimbsToMatchSourceProportion(*source, empty).IsInitialized());
+        EXPECT_TRUE(AreAlike(
+            DeformationLimbsToMatchSourceProportion(source->rest, armless.pose, forward), armless.pose));
+        EXPECT_FALSE(
+            DeformationLimbsToMatchSourceProportion(source->rest, empty.pose, forward).IsInitialized());
     }
 }

@@ -1,6 +1,5 @@
 #include "retargeting/alignment/LimbRotations.h"
 
-#include "shared/ProcessSpace.h"
 #include "support/PlacedBiped.h"
 #include "support/PoseMatchers.h"
 
@@ -17,6 +16,7 @@ using Alignment::MatchPoseLimbRotations;
 
 namespace {
 
+constexpr Vector3f Up = Vector3f::Identity_up_LH;
 constexpr float Degree = std::numbers::pi_v<float> / 180.0F;
 
 // From the shoulder at (0.2, 1.4, 0) to the wrist at (0.8, 1.4, 0), with the elbow at a share of the way and
@@ -24,6 +24,10 @@ constexpr float Degree = std::numbers::pi_v<float> / 180.0F;
 PlacedJoints BentArms(float share, float degrees) {
     const float along = 0.6F * share;
     return PlacedBiped({0.2F + along, 1.4F, along * std::tan(degrees * Degree)});
+}
+
+MatchedBody Match(const PlacedJoints& source, const PlacedJoints& target, const Vector3f& up = Up) {
+    return {MatchPoseLimbRotations, source, target, up};
 }
 
 PlacedJoints HangingArms() {
@@ -34,9 +38,9 @@ PlacedJoints HangingArms() {
 
 TEST(LimbRotations, LimbsRunInTheSourcesDirection) {
     // Arms that hang, against arms that are stretched out and longer by a half and have one more joint.
-    const MatchedBody matched(MatchPoseLimbRotations, HangingArms(),
-        WithJointAbove(PlacedBiped({0.65F, 1.4F, 0}, {1.1F, 1.4F, 0}), "rightElbow",
-            {"rightTwist", "rightUpperArm", {0.5F, 1.4F, 0}}));
+    const MatchedBody matched =
+        Match(HangingArms(), WithJointAbove(PlacedBiped({0.65F, 1.4F, 0}, {1.1F, 1.4F, 0}), "rightElbow",
+                                 {"rightTwist", "rightUpperArm", {0.5F, 1.4F, 0}}));
     for (const auto& [side, x] : {std::pair<std::string, float>("right", 0.2F), {"left", -0.2F}}) {
         ExpectNear(matched.PositionOf(side + "UpperArm"), {x, 1.4F, 0}, 1e-5F, "without a shoulder");
         ExpectNear(matched.Between(side + "UpperArm", side + "Elbow"), {0, -0.45F, 0}, 1e-4F,
@@ -57,7 +61,7 @@ TEST(LimbRotations, PlacesOnTheCurveAreSharesOfItsLength) {
         WithJointAbove(source, "rightElbow", {"rightDetour", "rightUpperArm", {0.35F, 1.7F, 0}});
     const float halfDepth = 0.15F * std::tan(20.0F * Degree);
     for (const PlacedJoints& each : {source, cluttered}) {
-        const MatchedBody matched(MatchPoseLimbRotations, each, BentArms(0.25F, 0.0F));
+        const MatchedBody matched = Match(each, BentArms(0.25F, 0.0F));
         ExpectNear(matched.Between("rightUpperArm", "rightElbow"),
             Vector3f(0.15F, 0, halfDepth).Normalize() * 0.15F, 1e-5F);
         ExpectNear(matched.Between("rightElbow", "rightWrist"),
@@ -73,13 +77,13 @@ TEST(LimbRotations, WhatIsBentBeyondThirtyDegreesIsPassedOver) {
     for (const auto& [share, degrees, isPassedOver] : {std::tuple(0.5F, 29.0F, false), {0.5F, 31.0F, true},
              {0.75F, nearerWrist, true}, {0.25F, 31.0F, true}}) {
         const PlacedBody bent(BentArms(share, degrees));
-        EXPECT_EQ(MatchPoseLimbRotations(bent.pose, straight.pose).IsApproxEqual(straight.pose), isPassedOver)
+        EXPECT_EQ(AreAlike(MatchPoseLimbRotations(bent.rest, straight.pose, Up), straight.pose), isPassedOver)
             << "source's elbow at " << share;
         // A target's elbow rides along with the arm, which is straight as a whole.
-        EXPECT_EQ(MatchPoseLimbRotations(straight.pose, bent.pose).IsApproxEqual(bent.pose), isPassedOver)
+        EXPECT_EQ(AreAlike(MatchPoseLimbRotations(straight.rest, bent.pose, Up), bent.pose), isPassedOver)
             << "target's elbow at " << share;
     }
-    const MatchedBody matched(MatchPoseLimbRotations, HangingArms(), BentArms(0.5F, 60.0F));
+    const MatchedBody matched = Match(HangingArms(), BentArms(0.5F, 60.0F));
     ExpectNear(
         matched.Between("rightUpperArm", "rightElbow"), {0, -0.3F, 0.3F * std::tan(60.0F * Degree)}, 1e-4F);
     ExpectNear(matched.Between("rightUpperArm", "rightWrist"), {0, -0.6F, 0}, 1e-4F);
@@ -91,7 +95,7 @@ TEST(LimbRotations, FeetStayLevelAndTheBodyOnItsFloor) {
         PlacedBiped({0.5F, 1.4F, 0}, {0.8F, 1.4F, 0}, {0.3F, 0.5F, 0}, {0.5F, 0.1F, 0});
     // 0.8 long, the legs now reach 0.8 * 2 / sqrt(5) far down.
     const float sunk = 0.8F - 0.8F * 2.0F / std::sqrt(5.0F);
-    const MatchedBody matched(MatchPoseLimbRotations, source, PlacedBiped());
+    const MatchedBody matched = Match(source, PlacedBiped());
     ExpectNear(matched.PositionOf("hips"), {0, 1.0F - sunk, 0}, 1e-4F);
     for (const std::string side : {"right", "left"}) {
         EXPECT_LT(AngleBetween(matched.PoseOf(side + "Ankle").orientation, Quaternionf::Identity), 1e-3F);
@@ -100,9 +104,7 @@ TEST(LimbRotations, FeetStayLevelAndTheBodyOnItsFloor) {
             "the foot hangs on the ankle as it was");
     }
     // Along another up axis the body keeps its height.
-    SetProcessSpace({{0, 0, -1}, {0, 1, 0}, {1, 0, 0}});
-    const MatchedBody lifted(MatchPoseLimbRotations, source, PlacedBiped());
-    SetProcessSpace(VELKORI_DEFAULT_COORDINATE_SPACE);
+    const MatchedBody lifted = Match(source, PlacedBiped(), {0, 0, -1});
     ExpectNear(lifted.PositionOf("hips"), {0, 1, 0}, 1e-5F);
     EXPECT_NEAR(lifted.PositionOf("leftAnkle").y, 0.1F + sunk, 1e-4F);
 }
@@ -113,14 +115,14 @@ TEST(LimbRotations, AShoulderTakesPartOfTheTurn) {
         return WithJointAbove(joints, "rightUpperArm", {"rightShoulder", "chest", {0.05F, 1.4F, 0}});
     };
     const PlacedJoints target = withShoulder(PlacedBiped());
-    const MatchedBody matched(MatchPoseLimbRotations, withShoulder(HangingArms()), target);
+    const MatchedBody matched = Match(withShoulder(HangingArms()), target);
     // 0.15 of 0.45 is a third, and a quarter of that is the share of the quarter turn.
     const float angle = 90.0F * Degree / 12;
     ExpectNear(matched.Between("rightShoulder", "rightUpperArm"),
         {0.15F * std::cos(angle), -0.15F * std::sin(angle), 0}, 1e-5F);
     // The arm makes up for it.
     ExpectNear(matched.Between("rightUpperArm", "rightWrist"), {0, -0.6F, 0}, 1e-4F);
-    const MatchedBody unturned(MatchPoseLimbRotations, HangingArms(), target);
+    const MatchedBody unturned = Match(HangingArms(), target);
     ExpectNear(
         unturned.Between("rightShoulder", "rightUpperArm"), {0.15F, 0, 0}, 1e-6F, "the source has none");
 }
@@ -129,10 +131,9 @@ TEST(LimbRotations, LimbsWithoutLengthOrCounterpartStayAsTheyAre) {
     const PlacedBody body(PlacedBiped());
     const Vector3f start(0.2F, 1.4F, 0);
     const PlacedBody armless(PlacedBiped(start, start));
-    EXPECT_TRUE(MatchPoseLimbRotations(armless.pose, body.pose).IsApproxEqual(body.pose));
-    EXPECT_TRUE(MatchPoseLimbRotations(body.pose, armless.pose).IsApproxEqual(armless.pose));
-    const MatchedBody matched(
-        MatchPoseLimbRotations, Renamed(HangingArms(), "rightWrist", "rightStump"), PlacedBiped());
+    EXPECT_TRUE(AreAlike(MatchPoseLimbRotations(armless.rest, body.pose, Up), body.pose));
+    EXPECT_TRUE(AreAlike(MatchPoseLimbRotations(body.rest, armless.pose, Up), armless.pose));
+    const MatchedBody matched = Match(Renamed(HangingArms(), "rightWrist", "rightStump"), PlacedBiped());
     ExpectNear(matched.PositionOf("rightWrist"), {0.8F, 1.4F, 0}, 1e-5F, "the source has no right wrist");
     ExpectNear(matched.PositionOf("leftWrist"), {-0.2F, 0.8F, 0}, 1e-4F);
 }

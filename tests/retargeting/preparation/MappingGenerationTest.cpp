@@ -1,6 +1,5 @@
 #include "retargeting/preparation/MappingGeneration.h"
 
-#include "shared/ProcessSpace.h"
 #include "support/PlacedBiped.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +12,7 @@ using AutoMapping::GenerateJointMappings;
 
 namespace {
 
+constexpr Vector3f Up = Vector3f::Identity_up_LH;
 constexpr auto SkipTwist = velkori_AutoMappingFlags_SkipTwistMappings;
 
 // 10 m from the hips to the head, so that the radius is at most 1.5 m; for upper arm, finger and tail it is
@@ -80,7 +80,7 @@ void ExpectWeighed(std::span<const Case> cases) {
     for (const Case& each : cases) {
         const PlacedBody source = SourceAround(target.PoseOf(each.targetJoint, target.pose).position,
             each.offsets, each.excluded, each.armsShareTheirFirstJoint);
-        const auto mappings = GenerateJointMappings(source.pose, target.pose, SkipTwist);
+        const auto mappings = GenerateJointMappings(source.rest, target.rest, Up, SkipTwist);
         const SerializedJointMapping* mapping = FindMapping(mappings, target.Find(each.targetJoint));
         ASSERT_EQ(mapping != nullptr, !each.expected.empty()) << each.rule;
         if (mapping != nullptr) {
@@ -93,7 +93,7 @@ void ExpectWeighed(std::span<const Case> cases) {
 
 TEST(MappingGeneration, EqualBodiesMapOneToOneAndCarryTheTwistUpTheirLimbs) {
     const PlacedBody body(PlacedBiped());
-    const auto mappings = GenerateJointMappings(body.pose, body.pose, velkori_AutoMappingFlags_None);
+    const auto mappings = GenerateJointMappings(body.rest, body.rest, Up, velkori_AutoMappingFlags_None);
     const std::vector<int>& order = body.skeleton.GetHierarchicalUpdateOrder();
     ASSERT_EQ(mappings.size(), order.size() + 6);
     for (std::size_t i = 0; i < order.size(); ++i) {
@@ -119,8 +119,8 @@ TEST(MappingGeneration, EqualBodiesMapOneToOneAndCarryTheTwistUpTheirLimbs) {
         EXPECT_EQ(mapping.behavior, velkori_JointMappingBehaviorType_ChildAlignedTwist);
         ExpectEntries(body, mapping, {{below, share, 0}, {joint, 1 - share, 0}}, "chain");
     }
-    EXPECT_EQ(GenerateJointMappings(body.pose, body.pose, SkipTwist).size(), order.size());
-    EXPECT_TRUE(GenerateJointMappings(PoseData(body.skeleton), body.pose, SkipTwist).empty());
+    EXPECT_EQ(GenerateJointMappings(body.rest, body.rest, Up, SkipTwist).size(), order.size());
+    EXPECT_TRUE(GenerateJointMappings(RestPose(body.skeleton, {}), body.rest, Up, SkipTwist).empty());
 }
 
 TEST(MappingGeneration, WeighsSourceJointsByNearnessAndLimb) {
@@ -177,14 +177,11 @@ TEST(MappingGeneration, TakesExactMatchesAndDropsSmallShares) {
 // Lying on its side the body is 3 m high: the radius is 45 cm.
 TEST(MappingGeneration, MeasuresTheHeightAlongTheProcessesUp) {
     const PlacedBody target = Target();
-    const velkori_CoordinateSpace_ defaultSpace = ProcessSpace();
-    SetProcessSpace({{-1, 0, 0}, {0, 0, 1}, {0, 1, 0}});
     for (const float distance : {0.44F, 0.46F}) {
         const PlacedBody source = SourceAround({-3, 2, 0}, {{"chest", {0, 0, distance}}}, {}, false);
-        const auto mappings = GenerateJointMappings(source.pose, target.pose, SkipTwist);
+        const auto mappings = GenerateJointMappings(source.rest, target.rest, {-1, 0, 0}, SkipTwist);
         EXPECT_EQ(FindMapping(mappings, target.Find("finger")) != nullptr, distance < 0.45F);
     }
-    SetProcessSpace(defaultSpace);
 }
 
 // A twist joint that belongs to no limb, of a bone that ends in the arm, is enough for the arm to have some.
@@ -195,7 +192,7 @@ TEST(MappingGeneration, TakesTheTwistJointsThatItIsGiven) {
         target.Find("tail"), target.Find("hips"), target.Find("leftWrist"), -0.5F};
     const velkori_TwistJointDefinition_ sourceTwist = {target.Find("head"), 0, 0, 0};
     const auto mappings =
-        GenerateJointMappings(target.pose, {&sourceTwist, 1}, target.pose, {&targetTwist, 1}, {});
+        GenerateJointMappings(target.rest, {&sourceTwist, 1}, target.rest, {&targetTwist, 1}, Up, {});
     std::vector<std::string> mapped;
     mapped.reserve(mappings.size());
     for (const SerializedJointMapping& mapping : mappings) {

@@ -18,7 +18,7 @@ using Texts = std::vector<std::string>;
 Texts FoundTwists(const PlacedBody& body) {
     const auto name = [&](int joint) { return body.skeleton.GetJointName(joint); };
     Texts found;
-    for (const auto& [twist, start, end, ratio] : IdentifyTwistJoints(body.pose)) {
+    for (const auto& [twist, start, end, ratio] : IdentifyTwistJoints(body.rest)) {
         found.push_back(name(twist) + ": " + name(start) + " -> " + name(end) + ", " +
                         std::to_string(std::lround(ratio * 100)));
     }
@@ -101,5 +101,5 @@ TEST(TwistJointIdentification, TakesStraightChainsBesideABone) {
     };
     ExpectFound(cases);
     const PlacedBody body(chain);
-    EXPECT_TRUE(IdentifyTwistJoints(PoseData(body.skeleton)).empty());
+    EXPECT_TRUE(IdentifyTwistJoints(RestPose(body.skeleton, {})).empty());
 }

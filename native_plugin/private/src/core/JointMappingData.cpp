@@ -6,11 +6,6 @@ namespace Velkori_Utility {
 
 namespace {
 
-bool IsTwist(const JointMappingSet& set) {
-    return set.GetBehavior() == velkori_JointMappingBehaviorType_Twist ||
-           set.GetBehavior() == velkori_JointMappingBehaviorType_ChildAlignedTwist;
-}
-
 // Collects what is wrong with serialized mappings. Negative indices stand for names that weren't found, and
 // are reported once for all.
 class MappingFaults {
@@ -113,7 +108,7 @@ void JointMappingData::InitializeCombinedMappingsAndTargetJointsSet() {
 bool JointMappingData::IsTwistTarget(int joint) const {
     const JointMappingSet* source = sourceMappings.Find(joint);
     const JointMappingSet* target = targetMappings.Find(joint);
-    return (source == nullptr || IsTwist(*source)) && (target == nullptr || IsTwist(*target));
+    return (source == nullptr || source->IsTwist()) && (target == nullptr || target->IsTwist());
 }
 
 bool JointMappingData::ValidateSerializedMappingData(const SkeletonInitializationParams& source,

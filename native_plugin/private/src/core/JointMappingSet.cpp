@@ -24,24 +24,31 @@ bool IsJointOf(const SkeletonData& skeleton, int joint) {
     return joint >= 0 && joint < skeleton.GetJointCount();
 }
 
-// Two orientations meet at the second one's weight as it stands, not at its share of the sum.
-Quaternionf BlendOrientations(std::span<const Quaternionf> orientations, std::span<const float> weights) {
-    switch (orientations.size()) {
-    case 0:
-        return Quaternionf::Identity;
-    case 1:
-        return orientations.front();
-    case 2:
-        return orientations.front().Slerp(orientations.back(), weights.back());
-    default:
-        return Quaternionf::CalculateWeightedMean(orientations, weights);
-    }
-}
+// The mean of a number of orientations that is known beforehand. Two meet at the second one's weight as it
+// stands, not at its share of the sum.
+class OrientationBlend {
+  public:
+    explicit OrientationBlend(int expectedCount) : count(expectedCount) {}
 
-JointPose Blend(const JointPose& a, const JointPose& b, float ratio) {
-    return {a.orientation.Slerp(b.orientation, ratio), a.position.Lerp(b.position, ratio),
-        a.scale.Lerp(b.scale, ratio)};
-}
+    void Add(const Quaternionf& orientation, float weight) {
+        if (count > 2) {
+            mean.Add(orientation, weight);
+        } else if (isFirst) {
+            blended = orientation;
+        } else {
+            blended = blended.Slerp(orientation, weight);
+        }
+        isFirst = false;
+    }
+
+    Quaternionf Get() const { return count > 2 ? mean.Get() : blended; }
+
+  private:
+    int count;
+    bool isFirst = true;
+    Quaternionf blended;
+    RotationMean mean;
+};
 
 } // namespace
 
@@ -77,47 +84,41 @@ const SkeletonData& JointMappingSet::GetEntrySkeleton() const {
 }
 
 void JointMappingSet::InitializeMappingWeights() {
-    scratchOrientations.resize(entries.size());
-    scratchWeights.resize(entries.size());
     float positionSum = 0.0F;
     float rotationSum = 0.0F;
     for (const JointMappingEntry& entry : entries) {
         positionSum += static_cast<float>(entry.positionWeight);
         rotationSum += static_cast<float>(entry.rotationWeight);
+        rotationCount += entry.rotationWeight > 0.0 ? 1 : 0;
     }
     positionWeightScale = ReciprocalOrZero(positionSum);
     rotationWeightScale = ReciprocalOrZero(rotationSum);
 }
 
 JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(
-    std::span<const JointPose> pose, const PoseData* reference, const JointPose* offset) const {
+    std::span<const JointPose> pose, std::span<const JointPose> reference, const JointPose* offset) const {
     if (std::ssize(pose) != GetEntrySkeleton().GetJointCount()) {
         return JointPose::Identity;
     }
     if (entries.size() == 1) {
         return pose[entries.front().jointIndex];
     }
-    const std::vector<JointPose>* referencePose =
-        reference != nullptr && reference->IsInitialized() ? &reference->GetJointPoses(RootSpace) : nullptr;
     JointPose result;
-    std::size_t rotationCount = 0;
+    OrientationBlend orientations(rotationCount);
     for (const JointMappingEntry& entry : entries) {
         const JointPose& joint = pose[entry.jointIndex];
         result.position += joint.position * (static_cast<float>(entry.positionWeight) * positionWeightScale);
         if (entry.rotationWeight > 0.0) {
-            scratchOrientations[rotationCount] =
-                referencePose != nullptr
-                    ? joint.orientation * (*referencePose)[entry.jointIndex].orientation.Inverse()
-                    : joint.orientation;
-            scratchWeights[rotationCount] = static_cast<float>(entry.rotationWeight);
-            ++rotationCount;
+            orientations.Add(reference.empty()
+                                 ? joint.orientation
+                                 : joint.orientation * reference[entry.jointIndex].orientation.Inverse(),
+                static_cast<float>(entry.rotationWeight));
         }
     }
     if (rotationWeightScale == 0.0F) {
         return result;
     }
-    result.orientation = BlendOrientations(
-        std::span(scratchOrientations).first(rotationCount), std::span(scratchWeights).first(rotationCount));
+    result.orientation = orientations.Get();
     if (offset != nullptr) {
         result.orientation = (result.orientation * offset->orientation).Normalize();
     }
@@ -125,9 +126,9 @@ JointPose JointMappingSet::CalculateUsingDeltaFromReferencePose(
 }
 
 JointPose JointMappingSet::CalculateOnRestPose(velkori_SkeletonTPoseType restPoseType) const {
-    const PoseData& restPose = GetEntrySkeleton().GetTPoseData(restPoseType);
+    const RestPose& restPose = GetEntrySkeleton().GetTPoseData(restPoseType);
     return restPose.IsInitialized()
-               ? CalculateUsingDeltaFromReferencePose(restPose.GetJointPoses(RootSpace), nullptr, nullptr)
+               ? CalculateUsingDeltaFromReferencePose(restPose.GetJointPoses(RootSpace), {}, nullptr)
                : JointPose::Identity;
 }
 
@@ -153,14 +154,14 @@ float JointMappingSet::CalculateMinMaxJointRatio(std::span<const float> ratios) 
 
 JointPose JointMappingSet::CalculateLocalOffsetToTarget(
     const JointMappingSet& minSet, const JointMappingSet& maxSet, float ratio) {
-    const PoseData& minPose = minSet.targetSkeleton->GetTPoseData(velkori_SkeletonTPoseType_Min);
-    const PoseData& maxPose = maxSet.targetSkeleton->GetTPoseData(velkori_SkeletonTPoseType_Max);
+    const RestPose& minPose = minSet.targetSkeleton->GetTPoseData(velkori_SkeletonTPoseType_Min);
+    const RestPose& maxPose = maxSet.targetSkeleton->GetTPoseData(velkori_SkeletonTPoseType_Max);
     if (minSet.type == velkori_SkeletonType_Target || !minPose.IsInitialized() || !maxPose.IsInitialized()) {
         return JointPose::Identity;
     }
-    const JointPose mapped = Blend(minSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Min),
-        maxSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Max), ratio);
-    const JointPose target = Blend(minPose.GetJointPoses(RootSpace)[minSet.targetJointIndex],
+    const JointPose mapped = minSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Min)
+                                 .Lerp(maxSet.CalculateOnRestPose(velkori_SkeletonTPoseType_Max), ratio);
+    const JointPose target = minPose.GetJointPoses(RootSpace)[minSet.targetJointIndex].Lerp(
         maxPose.GetJointPoses(RootSpace)[maxSet.targetJointIndex], ratio);
     return mapped.Inverted().ApplyWithScale(target);
 }

@@ -20,8 +20,6 @@ struct JointMappingEntry {
 };
 
 // How one target joint is driven by one or more joints of a skeleton: the source, or the target itself.
-//
-// Evaluating the rule uses lists that the set keeps, so one set isn't for two threads at once.
 class JointMappingSet {
   public:
     // Entries whose joint isn't one of the skeleton that `mapping` names, and entries of which neither weight
@@ -30,11 +28,11 @@ class JointMappingSet {
         const TargetSkeletonData& target);
 
     // The mean of the entries' root-space poses by their weights. With more than one entry, orientations are
-    // taken relative to those of `reference`, where given, and brought to the target joint by `offset`, whose
-    // position has no part in it. A single entry's pose is the result as it stands. `pose` has one element
-    // per joint of the entry skeleton, or none, which gives the identity.
+    // taken relative to those of `reference`, unless that is empty, and brought to the target joint by
+    // `offset`, where given, whose position has no part in it. A single entry's pose is the result as it
+    // stands. `pose` has one element per joint of the entry skeleton, or none, which gives the identity.
     JointPose CalculateUsingDeltaFromReferencePose(
-        std::span<const JointPose> pose, const PoseData* reference, const JointPose* offset) const;
+        std::span<const JointPose> pose, std::span<const JointPose> reference, const JointPose* offset) const;
     // The same on a rest pose of the entry skeleton.
     JointPose CalculateOnRestPose(velkori_SkeletonTPoseType type) const;
     // The entries' interpolation ratios by their weights; 0 where there are none.
@@ -53,6 +51,12 @@ class JointMappingSet {
     JointMappingType GetType() const { return type; }
 
     JointMappingBehaviorType GetBehavior() const { return behavior; }
+
+    // Whether the joint is only turned around its bone.
+    bool IsTwist() const {
+        return behavior == velkori_JointMappingBehaviorType_Twist ||
+               behavior == velkori_JointMappingBehaviorType_ChildAlignedTwist;
+    }
 
     int GetTargetJointIndex() const { return targetJointIndex; }
 
@@ -78,9 +82,8 @@ class JointMappingSet {
     float rotationWeightScale = 1.0F;
     std::vector<JointMappingEntry> entries;
     FastRangedIntegralSet<int> mappedJoints;
-    // An element per entry from the start, also in a copy of the set: evaluating allocates nothing.
-    mutable std::vector<Quaternionf> scratchOrientations;
-    mutable std::vector<float> scratchWeights;
+    // How many entries have a rotation weight above 0.
+    int rotationCount = 0;
 };
 
 } // namespace Velkori_Utility

@@ -1,6 +1,6 @@
 #include "core/LimbClassification.h"
 
-#include "core/SkeletonData.h"
+#include "core/Skeleton.h"
 
 namespace Velkori_Utility::AutoMapping {
 
@@ -59,7 +59,7 @@ class LimbClaims {
 } // namespace
 
 FastRangedIntegralMap<HumanoidLimb, FastRangedIntegralSet<int>> ClassifyJointsByLimb(
-    const SkeletonData& skeleton, FastRangedIntegralMap<HumanoidLimb, std::vector<int>>& chains) {
+    const Skeleton& skeleton, FastRangedIntegralMap<HumanoidLimb, std::vector<int>>& chains) {
     LimbClaims claims(skeleton.GetJointCount());
     chains.initialize(HumanoidLimb_Invalid, PastLastLimb);
     for (const auto& [limb, ends] : LimbToKnownJointChains) {

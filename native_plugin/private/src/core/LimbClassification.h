@@ -7,7 +7,7 @@
 
 namespace Velkori_Utility {
 
-class SkeletonData;
+class Skeleton;
 
 namespace AutoMapping {
 
@@ -18,7 +18,7 @@ namespace AutoMapping {
 // `chains` holds each limb's joints as the walk along the limb found them, whoever got them in the end. A
 // chain that descends doesn't hold the joint that it starts from.
 FastRangedIntegralMap<HumanoidLimb, FastRangedIntegralSet<int>> ClassifyJointsByLimb(
-    const SkeletonData& skeleton, FastRangedIntegralMap<HumanoidLimb, std::vector<int>>& chains);
+    const Skeleton& skeleton, FastRangedIntegralMap<HumanoidLimb, std::vector<int>>& chains);
 
 } // namespace AutoMapping
 

@@ -1,34 +1,29 @@
-// Construction, and the four representations of a pose that are derived from each other.
-
 #include "core/PoseData.h"
 
+#include "core/JointSpaceConversions.h"
 #include "core/JointSpaces.h"
 #include "core/PoseConversion.h"
-#include "core/SkeletonData.h"
-
-#include <algorithm>
+#include "core/PoseMeasures.h"
 
 namespace Velkori_Utility {
 
 namespace {
 
-constexpr std::uint32_t FlagOf(velkori_JointRelativeSpaceType space) {
-    return 1U << space;
+constexpr std::uint32_t JointLengthsFlag = 16;
+constexpr std::uint32_t EstimatedExtentsFlag = 32;
+
+float DivideOrZero(float dividend, float divisor) {
+    return divisor < MinNormal ? 0.0F : dividend / divisor;
 }
 
-void ResetScale(std::vector<JointPose>& pose) {
-    for (JointPose& joint : pose) {
-        joint.scale = Vector3f::One;
-    }
+// An empty list gives a pose that holds nothing.
+PoseData MakeRootSpacePose(const SkeletonData& skeleton, std::span<const JointPose> joints) {
+    return joints.empty() ? PoseData(skeleton) : PoseData(skeleton, RootSpace, joints, JointPose::Identity);
 }
 
 } // namespace
 
-PoseData::PoseData(const SkeletonData& owner) : skeleton(&owner) {}
-
-PoseData::PoseData(const PoseData& other) : skeleton(other.skeleton) {
-    Initialize(other);
-}
+// -- Construction ------------------------------------------------------------------------------------------
 
 PoseData::PoseData(const SkeletonData& owner, velkori_JointRelativeSpaceType space,
     std::span<const JointPose> joints, const JointPose& conversion)
@@ -36,30 +31,10 @@ PoseData::PoseData(const SkeletonData& owner, velkori_JointRelativeSpaceType spa
     Initialize(space, joints, conversion);
 }
 
-PoseData& PoseData::operator=(const PoseData& other) {
-    if (this != &other) {
-        skeleton = other.skeleton;
-        Initialize(other);
-    }
-    return *this;
+PoseData::PoseData(const SkeletonData& owner, const RestPose& restPose) : skeleton(&owner) {
+    Initialize(restPose);
 }
 
-void PoseData::Initialize(const PoseData& other) {
-    if (this == &other) {
-        return;
-    }
-    // Copying a list into one that is large enough needs no memory.
-    for (std::size_t space = 0; space < jointPoses.size(); ++space) {
-        jointPoses[space] = other.jointPoses[space];
-    }
-    jointLengths = other.jointLengths;
-    extents = other.extents;
-    estimatedExtentRange = other.estimatedExtentRange;
-    rotationalDirectionVectors = other.rotationalDirectionVectors;
-    validFlags = other.validFlags;
-}
-
-// A list of another size than the skeleton's is no pose of it.
 void PoseData::Initialize(
     velkori_JointRelativeSpaceType space, std::span<const JointPose> joints, const JointPose& conversion) {
     validFlags = 0;
@@ -74,40 +49,38 @@ void PoseData::Initialize(
             ResetScale(pose);
         }
         validFlags = FlagOf(space);
-    } else {
-        if (space == LocalSpace || space == ScaledLocalSpace) {
-            skeleton->ConvertLocalSpaceToRootSpacePose(pose, false);
-        }
-        for (JointPose& joint : pose) {
-            joint = convert.Apply(joint);
-        }
-        validFlags = FlagOf(RootSpace);
+        return;
     }
-    // The skeleton's own rest poses get their extents from their own data.
-    if (!skeleton->IsFullyConstructed()) {
-        InitializeEstimatedPoseExtents();
+    if (space == LocalSpace || space == ScaledLocalSpace) {
+        ConvertLocalSpaceToRootSpacePose(*skeleton, pose, false);
     }
+    for (JointPose& joint : pose) {
+        joint = convert.Apply(joint);
+    }
+    validFlags = FlagOf(RootSpace);
 }
 
-void PoseData::Initialize(velkori_SkeletonTPoseType type) {
-    Initialize(skeleton->GetTPoseData(type));
-}
-
-void PoseData::Clear() {
+void PoseData::Initialize(const RestPose& restPose) {
     validFlags = 0;
+    if (!restPose.IsInitialized() || &restPose.GetSkeleton() != skeleton) {
+        return;
+    }
+    // Copying a list into one that is large enough needs no memory.
+    jointPoses[RootSpace] = restPose.GetJointPoses(RootSpace);
+    jointLengths = restPose.GetJointLengths();
+    estimatedExtentRange = restPose.GetExtents().range;
+    validFlags = FlagOf(RootSpace) | JointLengthsFlag | EstimatedExtentsFlag;
 }
 
-int PoseData::GetJointCount() const {
-    return skeleton->GetJointCount();
+// -- Representations ---------------------------------------------------------------------------------------
+
+const std::vector<JointPose>& PoseData::GetJointPoses(velkori_JointRelativeSpaceType space) {
+    DeriveJointPoses(space);
+    return jointPoses[space];
 }
 
-bool PoseData::IsUsingUnscaledReference() const {
-    const PoseData& reference = skeleton->GetUnscaledTPose();
-    return this != &reference && reference.IsInitialized();
-}
-
-void PoseData::InitializeJointPoseData(velkori_JointRelativeSpaceType space) const {
-    if (validFlags == 0 || (validFlags & FlagOf(space)) != 0) {
+void PoseData::DeriveJointPoses(velkori_JointRelativeSpaceType space) {
+    if (!IsInitialized() || Has(space)) {
         return;
     }
     switch (space) {
@@ -129,108 +102,145 @@ void PoseData::InitializeJointPoseData(velkori_JointRelativeSpaceType space) con
 
 // Without an unscaled reference a scaled representation is a plain copy of its unscaled one, in both
 // directions. Root space is then never derived from scaled root space, which would be derived from it.
-void PoseData::DeriveRootSpacePose() const {
+void PoseData::DeriveRootSpacePose() {
     std::vector<JointPose>& pose = jointPoses[RootSpace];
-    const bool hasScaledRoot = (validFlags & FlagOf(ScaledRootSpace)) != 0;
-    const bool hasLocal = (validFlags & FlagOf(LocalSpace)) != 0;
-    if (hasScaledRoot || (!hasLocal && IsUsingUnscaledReference())) {
+    if (Has(ScaledRootSpace) || (!Has(LocalSpace) && HasUnscaledReference())) {
         pose = GetJointPoses(ScaledRootSpace);
         ResetScale(pose);
     } else {
         pose = GetJointPoses(LocalSpace);
-        skeleton->ConvertLocalSpaceToRootSpacePose(pose, true);
+        ConvertLocalSpaceToRootSpacePose(*skeleton, pose, true);
     }
 }
 
-void PoseData::DeriveLocalSpacePose() const {
+void PoseData::DeriveLocalSpacePose() {
     std::vector<JointPose>& pose = jointPoses[LocalSpace];
-    if ((validFlags & FlagOf(ScaledLocalSpace)) != 0) {
+    if (Has(ScaledLocalSpace)) {
         pose = jointPoses[ScaledLocalSpace];
-        if (IsUsingUnscaledReference()) {
-            UnscaleLocalSpacePose(pose);
+        if (HasUnscaledReference()) {
+            UnscaleLocalSpacePose(*skeleton, pose);
         }
     } else {
         pose = GetJointPoses(RootSpace);
-        skeleton->ConvertRootSpaceToLocalSpacePose(pose);
+        ConvertRootSpaceToLocalSpacePose(*skeleton, pose);
     }
 }
 
-void PoseData::DeriveScaledRootSpacePose() const {
+void PoseData::DeriveScaledRootSpacePose() {
     std::vector<JointPose>& pose = jointPoses[ScaledRootSpace];
-    if (!IsUsingUnscaledReference()) {
+    if (!HasUnscaledReference()) {
         pose = GetJointPoses(RootSpace);
         return;
     }
     constexpr std::uint32_t MeasuredRootSpace = FlagOf(RootSpace) | JointLengthsFlag | EstimatedExtentsFlag;
     const bool isMeasured = (validFlags & MeasuredRootSpace) == MeasuredRootSpace;
-    if ((validFlags & FlagOf(ScaledLocalSpace)) != 0 && !isMeasured) {
+    if (Has(ScaledLocalSpace) && !isMeasured) {
         pose = jointPoses[ScaledLocalSpace];
-        skeleton->ConvertLocalSpaceToRootSpacePose(pose, false);
+        ConvertLocalSpaceToRootSpacePose(*skeleton, pose, false);
     } else {
         pose = GetJointPoses(RootSpace);
-        skeleton->ConvertToScaledRootSpacePose(pose, GetJointLengths(), GetEstimatedExtentRange());
+        const std::vector<float>& lengths = GetJointLengths();
+        skeleton->GetRestPoses().ConvertToScaledRootSpacePose(pose, lengths, GetEstimatedExtentRange());
     }
 }
 
-void PoseData::DeriveScaledLocalSpacePose() const {
+void PoseData::DeriveScaledLocalSpacePose() {
     std::vector<JointPose>& pose = jointPoses[ScaledLocalSpace];
-    if (IsUsingUnscaledReference()) {
+    if (HasUnscaledReference()) {
         pose = GetJointPoses(ScaledRootSpace);
-        skeleton->ConvertRootSpaceToLocalSpacePose(pose);
+        ConvertRootSpaceToLocalSpacePose(*skeleton, pose);
     } else {
         pose = GetJointPoses(LocalSpace);
     }
 }
 
-const std::vector<JointPose>& PoseData::GetJointPoses(velkori_JointRelativeSpaceType space) const {
-    InitializeJointPoseData(space);
-    return jointPoses[space];
+// -- Measures ----------------------------------------------------------------------------------------------
+
+const std::vector<float>& PoseData::GetJointLengths() {
+    if (IsInitialized() && (validFlags & JointLengthsFlag) == 0 && !skeleton->IsEmpty()) {
+        if (Has(LocalSpace)) {
+            MeasureLocalJointLengths(jointPoses[LocalSpace], jointLengths);
+        } else {
+            MeasureJointLengths(*skeleton, GetJointPoses(RootSpace), jointLengths);
+        }
+        validFlags |= JointLengthsFlag;
+    }
+    return jointLengths;
 }
 
-// A local scale is relative to the parent's, while a bone is as long as all the scales above it make it.
-// Parents come first, so that each parent's scale has taken in its own parent's.
-void PoseData::UnscaleLocalSpacePose(std::vector<JointPose>& localSpacePose) const {
-    if (std::ssize(localSpacePose) != GetJointCount()) {
-        return;
+const Vector3f& PoseData::GetEstimatedExtentRange() {
+    if (IsInitialized() && (validFlags & EstimatedExtentsFlag) == 0 && !skeleton->IsEmpty()) {
+        estimatedExtentRange = skeleton->GetRestPoses().EstimateExtentRange(GetJointLengths());
+        validFlags |= EstimatedExtentsFlag;
     }
-    for (const int joint : skeleton->GetHierarchicalUpdateOrder()) {
-        const int parent = skeleton->GetParentJointIndex(joint);
-        if (parent != -1) {
-            JointPose& local = localSpacePose[joint];
-            local.position = local.position.Multiply(localSpacePose[parent].scale);
-            local.scale = local.scale.Multiply(localSpacePose[parent].scale);
-        }
-    }
-    ResetScale(localSpacePose);
+    return estimatedExtentRange;
 }
 
-bool PoseData::IsApproxEqual(const PoseData& other) const {
-    if (skeleton != other.skeleton) {
-        return false;
+PoseExtents PoseData::MeasureExtents() {
+    return IsInitialized() && !skeleton->IsEmpty()
+               ? Velkori_Utility::MeasureExtents(*skeleton, GetJointPoses(RootSpace))
+               : PoseExtents::EmptyExtents;
+}
+
+// -- Poses of another size ---------------------------------------------------------------------------------
+
+PoseData PoseData::CalculatePoseAtScale(float scale) {
+    if (scale == 1.0F || !IsInitialized()) {
+        return *this;
     }
-    if (!IsInitialized() || !other.IsInitialized()) {
-        return IsInitialized() == other.IsInitialized();
+    std::vector<JointPose> scaled = GetJointPoses(RootSpace);
+    for (JointPose& joint : scaled) {
+        joint.position = joint.position * scale;
     }
-    auto space = RootSpace;
-    for (const auto candidate : {RootSpace, LocalSpace, ScaledRootSpace, ScaledLocalSpace}) {
-        if ((validFlags & other.validFlags & FlagOf(candidate)) != 0) {
-            space = candidate;
-            break;
+    return MakeRootSpacePose(*skeleton, scaled);
+}
+
+PoseData PoseData::CalculatePoseAtHeight(float height, const Vector3f& up) {
+    if (!IsInitialized()) {
+        return *this;
+    }
+    return CalculatePoseAtScale(height / GetEstimatedExtentRange().Multiply(up).Length());
+}
+
+PoseData PoseData::CalculateAsTPose() {
+    if (!IsInitialized()) {
+        return PoseData(*skeleton);
+    }
+    return MakeRootSpacePose(*skeleton, skeleton->GetRestPoses().CalculateRootSpaceTPose(GetJointLengths()));
+}
+
+PoseData PoseData::MatchPoseScale(PoseData& poseToScale, PoseData& reference) {
+    if (&poseToScale == &reference || !poseToScale.IsInitialized()) {
+        return poseToScale;
+    }
+    const SkeletonData& skeleton = poseToScale.GetSkeleton();
+    const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
+    const int hips = skeleton.GetJointIndex(velkori_KnownJointType_Hips);
+    if (hips == -1 || !reference.IsInitialized() ||
+        reference.GetJointCount() != poseToScale.GetJointCount()) {
+        return PoseData(skeleton);
+    }
+    const Vector3f& theirs = reference.GetEstimatedExtentRange();
+    const Vector3f& mine = poseToScale.GetEstimatedExtentRange();
+    const Vector3f ratio(
+        DivideOrZero(theirs.x, mine.x), DivideOrZero(theirs.y, mine.y), DivideOrZero(theirs.z, mine.z));
+    std::vector<JointPose> scaled = poseToScale.GetJointPoses(LocalSpace);
+    const std::vector<JointPose>& rootSpacePose = poseToScale.GetJointPoses(RootSpace);
+    const std::vector<float>& lengths = reference.GetJointLengths();
+    for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
+        const int parent = skeleton.GetParentJointIndex(joint);
+        Vector3f& position = scaled[joint].position;
+        float length = lengths[joint];
+        if (parent == -1) {
+            length = position.Multiply(ratio).Length();
+        } else if (joint == root || joint == hips) {
+            // The joints that carry the body follow its extents, which are along the axes of root space.
+            length = rootSpacePose[parent].orientation.Rotate(position).Multiply(ratio).Length();
         }
+        position = position.Normalize() * length;
+        scaled[joint].scale = Vector3f::One;
     }
-    const auto isNear = [](const Vector3f& a, const Vector3f& b, float tolerance) {
-        const Vector3f difference = (a - b).Abs();
-        return difference.x < tolerance && difference.y < tolerance && difference.z < tolerance;
-    };
-    const std::vector<JointPose>& poses = GetJointPoses(space);
-    const std::vector<JointPose>& otherPoses = other.GetJointPoses(space);
-    const auto arePosesNear = [&](const JointPose& a, const JointPose& b) {
-        const Quaternionf& p = a.orientation;
-        const Quaternionf& q = b.orientation;
-        return 1.0F - (p.x * q.x + p.y * q.y + p.z * q.z + p.w * q.w) <= 1e-05F &&
-               isNear(a.position, b.position, 0.001F) && isNear(a.scale, b.scale, 1e-05F);
-    };
-    return std::equal(poses.begin(), poses.end(), otherPoses.begin(), otherPoses.end(), arePosesNear);
+    return PoseData(skeleton, LocalSpace, scaled, JointPose::Identity);
 }
 
 } // namespace Velkori_Utility

@@ -1,346 +1,80 @@
 #include "core/SkeletonData.h"
 
-#include "core/LimbClassification.h"
-#include "shared/Log.h"
-
-#include <algorithm>
+#include "core/JointSpaces.h"
+#include "core/PoseBlending.h"
 
 namespace Velkori_Utility {
 
-namespace {
-
-bool IsIndexOf(int index, std::size_t count) {
-    return index >= 0 && static_cast<std::size_t>(index) < count;
-}
-
-const std::string& NameOrEmpty(const std::vector<std::string>& names, int index) {
-    static const std::string empty;
-    return IsIndexOf(index, names.size()) ? names[index] : empty;
-}
-
-// From a joint upwards until the next one is `stop` or there is none. A circle, which validation refuses, is
-// left after as many steps as there are joints.
-std::vector<int> ClimbUntil(std::span<const int> parentIndices, int joint, int stop) {
-    std::vector<int> climbed = {joint};
-    for (int next = parentIndices[joint]; next != -1 && next != stop && climbed.size() < parentIndices.size();
-         next = parentIndices[next]) {
-        climbed.push_back(next);
-    }
-    return climbed;
-}
-
-// A skeleton without a rest pose is valid, and its pose holds nothing then.
-void InitializeTPose(PoseData& tPose, std::span<const JointPose> rootSpacePose) {
-    if (!rootSpacePose.empty() && static_cast<int>(rootSpacePose.size()) == tPose.GetJointCount()) {
-        tPose.Initialize(
-            velkori_JointRelativeSpaceType_RootOriginRelative, rootSpacePose, JointPose::Identity);
-        // Measured from root space or from local space, a root's length differs. Measuring at once makes what
-        // is computed from rest poses independent of what was asked of them before.
-        tPose.InitializeJointLengths();
-    }
-}
-
-} // namespace
-
-// -- Construction ------------------------------------------------------------------------------------------
-
-SkeletonData::SkeletonData(const InitializationParams& params)
-    : unscaledTPose(*this),
-      jointCount(static_cast<int>(params.jointNames.size())),
-      jointNames(params.jointNames),
-      blendShapeCount(static_cast<int>(params.blendShapeNames.size())),
-      blendShapeNames(params.blendShapeNames) {
-    Initialize(params.parentJointNames, params.knownJointNames, params.autoMappingExcludedJoints);
-    InitializeTPose(unscaledTPose, params.unscaledTPose);
-}
-
-void SkeletonData::Initialize(std::span<const std::string> parentJointNames,
-    std::span<const std::string> knownJointNames,
-    std::span<const std::string> autoMappingExcludedJointNames) {
-    ConvertStringArrayToLookupMap(jointNames, jointNameToIndex, jointNamesBufferSize);
-    autoMappingExcludedJoints = FastRangedIntegralSet<int>(
-        0, 0, ConvertJointNameArrayToJointIndexList(autoMappingExcludedJointNames));
-    NameToIndexMap blendShapeNameToIndex;
-    ConvertStringArrayToLookupMap(blendShapeNames, blendShapeNameToIndex, blendShapeNamesBufferSize);
-    GenerateParentChildLookupTables(parentJointNames);
-    // Joints that all hang on each other, which validation refuses, have an update order all the same.
-    if (jointCount >= 1 && rootJoints.empty()) {
-        rootJoints.push_back(0);
-    }
-    GenerateHierarchicalUpdateOrder();
-    InitializeKnownJointData(knownJointNames);
-    ClassifyJoints();
-}
-
-void SkeletonData::ConvertStringArrayToLookupMap(
-    std::span<const std::string> names, NameToIndexMap& map, std::size_t& bufferSize) {
-    map.Reserve(names.size());
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        bufferSize += names[i].size() + 1;
-        if (names[i].empty()) {
-            Log(velkori_LogLevel_Error, "String in Name array cannot be an empty string");
-        } else if (!map.Insert(names[i], static_cast<int>(i))) {
-            Log(velkori_LogLevel_Error, "Duplicate name found in string array: \"%s\"", names[i].c_str());
-        }
-    }
-}
-
-void SkeletonData::GenerateParentChildLookupTables(std::span<const std::string> parentJointNames) {
-    parentIndices.reserve(jointNames.size());
-    childIndices.resize(jointNames.size());
-    for (int joint = 0; joint < jointCount; ++joint) {
-        parentIndices.push_back(-1);
-        if (!IsIndexOf(joint, parentJointNames.size()) || parentJointNames[joint].empty()) {
-            rootJoints.push_back(joint);
-        } else if (const int* parent = jointNameToIndex.Find(parentJointNames[joint])) {
-            parentIndices[joint] = *parent;
-            childIndices[*parent].push_back(joint);
-        } else {
-            // Neither a root nor a child: out of every walk.
-            Log(velkori_LogLevel_Error, "Could not find Joint Parent named \"%s\"",
-                parentJointNames[joint].c_str());
-        }
-    }
-}
-
-void SkeletonData::GenerateHierarchicalUpdateOrder() {
-    hierarchicalUpdateOrder.reserve(jointNames.size());
-    hierarchicalUpdateOrder = rootJoints;
-    for (std::size_t i = 0; i < hierarchicalUpdateOrder.size(); ++i) {
-        for (const int child : childIndices[hierarchicalUpdateOrder[i]]) {
-            // A root is nobody's child, but for the one that stands in where all joints form circles.
-            if (child != rootJoints.front()) {
-                hierarchicalUpdateOrder.push_back(child);
-            }
-        }
-    }
-}
-
-void SkeletonData::InitializeKnownJointData(std::span<const std::string> knownJointNames) {
-    knownJointToIndex.initialize(velkori_KnownJointType_Root, velkori_KnownJointType_LeftAnkle);
-    FastRangedIntegralSet<int> taken(0, jointCount, FastRangedIntegralSet<int>::EmptyInitialValues);
-    const std::size_t count = std::min<std::size_t>(knownJointNames.size(), VELKORI_KNOWN_JOINT_COUNT);
-    for (std::size_t i = 0; i < count; ++i) {
-        const int* joint = jointNameToIndex.Find(knownJointNames[i]);
-        // A joint has one role, the first that it is given.
-        if (joint != nullptr && !taken.contains(*joint)) {
-            knownJointToIndex.insert(static_cast<velkori_KnownJointType>(i), *joint);
-            taken.insertInternal(*joint);
-        }
-    }
-}
-
-void SkeletonData::ClassifyJoints() {
-    const auto limbToJoints = AutoMapping::ClassifyJointsByLimb(*this, limbToJointChain);
-    jointToLimb.initialize(0, jointCount);
-    for (const auto& [limb, joints] : limbToJoints) {
-        if (limb == HumanoidLimb_Invalid) {
-            continue;
-        }
-        for (const int joint : joints) {
-            jointToLimb.insert(joint, limb);
-        }
-    }
-}
-
-// -- Joints and names --------------------------------------------------------------------------------------
-
-const std::string& SkeletonData::GetJointName(int joint) const {
-    return NameOrEmpty(jointNames, joint);
-}
-
-const std::string& SkeletonData::GetBlendShapeName(int blendShape) const {
-    return NameOrEmpty(blendShapeNames, blendShape);
-}
-
-int SkeletonData::GetIndexFromNameToIdxMap(
-    std::string_view name, const NameToIndexMap& map, int defaultIndex) {
-    const int* index = map.Find(name);
-    return index == nullptr ? defaultIndex : *index;
-}
-
-std::vector<int> SkeletonData::ConvertJointNameArrayToJointIndexList(
-    std::span<const std::string> names) const {
-    std::vector<int> joints;
-    joints.reserve(names.size());
-    for (const std::string& name : names) {
-        joints.push_back(GetIndexFromNameToIdxMap(name, jointNameToIndex, -1));
-    }
-    return joints;
-}
-
-// -- Hierarchy ---------------------------------------------------------------------------------------------
-
-bool SkeletonData::IsRootJoint(int joint) const {
-    return std::binary_search(rootJoints.begin(), rootJoints.end(), joint);
-}
-
-int SkeletonData::GetParentJointIndex(int joint) const {
-    return IsIndexOf(joint, parentIndices.size()) ? parentIndices[joint] : -1;
-}
-
-const std::vector<int>& SkeletonData::GetChildJointIndexArray(int joint) const {
-    static const std::vector<int> empty;
-    return IsIndexOf(joint, childIndices.size()) ? childIndices[joint] : empty;
-}
-
-bool SkeletonData::IsAncestorOfJointIndex(int ancestor, int joint) const {
-    if (GetChildJointIndexArray(ancestor).empty()) {
-        return false;
-    }
-    // Counting the steps leads out of a circle, too.
-    int current = GetParentJointIndex(joint);
-    for (int step = 0; step < jointCount && current != -1; ++step) {
-        if (current == ancestor) {
-            return true;
-        }
-        current = parentIndices[current];
-    }
-    return false;
-}
-
-std::vector<int> SkeletonData::GetDescendantsOfJointIndex(
-    int joint, const FastRangedIntegralSet<int>& stopAt) const {
-    std::vector<int> descendants = GetChildJointIndexArray(joint);
-    for (std::size_t i = 0; i < descendants.size(); ++i) {
-        if (stopAt.contains(descendants[i])) {
-            continue;
-        }
-        for (const int child : childIndices[descendants[i]]) {
-            // Only a circle leads back to where the walk began.
-            if (child != joint) {
-                descendants.push_back(child);
-            }
-        }
-    }
-    return descendants;
-}
-
-std::vector<int> SkeletonData::GetAncestorsOfJointIndex(int joint, bool includeSelf) const {
-    const int parent = GetParentJointIndex(joint);
-    std::vector<int> ancestors;
-    if (parent != -1) {
-        ancestors = ClimbUntil(parentIndices, parent, -1);
-    }
-    if (includeSelf) {
-        ancestors.insert(ancestors.begin(), joint);
-    }
-    return ancestors;
-}
-
-std::vector<int> SkeletonData::GetConnectedPathBetweenJoints(int start, int end) const {
-    if (start == end || !IsIndexOf(start, parentIndices.size()) || !IsIndexOf(end, parentIndices.size())) {
-        return {};
-    }
-    std::vector<int> upwards = ClimbUntil(parentIndices, start, end);
-    if (parentIndices[upwards.back()] == end) {
-        return upwards;
-    }
-    std::vector<int> downwards = ClimbUntil(parentIndices, end, start);
-    if (parentIndices[downwards.back()] == start) {
-        std::reverse(downwards.begin(), downwards.end());
-        return downwards;
-    }
-    if (upwards.back() != downwards.back()) {
-        return {};
-    }
-    // Neither lies above the other: what both climbs share, up to the joint where they met, is no part of the
-    // way.
-    while (!upwards.empty() && !downwards.empty() && upwards.back() == downwards.back()) {
-        upwards.pop_back();
-        downwards.pop_back();
-    }
-    upwards.insert(upwards.end(), downwards.rbegin(), downwards.rend());
-    return upwards;
-}
-
-// -- Known joints and limbs --------------------------------------------------------------------------------
-
-int SkeletonData::GetJointIndex(velkori_KnownJointType knownJoint) const {
-    const int* joint = knownJointToIndex.Find(knownJoint);
-    return joint == nullptr ? -1 : *joint;
-}
-
-bool SkeletonData::HasValidKnownJoints(std::span<const velkori_KnownJointType> knownJoints) const {
-    return std::all_of(knownJoints.begin(), knownJoints.end(),
-        [this](velkori_KnownJointType knownJoint) { return knownJointToIndex.contains(knownJoint); });
-}
-
-HumanoidLimb SkeletonData::GetLimb(int joint) const {
-    const HumanoidLimb* limb = jointToLimb.Find(joint);
-    return limb == nullptr ? HumanoidLimb_Invalid : *limb;
-}
-
-const std::vector<int>& SkeletonData::GetJointChainByHumanoidLimb(HumanoidLimb limb) const {
-    static const std::vector<int> empty;
-    const std::vector<int>* chain = limbToJointChain.Find(limb);
-    return chain == nullptr ? empty : *chain;
-}
-
-// -- Source ------------------------------------------------------------------------------------------------
-
-SourceSkeletonData::SourceSkeletonData(const InitializationParams& params)
-    : SkeletonData(params),
-      minTPose(*this),
-      maxTPose(*this),
-      emptyManifestation(std::make_unique<const Manifestation>(*this, std::vector<int>())) {
-    InitializeTPose(minTPose, params.minTPose);
-    InitializeTPose(maxTPose, params.maxTPose);
-    // The root stands on the ground and is no part of the body.
-    const int root = GetJointIndex(velkori_KnownJointType_Root);
-    const FastRangedIntegralSet<int> withoutRoot(root, root, std::vector<int>{root});
-    tPoseDimensionMasks = {
-        minTPose.GenerateJointDimensionMask(withoutRoot), maxTPose.GenerateJointDimensionMask(withoutRoot)};
-    InitializeManifestations(params.manifestations);
-    isFullyConstructed = true;
-}
-
-void SourceSkeletonData::InitializeManifestations(
-    const InsertionOrderedMap<std::vector<std::string>>& jointNamesByManifestation) {
-    manifestations.Reserve(jointNamesByManifestation.Size());
-    for (const auto& [name, memberNames] : jointNamesByManifestation) {
+SkeletonData::SkeletonData(velkori_SkeletonType type, const InitializationParams& params)
+    : Skeleton(params), skeletonType(type), restPoses(*this, params), emptyManifestation(*this, {}) {
+    manifestations.Reserve(params.manifestations.Size());
+    for (const auto& [name, memberNames] : params.manifestations) {
         manifestationNamesBufferSize += name.size() + 1;
-        manifestations.Insert(name,
-            std::make_unique<const Manifestation>(*this, ConvertJointNameArrayToJointIndexList(memberNames)));
+        manifestations.Insert(name, Manifestation(*this, ConvertJointNameArrayToJointIndexList(memberNames)));
     }
 }
 
-const PoseData& SourceSkeletonData::GetTPoseData(velkori_SkeletonTPoseType type) const {
-    return type == velkori_SkeletonTPoseType_Max ? maxTPose : minTPose;
+const RestPose& SkeletonData::GetTPoseData(velkori_SkeletonTPoseType type) const {
+    if (type == velkori_SkeletonTPoseType_Unscaled && skeletonType == velkori_SkeletonType_Target) {
+        return restPoses.GetUnscaled();
+    }
+    return type == velkori_SkeletonTPoseType_Max ? restPoses.GetMax() : restPoses.GetMin();
 }
 
-int SourceSkeletonData::GetManifestationCount() const {
-    return static_cast<int>(manifestations.Size());
+const RestPose& SkeletonData::GetUnscaledOrMinTPose() const {
+    return restPoses.GetUnscaled().IsInitialized() ? restPoses.GetUnscaled() : restPoses.GetMin();
 }
 
-bool SourceSkeletonData::IsValidManifestation(std::string_view name) const {
-    return manifestations.Contains(name);
+const Manifestation& SkeletonData::GetManifestation(std::string_view name) const {
+    const Manifestation* found = manifestations.Find(name);
+    return found == nullptr ? emptyManifestation : *found;
 }
 
-const Manifestation& SourceSkeletonData::GetManifestation(std::string_view name) const {
-    const auto* found = manifestations.Find(name);
-    return found == nullptr ? *emptyManifestation : **found;
+int SkeletonData::GetManifestationJointCount(std::string_view name) const {
+    return static_cast<int>(GetManifestation(name).GetJointIndices().size());
 }
 
-int SourceSkeletonData::GetManifestationJointCount(std::string_view name) const {
-    const auto* found = manifestations.Find(name);
-    return found == nullptr ? 0 : static_cast<int>((*found)->GetJointIndices().size());
+InsertionOrderedMap<std::vector<std::string>> SkeletonData::GenerateManifestationStringMap() const {
+    InsertionOrderedMap<std::vector<std::string>> jointNamesByManifestation;
+    jointNamesByManifestation.Reserve(manifestations.Size());
+    for (const auto& [name, manifestation] : manifestations) {
+        jointNamesByManifestation.Insert(name, manifestation.GenerateJointNameArray(*this));
+    }
+    return jointNamesByManifestation;
 }
 
-const std::vector<Vector3f>& SourceSkeletonData::GetTPoseDimensionMask(JointMappingType type) const {
-    static const std::vector<Vector3f> empty;
-    return IsIndexOf(type, tPoseDimensionMasks.size()) ? tPoseDimensionMasks[type] : empty;
+SkeletonData::InitializationParams SkeletonData::GenerateInitializationParams(bool preferMidPose) const {
+    const std::vector<JointPose>& minPose = restPoses.GetMin().GetJointPoses(RootSpace);
+    const std::vector<JointPose>& maxPose = restPoses.GetMax().GetJointPoses(RootSpace);
+    if (preferMidPose && !restPoses.GetUnscaled().IsInitialized()) {
+        return GenerateInitializationParams(minPose, maxPose, LerpRootSpacePoses(minPose, maxPose, 0.5F));
+    }
+    return GenerateInitializationParams(minPose, maxPose, restPoses.GetUnscaled().GetJointPoses(RootSpace));
 }
 
-// -- Target ------------------------------------------------------------------------------------------------
-
-const PoseData& TargetSkeletonData::GetTPoseData(velkori_SkeletonTPoseType type) const {
-    return type == velkori_SkeletonTPoseType_Unscaled ? GetUnscaledTPose()
-                                                      : SourceSkeletonData::GetTPoseData(type);
-}
-
-const PoseData& TargetSkeletonData::GetUnscaledOrMinTPose() const {
-    return GetUnscaledTPose().IsInitialized() ? GetUnscaledTPose() : minTPose;
+SkeletonData::InitializationParams SkeletonData::GenerateInitializationParams(
+    std::span<const JointPose> minPose, std::span<const JointPose> maxPose,
+    std::span<const JointPose> unscaledPose) const {
+    InitializationParams params;
+    params.blendShapeNames = GetBlendShapeNames();
+    params.jointNames = GetJointNames();
+    params.jointNameToIndex = GetJointNameToIndexMap();
+    params.parentJointNames.reserve(GetJointNames().size());
+    for (const int parent : GetParentIndices()) {
+        params.parentJointNames.push_back(GetJointName(parent));
+    }
+    params.knownJointNames.resize(VELKORI_KNOWN_JOINT_COUNT);
+    for (const auto& [knownJoint, joint] : GetKnownJoints()) {
+        params.knownJointNames[knownJoint] = GetJointName(joint);
+    }
+    for (const int joint : GetAutoMappingExcludedJoints()) {
+        params.autoMappingExcludedJoints.push_back(GetJointName(joint));
+    }
+    params.manifestations = GenerateManifestationStringMap();
+    params.minTPose.assign(minPose.begin(), minPose.end());
+    params.maxTPose.assign(maxPose.begin(), maxPose.end());
+    params.unscaledTPose.assign(unscaledPose.begin(), unscaledPose.end());
+    return params;
 }
 
 } // namespace Velkori_Utility

@@ -1,3 +1,4 @@
+#include "core/JointSpaces.h"
 #include "core/PoseConversion.h"
 #include "document/JSONKeywords.h"
 #include "document/MathJSON.h"
@@ -100,15 +101,14 @@ Quaternionf RoundForDocument(const Quaternionf& rotation) {
     return {components[0], components[1], components[2], components[3]};
 }
 
-JSONValue WritePose(const PoseData& pose, const JointPose& conversion, JSONAllocator& allocator) {
+JSONValue WritePose(const RestPose& pose, const JointPose& conversion, JSONAllocator& allocator) {
     JSONValue object(rapidjson::kObjectType);
     if (!pose.IsInitialized()) {
         return object;
     }
     const PoseConversion convert(conversion);
-    const std::vector<JointPose>& joints =
-        pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
-    for (int joint = 0; joint < pose.GetJointCount(); ++joint) {
+    const std::vector<JointPose>& joints = pose.GetJointPoses(RootSpace);
+    for (int joint = 0; joint < std::ssize(joints); ++joint) {
         JointPose written = joints[joint];
         if (!convert.IsIdentity()) {
             written = convert.Apply(written);
@@ -129,17 +129,16 @@ JSONValue WriteSkeleton(const SkeletonData& skeleton, const JointPose& conversio
             RapidJSONHelpers::AddMember(object, key, std::move(content), allocator);
         }
     };
-    const PoseData& minTPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min);
-    const PoseData& maxTPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max);
+    const RestPoses& restPoses = skeleton.GetRestPoses();
     addUnlessEmpty(JSONKeywords::Joints, WriteNames(skeleton.GetJointNames(), allocator));
     addUnlessEmpty(JSONKeywords::BlendShapes, WriteNames(skeleton.GetBlendShapeNames(), allocator));
     addUnlessEmpty(JSONKeywords::Hierarchy, WriteHierarchy(skeleton, allocator));
     addUnlessEmpty(JSONKeywords::KnownJoints, WriteKnownJoints(skeleton, allocator));
     addUnlessEmpty(JSONKeywords::AutoMappingExcludedJoints, WriteExcludedJoints(skeleton, allocator));
     addUnlessEmpty(JSONKeywords::Manifestations, WriteManifestations(skeleton, allocator));
-    addUnlessEmpty(JSONKeywords::TPose, WritePose(skeleton.GetUnscaledTPose(), conversion, allocator));
-    addUnlessEmpty(JSONKeywords::TPoseMin, WritePose(minTPose, conversion, allocator));
-    addUnlessEmpty(JSONKeywords::TPoseMax, WritePose(maxTPose, conversion, allocator));
+    addUnlessEmpty(JSONKeywords::TPose, WritePose(restPoses.GetUnscaled(), conversion, allocator));
+    addUnlessEmpty(JSONKeywords::TPoseMin, WritePose(restPoses.GetMin(), conversion, allocator));
+    addUnlessEmpty(JSONKeywords::TPoseMax, WritePose(restPoses.GetMax(), conversion, allocator));
     return object;
 }
 

@@ -13,7 +13,7 @@ velkori_Result FailWithJointSpaceType(velkori_JointRelativeSpaceType type) {
     return Fail(velkori_Result_InvalidValue, "Joint space type %d is not between 0 and 3", type);
 }
 
-std::span<const JointPose> JointPosesOf(const PoseData& pose, velkori_JointRelativeSpaceType space) {
+std::span<const JointPose> JointPosesOf(PoseData& pose, velkori_JointRelativeSpaceType space) {
     if (!pose.IsInitialized()) {
         return {};
     }
@@ -43,8 +43,7 @@ PoseData ReadPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType s
     return PoseData(skeleton, space, ToJointPoseVectorFromVelkoriPoseArray(transforms, count), conversion);
 }
 
-void WritePose(
-    const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
+void WritePose(PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
     ToVelkoriPoseArrayFromJointPoseVector(JointPosesOf(pose, space), out_transforms);
 }
 

@@ -2,6 +2,7 @@
 
 // What the exports that take or give poses share.
 
+#include "core/PoseData.h"
 #include "core/SkeletonData.h"
 #include "interface/InterfaceBuffers.h"
 
@@ -14,7 +15,7 @@ bool IsJointSpaceType(velkori_JointRelativeSpaceType type);
 velkori_Result FailWithJointSpaceType(velkori_JointRelativeSpaceType type);
 
 // The joints of a pose in one space; none if the pose holds nothing.
-std::span<const JointPose> JointPosesOf(const PoseData& pose, velkori_JointRelativeSpaceType space);
+std::span<const JointPose> JointPosesOf(PoseData& pose, velkori_JointRelativeSpaceType space);
 
 // Checks a caller's transforms, with `result` as the code of a failure.
 velkori_Result CheckTransforms(
@@ -29,8 +30,7 @@ PoseData ReadPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType s
     const velkori_Transform_* transforms, int32_t count, const JointPose& conversion = JointPose::Identity);
 
 // Writes a pose in one space over an array that has room for it.
-void WritePose(
-    const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms);
+void WritePose(PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms);
 
 // What takes poses from one coordinate space to the other, both of which must be axis-aligned.
 velkori_Result CalculateConversion(const velkori_CoordinateSpace_& in_coordinateSpace,

@@ -4,6 +4,7 @@
 #include "retargeting/Retargeting.h"
 #include "serialization/Serialization.h"
 #include "shared/DataTypes.h"
+#include "shared/ProcessSpace.h"
 
 #include <optional>
 #include <string>
@@ -21,7 +22,7 @@ struct WrittenDocument {
 // other, so an instance is never copied or moved.
 struct UtilityInstance {
     explicit UtilityInstance(const UtilityConfigData::InitializationParams& params)
-        : config(params), retargeting(config), serialization(config) {}
+        : config(params), retargeting(config, CoordinateSpace(ProcessSpace())), serialization(config) {}
 
     UtilityInstance(const UtilityInstance&) = delete;
     UtilityInstance& operator=(const UtilityInstance&) = delete;

@@ -1,5 +1,7 @@
 // The exports that bring rest poses and single poses into line with others.
 
+#include "core/JointSpaces.h"
+#include "core/PoseBlending.h"
 #include "interface/InterfacePoses.h"
 #include "interface/UtilityInstance.h"
 #include "retargeting/alignment/Alignment.h"
@@ -15,25 +17,29 @@ constexpr velkori_AlignmentFlags FlagsForUnscaledPose = velkori_AlignmentFlags_M
 
 // The unscaled pose has a size of its own between the two others. It is aligned to a source of as much
 // between its own two, and keeps its height and proportions.
-PoseData AlignUnscaledPose(velkori_AlignmentFlags flags, const SkeletonData& source,
-    const TargetSkeletonData& target, const PoseData& alignedMin, const PoseData& alignedMax) {
-    const PoseData& unscaled = target.GetUnscaledTPose();
+std::vector<JointPose> AlignUnscaledPose(velkori_AlignmentFlags flags, const SkeletonData& source,
+    const TargetSkeletonData& target, PoseData& alignedMin, PoseData& alignedMax) {
+    const RestPose& unscaled = target.GetUnscaledTPose();
     if (!unscaled.IsInitialized()) {
-        return alignedMin.Lerp(alignedMax, 0.5F);
+        return LerpRootSpacePoses(
+            alignedMin.GetJointPoses(RootSpace), alignedMax.GetJointPoses(RootSpace), 0.5F);
     }
     const auto applied = static_cast<velkori_AlignmentFlags>(flags & FlagsForUnscaledPose);
     if (applied == velkori_AlignmentFlags_None) {
-        return unscaled;
+        return unscaled.GetJointPoses(RootSpace);
     }
-    const Vector3f ratio = Alignment::CalculateExtentRangeBetweenPoses(alignedMin, alignedMax, unscaled);
-    const PoseData sourcePose = source.GetTPoseData(velkori_SkeletonTPoseType_Min)
-                                    .Lerp(source.GetTPoseData(velkori_SkeletonTPoseType_Max), ratio);
-    return Alignment::AlignToRestPose(applied, sourcePose, unscaled);
+    std::vector<JointPose> sourceJoints;
+    source.GetRestPoses().GetRootSpaceTPoseFromRatio(
+        Alignment::CalculateExtentRangeBetweenPoses(alignedMin, alignedMax, unscaled.GetJointLengths()),
+        sourceJoints);
+    return Alignment::AlignToRestPose(
+        applied, RestPose(source, sourceJoints), PoseData(target, unscaled), CoordinateSpace(ProcessSpace()))
+        .GetJointPoses(RootSpace);
 }
 
 // Writes what became of a pose over it, unless nothing did.
 velkori_Result WriteMatchedPose(
-    const PoseData& pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
+    PoseData pose, velkori_JointRelativeSpaceType space, velkori_Transform_* out_transforms) {
     if (!pose.IsInitialized()) {
         const bool hasHips = pose.GetSkeleton().GetJointIndex(velkori_KnownJointType_Hips) != -1;
         return Fail(velkori_Result_Failure, "Cannot match a pose of a skeleton without %s",
@@ -67,23 +73,28 @@ velkori_Result velkori_alignTargetToSource(const char* configName, velkori_Align
         const SkeletonData& source = sourceInstance->config.GetSkeletonData(sourceSkeletonType);
         const TargetSkeletonData& target = targetInstance->config.GetTargetSkeleton();
         const auto align = [&](velkori_SkeletonTPoseType type) {
-            return Alignment::AlignToRestPose(flags, source.GetTPoseData(type), target.GetTPoseData(type));
+            return Alignment::AlignToRestPose(flags, source.GetTPoseData(type),
+                PoseData(target, target.GetTPoseData(type)), CoordinateSpace(ProcessSpace()));
         };
-        const PoseData alignedMin = align(velkori_SkeletonTPoseType_Min);
+        PoseData alignedMin = align(velkori_SkeletonTPoseType_Min);
         if (!alignedMin.IsInitialized()) {
             return Fail(velkori_Result_Failure, "Failed to Align Source and Target Min Pose");
         }
-        const PoseData alignedMax = align(velkori_SkeletonTPoseType_Max);
+        PoseData alignedMax = align(velkori_SkeletonTPoseType_Max);
         if (!alignedMax.IsInitialized()) {
             return Fail(velkori_Result_Failure, "Failed to Align Source and Target Max Pose");
         }
         Configuration config = targetInstance->config.GetConfiguration();
         config.coordinateSpace = CoordinateSpace(ProcessSpace());
         const bool hasName = configName != nullptr && configName[0] != '\0';
+        // Before anything else is asked of the two poses: from where their lengths are measured depends on
+        // it.
+        const std::vector<JointPose> alignedUnscaled =
+            AlignUnscaledPose(flags, source, target, alignedMin, alignedMax);
         CreateOrReplaceInstance({hasName ? configName : targetInstance->config.GetName(), config,
                                     source.GenerateInitializationParams(true),
-                                    target.GenerateInitializationParams(alignedMin, alignedMax,
-                                        AlignUnscaledPose(flags, source, target, alignedMin, alignedMax)),
+                                    target.GenerateInitializationParams(alignedMin.GetJointPoses(RootSpace),
+                                        alignedMax.GetJointPoses(RootSpace), alignedUnscaled),
                                     {}, {}},
             *in_out_handle);
         return velkori_Result_Success;
@@ -93,7 +104,7 @@ velkori_Result velkori_alignTargetToSource(const char* configName, velkori_Align
 velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velkori_SkeletonType skeletonType,
     velkori_MatchBehavior matchBehavior, velkori_JointRelativeSpaceType jointSpaceType, int32_t jointCount,
     velkori_Transform_* in_out_transform) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_transform == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "in_out_transform");
         }
@@ -107,11 +118,11 @@ velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velkori_Skeleton
             result != velkori_Result_Success) {
             return result;
         }
-        const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transform, jointCount);
+        PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transform, jointCount);
         if (matchBehavior == velkori_MatchBehavior_JointLengths) {
             return WriteMatchedPose(pose.CalculateAsTPose(), jointSpaceType, in_out_transform);
         }
-        const PoseData& current = instance.retargeting.GetCurrentTPoseData(skeletonType);
+        PoseData& current = instance.retargeting.GetCurrentTPoseData(skeletonType);
         if (!current.IsInitialized()) {
             return Fail(velkori_Result_OperationFailed, "Error - current TPose isn't initialized.  Call "
                                                         "velkori_updateSourceReferenceTPose before this "
@@ -144,8 +155,8 @@ velkori_Result velkori_matchPose(velkori_Handle handle, velkori_SkeletonType ske
             result != velkori_Result_Success) {
             return result;
         }
-        const PoseData sourcePose = ReadPose(skeleton, jointSpaceType, in_transformSourcePose, jointCount);
-        const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
+        PoseData sourcePose = ReadPose(skeleton, jointSpaceType, in_transformSourcePose, jointCount);
+        PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
         const bool scalesSource = matchBehavior == velkori_MatchBehavior_JointLengths;
         return WriteMatchedPose(scalesSource ? PoseData::MatchPoseScale(sourcePose, pose)
                                              : PoseData::MatchPoseScale(pose, sourcePose),

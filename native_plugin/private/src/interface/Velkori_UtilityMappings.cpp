@@ -3,6 +3,7 @@
 #include "interface/InterfacePoses.h"
 #include "interface/UtilityInstance.h"
 #include "retargeting/preparation/MappingGeneration.h"
+#include "shared/ProcessSpace.h"
 
 using namespace Velkori_Utility;
 
@@ -24,7 +25,7 @@ velkori_Result velkori_generateMappings(velkori_Handle handle, velkori_AutoMappi
         UtilityConfigInitializationParams params = config.GenerateInitializationParams();
         const auto generate = [&](velkori_SkeletonTPoseType type) {
             return AutoMapping::GenerateJointMappings(
-                source.GetTPoseData(type), target.GetTPoseData(type), flags);
+                source.GetTPoseData(type), target.GetTPoseData(type), Vector3f(ProcessSpace().up), flags);
         };
         params.minMappings = generate(velkori_SkeletonTPoseType_Min);
         params.maxMappings = generate(velkori_SkeletonTPoseType_Max);

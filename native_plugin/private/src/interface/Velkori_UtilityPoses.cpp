@@ -2,6 +2,9 @@
 
 #include "core/ConfigurationData.h"
 #include "core/JointSpaces.h"
+#include "core/ManifestationConverter.h"
+#include "core/PoseBlending.h"
+#include "core/PoseMeasures.h"
 #include "interface/InterfacePoses.h"
 #include "interface/UtilityInstance.h"
 #include "shared/ProcessSpace.h"
@@ -45,8 +48,11 @@ velkori_Result CalculateTPose(const SkeletonData& skeleton, velkori_JointRelativ
     if (skeleton.IsEmpty()) {
         return Fail(velkori_Result_InvalidData, "%s", EmptySkeletonText);
     }
-    const PoseData pose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Min)
-                              .Lerp(skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max), interpolation);
+    const RestPoses& restPoses = skeleton.GetRestPoses();
+    PoseData pose(skeleton, RootSpace,
+        LerpRootSpacePoses(restPoses.GetMin().GetJointPoses(RootSpace),
+            restPoses.GetMax().GetJointPoses(RootSpace), interpolation),
+        JointPose::Identity);
     const std::span<const JointPose> joints = JointPosesOf(pose, space);
     if (std::ssize(joints) != jointCount) {
         return Fail(velkori_Result_InvalidData, "%s", EmptySkeletonText);
@@ -101,22 +107,30 @@ std::vector<JointPose> ConvertSpace(const SkeletonData& skeleton, std::vector<Jo
 std::vector<JointPose> ConvertBetweenScopes(const SkeletonData& skeleton, std::vector<JointPose> poses,
     const PoseScope& source, velkori_JointRelativeSpaceType sourceSpace, const PoseScope& output,
     velkori_JointRelativeSpaceType outputSpace) {
+    const RestPoses& restPoses = skeleton.GetRestPoses();
+    if (source.manifestation == output.manifestation && source.manifestation == nullptr) {
+        return ConvertSpace(skeleton, std::move(poses), sourceSpace, outputSpace);
+    }
     if (source.manifestation == output.manifestation) {
-        if (source.manifestation == nullptr) {
-            return ConvertSpace(skeleton, std::move(poses), sourceSpace, outputSpace);
-        }
-        source.manifestation->ConvertManifestationPoseJointSpace(poses, sourceSpace, outputSpace);
+        ManifestationConverter(restPoses, *source.manifestation)
+            .ConvertManifestationPoseJointSpace(poses, sourceSpace, outputSpace);
         return poses;
     }
+    std::vector<JointPose> converted;
     if (source.manifestation != nullptr) {
-        source.manifestation->ConvertManifestationPoseJointSpace(poses, sourceSpace, RootSpace);
-        poses = source.manifestation->ConvertFromManifestationRootSpacePose(poses);
+        ManifestationConverter converter(restPoses, *source.manifestation);
+        converter.ConvertManifestationPoseJointSpace(poses, sourceSpace, RootSpace);
+        converter.ConvertFromManifestationRootSpacePose(poses, converted);
     } else {
-        poses = ConvertSpace(skeleton, std::move(poses), sourceSpace, RootSpace);
+        converted = ConvertSpace(skeleton, std::move(poses), sourceSpace, RootSpace);
     }
-    return output.manifestation != nullptr
-               ? output.manifestation->ConvertToManifestationPose(poses, RootSpace, outputSpace)
-               : ConvertSpace(skeleton, std::move(poses), RootSpace, outputSpace);
+    if (output.manifestation == nullptr) {
+        return ConvertSpace(skeleton, std::move(converted), RootSpace, outputSpace);
+    }
+    std::vector<JointPose> part;
+    ManifestationConverter(restPoses, *output.manifestation)
+        .ConvertToManifestationPose(converted, outputSpace, part);
+    return part;
 }
 
 velkori_PoseExtents_ ToRecord(const PoseExtents& extents) {
@@ -124,13 +138,12 @@ velkori_PoseExtents_ ToRecord(const PoseExtents& extents) {
         static_cast<velkori_Vector3f_>(extents.range)};
 }
 
-velkori_PoseInfo_ DescribePose(const PoseData& pose) {
+velkori_PoseInfo_ DescribePose(const Skeleton& skeleton, std::span<const JointPose> joints) {
     velkori_PoseInfo_ info = {};
     info.coordinateSpace = ProcessSpace();
-    info.extents = ToRecord(pose.GetExtents());
-    const auto& joints = pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
+    info.extents = ToRecord(MeasureExtents(skeleton, joints));
     for (int i = 0; i < VELKORI_KNOWN_JOINT_COUNT; ++i) {
-        const int joint = pose.GetSkeleton().GetJointIndex(static_cast<velkori_KnownJointType>(i));
+        const int joint = skeleton.GetJointIndex(static_cast<velkori_KnownJointType>(i));
         if (joint != -1) {
             info.knownJointPositions[i] = static_cast<velkori_Vector3f_>(joints[joint].position);
         }
@@ -152,8 +165,8 @@ velkori_Result CheckTPoseArguments(
     return IsJointSpaceType(space) ? CheckFinite(sizeName, size) : FailWithJointSpaceType(space);
 }
 
-bool IsJointIndex(int32_t joint, const PoseData& pose) {
-    return joint >= 0 && joint < pose.GetJointCount();
+bool IsJointIndex(int32_t joint, const Skeleton& skeleton) {
+    return joint >= 0 && joint < skeleton.GetJointCount();
 }
 
 } // namespace
@@ -182,7 +195,8 @@ velkori_Result velkori_calculateSkeletonTPoseAtHeight(velkori_Handle handle,
             return result;
         }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        return CalculateTPose(skeleton, jointSpaceType, skeleton.ConvertHeightToInterpolationDelta(height),
+        return CalculateTPose(skeleton, jointSpaceType,
+            skeleton.GetRestPoses().ConvertHeightToInterpolationDelta(height, Vector3f(ProcessSpace().up)),
             out_transformData, in_out_numJoints);
     });
 }
@@ -249,40 +263,43 @@ velkori_Result velkori_convertPoseFromToManifestation(velkori_Handle handle,
 
 velkori_Result velkori_getPoseInfo(velkori_Handle handle, velkori_SkeletonType skeletonType,
     velkori_SkeletonTPoseType tPoseType, velkori_PoseInfo_* out_poseHeight) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (out_poseHeight == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "out_poseHeight");
         }
-        const PoseData& pose = instance.retargeting.GetTPoseData(skeletonType, tPoseType);
-        if (!pose.IsInitialized()) {
+        const std::span<const JointPose> joints =
+            instance.retargeting.GetTPose(skeletonType, tPoseType, RootSpace);
+        if (joints.empty()) {
             return Fail(
                 velkori_Result_InvalidValue, "Cannot Populate PoseInfo - TPoseData is currently invalid");
         }
-        *out_poseHeight = DescribePose(pose);
+        *out_poseHeight = DescribePose(instance.config.GetSkeletonData(skeletonType), joints);
         return velkori_Result_Success;
     });
 }
 
 velkori_Result velkori_getLengthBetweenJoints(velkori_Handle handle, velkori_SkeletonType skeletonType,
     velkori_SkeletonTPoseType tPoseType, int32_t startJointIndex, int32_t endJointIndex, float* out_length) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (out_length == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "out_length");
         }
-        const PoseData& pose = instance.retargeting.GetTPoseData(skeletonType, tPoseType);
-        if (!pose.IsInitialized()) {
+        const Skeleton& skeleton = instance.config.GetSkeletonData(skeletonType);
+        const std::span<const float> lengths =
+            instance.retargeting.GetTPoseJointLengths(skeletonType, tPoseType);
+        if (lengths.empty()) {
             return Fail(velkori_Result_InvalidValue,
                 "Cannot Measure Distance between Joints - TPoseData is currently invalid");
         }
-        if (!IsJointIndex(startJointIndex, pose)) {
+        if (!IsJointIndex(startJointIndex, skeleton)) {
             return Fail(velkori_Result_InvalidValue,
                 "Cannot Measure Distance between Joints - startJointIndex %d is invalid", startJointIndex);
         }
-        if (!IsJointIndex(endJointIndex, pose)) {
+        if (!IsJointIndex(endJointIndex, skeleton)) {
             return Fail(velkori_Result_InvalidValue,
                 "Cannot Measure Distance between Joints - endJointIndex %d is invalid", endJointIndex);
         }
-        *out_length = pose.GetLengthBetweenJoints(startJointIndex, endJointIndex);
+        *out_length = SumJointLengths(skeleton, lengths, startJointIndex, endJointIndex);
         if (*out_length < 0.0F) {
             return Fail(velkori_Result_InvalidValue,
                 "Can not find valid skeletal path between joints %d and %d", startJointIndex, endJointIndex);
@@ -307,8 +324,8 @@ velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velkori_Skeleton
         if (const velkori_Result result = CheckFinite("height", height); result != velkori_Result_Success) {
             return result;
         }
-        const PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
-        const PoseData scaled = pose.CalculatePoseAtHeight(height);
+        PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount);
+        PoseData scaled = pose.CalculatePoseAtHeight(height, Vector3f(ProcessSpace().up));
         if (!AreFinite(JointPosesOf(scaled, jointSpaceType))) {
             return Fail(velkori_Result_InvalidValue, "A pose without height can't be scaled to one");
         }
@@ -343,8 +360,7 @@ velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle handle,
         if (conversion == JointPose::Identity) {
             return velkori_Result_Success;
         }
-        const PoseData pose =
-            ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount, conversion);
+        PoseData pose = ReadPose(skeleton, jointSpaceType, in_out_transformData, jointCount, conversion);
         if (!pose.IsInitialized()) {
             return Fail(velkori_Result_Failure, "%s", NotInitializedText);
         }
@@ -372,7 +388,7 @@ velkori_Result velkori_convertJointPose(velkori_Handle handle, velkori_SkeletonT
         if (jointCount < 1 || fromSpaceType == toSpaceType) {
             return velkori_Result_Success;
         }
-        const PoseData pose = ReadPose(skeleton, fromSpaceType, in_out_transformData, jointCount);
+        PoseData pose = ReadPose(skeleton, fromSpaceType, in_out_transformData, jointCount);
         if (!pose.IsInitialized()) {
             return Fail(velkori_Result_Failure, "%s", NotInitializedText);
         }
@@ -404,11 +420,11 @@ velkori_Result velkori_calculatePoseExtents(velkori_Handle handle, velkori_Skele
             *out_extents = {};
             return velkori_Result_Success;
         }
-        const PoseData pose = ReadPose(skeleton, jointSpaceType, in_transformData, jointCount);
+        PoseData pose = ReadPose(skeleton, jointSpaceType, in_transformData, jointCount);
         if (!pose.IsInitialized()) {
             return Fail(velkori_Result_Failure, "%s", NotInitializedText);
         }
-        *out_extents = ToRecord(pose.GetExtents());
+        *out_extents = ToRecord(pose.MeasureExtents());
         return velkori_Result_Success;
     });
 }

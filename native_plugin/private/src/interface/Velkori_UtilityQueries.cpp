@@ -90,16 +90,16 @@ velkori_Result velkori_getManifestationNames(velkori_Handle handle, velkori_Skel
 velkori_Result velkori_getSkeletonTPose(velkori_Handle handle, velkori_SkeletonType skeletonType,
     velkori_SkeletonTPoseType tPoseType, velkori_JointRelativeSpaceType jointSpaceType,
     velkori_Transform_* out_transformData, int32_t* in_out_numJoints) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_numJoints == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "in_out_numJoints");
         }
         if (!IsJointSpaceType(jointSpaceType)) {
             return FailWithJointSpaceType(jointSpaceType);
         }
-        const PoseData& pose = instance.retargeting.GetTPoseData(skeletonType, tPoseType);
-        const std::span<const JointPose> joints = JointPosesOf(pose, jointSpaceType);
-        if (std::ssize(joints) != pose.GetJointCount()) {
+        const std::span<const JointPose> joints =
+            instance.retargeting.GetTPose(skeletonType, tPoseType, jointSpaceType);
+        if (std::ssize(joints) != instance.config.GetSkeletonData(skeletonType).GetJointCount()) {
             return Fail(velkori_Result_OperationFailed, "TPose data is not valid.");
         }
         return CopyPoses(joints, out_transformData, in_out_numJoints,

@@ -148,7 +148,7 @@ velkori_Result velkori_retargetFromSourceFrameData(velkori_Handle handle,
 velkori_Result velkori_getLastProcessedFramePose(velkori_Handle handle, velkori_SkeletonType skeletonType,
     velkori_JointRelativeSpaceType jointSpaceType, velkori_Transform_* out_transformData,
     int32_t* in_out_numJoints, const char* manifestation) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_numJoints == nullptr) {
             return FailWithNull(velkori_Result_NullParameter, "in_out_numJoints");
         }
@@ -194,7 +194,7 @@ velkori_Result velkori_getLastRetargetedMappingData(velkori_Handle handle, int32
     velkori_SkeletonType* out_sourceSkeletonType, velkori_Transform_* out_mappingTPose,
     velkori_Transform_* out_mappingPose, int32_t* out_sourceJointIndexList,
     int32_t* in_out_sourceJointCount) {
-    return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
+    return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
         if (in_out_sourceJointCount == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "in_out_sourceJointCount");
         }
@@ -219,7 +219,7 @@ velkori_Result velkori_getLastRetargetedMappingData(velkori_Handle handle, int32
         if (out_sourceSkeletonType == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "out_sourceSkeletonType");
         }
-        const Retargeting& retargeting = instance.retargeting;
+        Retargeting& retargeting = instance.retargeting;
         if ((out_mappingTPose != nullptr || out_mappingPose != nullptr) &&
             !retargeting.GetLastFramePose(velkori_SkeletonType_Target).IsInitialized()) {
             return Fail(velkori_Result_InvalidValue,

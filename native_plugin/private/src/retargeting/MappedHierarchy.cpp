@@ -1,5 +1,7 @@
 #include "retargeting/MappedHierarchy.h"
 
+#include "core/JointSpaces.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -31,7 +33,7 @@ std::vector<bool> FindMappedJoints(const UtilityConfigData& config, velkori_Skel
 }
 
 // Tells every joint up to and including the next mapped one above that `mappedJoint` lies below it.
-void AnnounceToAncestors(const SkeletonData& skeleton, const std::vector<bool>& isMapped, int mappedJoint,
+void AnnounceToAncestors(const Skeleton& skeleton, const std::vector<bool>& isMapped, int mappedJoint,
     std::vector<MappedData>& records) {
     for (int joint = skeleton.GetParentJointIndex(mappedJoint); joint != -1;
          joint = skeleton.GetParentJointIndex(joint)) {
@@ -63,7 +65,7 @@ float CalculateAncestorRatio(const MappedData& record, int joint, std::span<cons
 }
 
 // Gives every joint beneath `mappedJoint`, down to and including the next mapped ones, that ancestor.
-void AnnounceToDescendants(const SkeletonData& skeleton, const std::vector<bool>& isMapped, int mappedJoint,
+void AnnounceToDescendants(const Skeleton& skeleton, const std::vector<bool>& isMapped, int mappedJoint,
     std::vector<MappedData>& records) {
     std::vector<int> queue = skeleton.GetChildJointIndexArray(mappedJoint);
     for (std::size_t next = 0; next < queue.size(); ++next) {
@@ -79,7 +81,7 @@ void AnnounceToDescendants(const SkeletonData& skeleton, const std::vector<bool>
 // The joints concerned by target-type mappings along the hierarchy; IK-derived ones at the end, children
 // first.
 std::vector<int> CollectConcernedJoints(
-    const SkeletonData& skeleton, const auto& targetMappings, std::span<const MappedData> mappedData) {
+    const Skeleton& skeleton, const auto& targetMappings, std::span<const MappedData> mappedData) {
     std::vector<int> order;
     std::vector<int> deferred;
     for (const int joint : skeleton.GetHierarchicalUpdateOrder()) {
@@ -145,9 +147,9 @@ std::vector<SourceToTargetMappedAncestorDescendantData> GenerateMappedAncestorDe
             AnnounceToDescendants(skeleton, isMapped, joint, records);
         }
     }
-    const PoseData& restPose = skeleton.GetUnscaledOrMinTPose();
+    const RestPose& restPose = skeleton.GetUnscaledOrMinTPose();
     if (restPose.IsInitialized()) {
-        const auto& joints = restPose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
+        const auto& joints = restPose.GetJointPoses(RootSpace);
         for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {
             records[joint].ancestorRatio = CalculateAncestorRatio(records[joint], joint, joints);
         }
@@ -201,7 +203,7 @@ std::vector<int> GenerateUpdateOrderFromMappedAncestorDescendantData(
 }
 
 FastRangedIntegralSet<int> FindAllDescendantsOfSkeletonJointSet(
-    const SkeletonData& skeleton, std::span<const velkori_KnownJointType> knownJoints) {
+    const Skeleton& skeleton, std::span<const velkori_KnownJointType> knownJoints) {
     FastRangedIntegralSet<int> descendants(
         0, skeleton.GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues);
     for (const velkori_KnownJointType knownJoint : knownJoints) {

@@ -35,6 +35,6 @@ std::vector<int> GenerateUpdateOrderFromMappedAncestorDescendantData(
 
 // All joints beneath the known joints that the skeleton has.
 FastRangedIntegralSet<int> FindAllDescendantsOfSkeletonJointSet(
-    const SkeletonData& skeleton, std::span<const velkori_KnownJointType> knownJoints);
+    const Skeleton& skeleton, std::span<const velkori_KnownJointType> knownJoints);
 
 } // namespace Velkori_Utility

@@ -31,15 +31,15 @@ MappingInfo::MappingInfo(const JointMappingSet& min, const JointMappingSet& max,
     }
 }
 
-JointPose MappingInfo::RetargetFromSourcePose(const PoseData& sourceReferencePose,
+JointPose MappingInfo::RetargetFromSourcePose(std::span<const JointPose> sourceReferencePose,
     std::span<const JointPose> sourceJointPoses, const JointPose& currentPose, int behavior) {
     JointPose minPose = minMappingSet->CalculateUsingDeltaFromReferencePose(
-        sourceJointPoses, &sourceReferencePose, &minReferencePoses[behavior]);
+        sourceJointPoses, sourceReferencePose, &minReferencePoses[behavior]);
     lastMinPoses[behavior] = minPose;
     JointPose maxPose = endsAreAlike[behavior]
                             ? minPose
                             : maxMappingSet->CalculateUsingDeltaFromReferencePose(
-                                  sourceJointPoses, &sourceReferencePose, &maxReferencePoses[behavior]);
+                                  sourceJointPoses, sourceReferencePose, &maxReferencePoses[behavior]);
     lastMaxPoses[behavior] = maxPose;
 
     JointPose offset = localOffsets[behavior];
@@ -66,8 +66,7 @@ JointPose BlendPoses(const JointPose& a, const JointPose& b, float weight) {
     if (a == b) {
         return {a.orientation.Normalize(), a.position, a.scale};
     }
-    return {a.orientation.Slerp(b.orientation, weight), a.position.Lerp(b.position, weight),
-        a.scale.Lerp(b.scale, weight)};
+    return a.Lerp(b, weight);
 }
 
 } // namespace Velkori_Utility

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "core/JointMappingSet.h"
-#include "core/PoseData.h"
 #include "shared/DataTypes.h"
 
 #include <array>
@@ -27,7 +26,7 @@ struct MappingInfo {
 
     // The joint's pose in root space as the mapping has it. What no entry of the mapping drives, position or
     // rotation, is kept from `currentPose`. `behavior` is a column.
-    JointPose RetargetFromSourcePose(const PoseData& sourceReferencePose,
+    JointPose RetargetFromSourcePose(std::span<const JointPose> sourceReferencePose,
         std::span<const JointPose> sourceJointPoses, const JointPose& currentPose, int behavior);
 
     const JointMappingSet* minMappingSet;

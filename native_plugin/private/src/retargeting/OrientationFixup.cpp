@@ -1,11 +1,12 @@
 #include "retargeting/OrientationFixup.h"
 
+#include "core/JointSpaceConversions.h"
+
 namespace Velkori_Utility {
 
-OrientationFixup::OrientationFixup(const SkeletonData& skeleton)
-    : skeleton(&skeleton),
-      snapshot(skeleton),
-      fixedJoints(0, skeleton.GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues) {}
+OrientationFixup::OrientationFixup(const Skeleton& owner)
+    : skeleton(&owner),
+      fixedJoints(0, owner.GetJointCount(), FastRangedIntegralSet<int>::EmptyInitialValues) {}
 
 int OrientationFixup::FindSingleChild(int joint, const FastRangedIntegralSet<int>& excludedJoints) const {
     const std::vector<int>& children = skeleton->GetChildJointIndexArray(joint);
@@ -28,8 +29,9 @@ int OrientationFixup::FindSingleChild(int joint, const FastRangedIntegralSet<int
 
 void OrientationFixup::Apply(std::span<const JointPose> restLocalPose,
     const FastRangedIntegralSet<int>& excludedJoints, std::vector<JointPose>& pose) {
-    snapshot.Initialize(velkori_JointRelativeSpaceType_RootOriginRelative, pose, JointPose::Identity);
-    const std::vector<JointPose>& localPose = snapshot.GetJointPoses(velkori_JointRelativeSpaceType_Local);
+    localPose = pose;
+    ResetScale(localPose);
+    ConvertRootSpaceToLocalSpacePose(*skeleton, localPose);
     fixedJoints.Clear();
     for (const int joint : skeleton->GetHierarchicalUpdateOrder()) {
         const int parent = skeleton->GetParentJointIndex(joint);

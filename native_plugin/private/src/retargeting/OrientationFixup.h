@@ -1,7 +1,6 @@
 #pragma once
 
-#include "core/PoseData.h"
-#include "core/SkeletonData.h"
+#include "core/Skeleton.h"
 #include "shared/DataTypes.h"
 #include "shared/FastRangedIntegralContainers.h"
 
@@ -15,7 +14,7 @@ namespace Velkori_Utility {
 // next.
 class OrientationFixup {
   public:
-    explicit OrientationFixup(const SkeletonData& skeleton);
+    explicit OrientationFixup(const Skeleton& owner);
 
     // `pose` is in root space, `restLocalPose` the rest pose in local space. Excluded joints keep their local
     // pose instead.
@@ -26,9 +25,9 @@ class OrientationFixup {
     // The child that a joint's bone leads to, -1 where it has none or branches.
     int FindSingleChild(int joint, const FastRangedIntegralSet<int>& excludedJoints) const;
 
-    const SkeletonData* skeleton;
+    const Skeleton* skeleton;
     // The pose as it came in.
-    PoseData snapshot;
+    std::vector<JointPose> localPose;
     FastRangedIntegralSet<int> fixedJoints;
 };
 

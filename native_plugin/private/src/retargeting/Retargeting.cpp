@@ -2,7 +2,8 @@
 
 #include "retargeting/Retargeting.h"
 
-#include "shared/ProcessSpace.h"
+#include "core/JointSpaces.h"
+#include "core/PoseMeasures.h"
 
 namespace Velkori_Utility {
 
@@ -23,8 +24,9 @@ FastRangedIntegralSet<int> FindUnmappedAndTwistJoints(const JointMappingData& da
 Retargeting::FrameScratch::FrameScratch(const UtilityConfigData& config)
     : dirtyJoints(config.GetTargetSkeleton().GetJointCount()), orientationFixup(config.GetTargetSkeleton()) {}
 
-Retargeting::Retargeting(const UtilityConfigData& config)
+Retargeting::Retargeting(const UtilityConfigData& config, const CoordinateSpace& space)
     : configData(config),
+      processSpace(space),
       targetHandJoints(FindAllDescendantsOfSkeletonJointSet(config.GetTargetSkeleton(), WristJoints)),
       sourceMappedData(GenerateMappedAncestorDescendantData(config, velkori_SkeletonType_Source)),
       ikDerivedUpdateOrder(GenerateIKDerivedJointMappingUpdateOrder(config, velkori_SkeletonType_Source)),
@@ -38,7 +40,6 @@ Retargeting::Retargeting(const UtilityConfigData& config)
       targetTPoses{PoseData(config.GetTargetSkeleton()), PoseData(config.GetTargetSkeleton()),
           PoseData(config.GetTargetSkeleton()), PoseData(config.GetTargetSkeleton())},
       sourceFramePose(config.GetSourceSkeleton()),
-      rootMotionFramePose(config.GetSourceSkeleton()),
       retargetedFramePose(config.GetTargetSkeleton()),
       scratch(config) {
     const int targetJointCount = config.GetTargetSkeleton().GetJointCount();
@@ -53,13 +54,11 @@ Retargeting::Retargeting(const UtilityConfigData& config)
 
 void Retargeting::InitializeHeights() {
     const TargetSkeletonData& target = configData.GetTargetSkeleton();
-    targetMinHeight = GetPoseRootRelativeReferenceHeight(target.GetTPoseData(velkori_SkeletonTPoseType_Min));
-    targetMaxHeight = GetPoseRootRelativeReferenceHeight(target.GetTPoseData(velkori_SkeletonTPoseType_Max));
+    targetMinHeight = MeasureHeight(target.GetRestPoses().GetMin());
+    targetMaxHeight = MeasureHeight(target.GetRestPoses().GetMax());
     const float difference = targetMaxHeight - targetMinHeight;
     if (difference > 0.0F) {
-        const float unscaledHeight =
-            GetPoseRootRelativeReferenceHeight(targetTPoses[velkori_RetargetingBehavior_RotationsUnscaled]);
-        targetUnscaledRatio = (unscaledHeight - targetMinHeight) / difference;
+        targetUnscaledRatio = (MeasureHeight(target.GetUnscaledOrMinTPose()) - targetMinHeight) / difference;
     }
     targetUnscaledHeight = targetMinHeight + difference * targetUnscaledRatio;
 }
@@ -82,35 +81,46 @@ void Retargeting::InitializeReferencePoses(JointMappingType type) {
     }
 }
 
-const PoseData& Retargeting::GetTPoseData(
-    velkori_SkeletonType skeletonType, velkori_SkeletonTPoseType tPoseType) const {
-    return tPoseType == velkori_SkeletonTPoseType_Current
-               ? GetCurrentTPoseData(skeletonType)
-               : configData.GetSkeletonData(skeletonType).GetTPoseData(tPoseType);
+std::span<const JointPose> Retargeting::GetTPose(velkori_SkeletonType skeletonType,
+    velkori_SkeletonTPoseType tPoseType, velkori_JointRelativeSpaceType space) {
+    if (tPoseType != velkori_SkeletonTPoseType_Current) {
+        return configData.GetSkeletonData(skeletonType).GetTPoseData(tPoseType).GetJointPoses(space);
+    }
+    PoseData& current = GetCurrentTPoseData(skeletonType);
+    return current.IsInitialized() ? current.GetJointPoses(space) : std::span<const JointPose>();
 }
 
-const PoseData& Retargeting::GetCurrentTPoseData(velkori_SkeletonType skeletonType) const {
+std::span<const float> Retargeting::GetTPoseJointLengths(
+    velkori_SkeletonType skeletonType, velkori_SkeletonTPoseType tPoseType) {
+    if (tPoseType != velkori_SkeletonTPoseType_Current) {
+        return configData.GetSkeletonData(skeletonType).GetTPoseData(tPoseType).GetJointLengths();
+    }
+    PoseData& current = GetCurrentTPoseData(skeletonType);
+    return current.IsInitialized() ? current.GetJointLengths() : std::span<const float>();
+}
+
+PoseData& Retargeting::GetCurrentTPoseData(velkori_SkeletonType skeletonType) {
     return skeletonType == velkori_SkeletonType_Source ? sourceReferenceTPose
                                                        : targetTPoses[behaviorInfo.behavior];
 }
 
-const PoseData& Retargeting::GetLastFramePose(velkori_SkeletonType skeletonType) const {
-    return skeletonType == velkori_SkeletonType_Source ? rootMotionFramePose : retargetedFramePose;
+PoseData& Retargeting::GetLastFramePose(velkori_SkeletonType skeletonType) {
+    return skeletonType == velkori_SkeletonType_Source ? sourceFramePose : retargetedFramePose;
 }
 
-float Retargeting::GetPoseRootRelativeReferenceHeight(const PoseData& pose) {
-    if (!pose.IsInitialized()) {
+float Retargeting::MeasureHeight(const Skeleton& skeleton, std::span<const JointPose> rootSpacePose) const {
+    if (rootSpacePose.empty()) {
         return 0.0F;
     }
-    const Vector3f up(ProcessSpace().up);
-    const SkeletonData& skeleton = pose.GetSkeleton();
     const int leftWrist = skeleton.GetJointIndex(velkori_KnownJointType_LeftWrist);
     const int wrist = leftWrist != -1 ? leftWrist : skeleton.GetJointIndex(velkori_KnownJointType_RightWrist);
-    if (wrist == -1) {
-        return up.Multiply(pose.GetExtents().range).Length();
-    }
-    const auto& joints = pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
-    return up.Multiply(joints[wrist].position).Length();
+    const Vector3f size =
+        wrist != -1 ? rootSpacePose[wrist].position : MeasureExtents(skeleton, rootSpacePose).range;
+    return processSpace.up.Multiply(size).Length();
+}
+
+float Retargeting::MeasureHeight(const RestPose& pose) const {
+    return MeasureHeight(pose.GetSkeleton(), pose.GetJointPoses(RootSpace));
 }
 
 } // namespace Velkori_Utility

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Velkori_Utility.h"
+#include "core/ConfigurationData.h"
+#include "core/ManifestationConverter.h"
 #include "core/PoseData.h"
 #include "core/UtilityConfigData.h"
 #include "retargeting/DirtyJointQueue.h"
@@ -10,6 +12,7 @@
 #include "shared/FastRangedIntegralContainers.h"
 
 #include <array>
+#include <map>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -23,17 +26,20 @@ namespace Velkori_Utility {
 // the first of its kind.
 class Retargeting {
   public:
-    // `config` must outlive this object.
-    explicit Retargeting(const UtilityConfigData& config);
+    // `config` must outlive this object. `space` is that of all poses.
+    Retargeting(const UtilityConfigData& config, const CoordinateSpace& space);
 
     Retargeting(const Retargeting&) = delete;
     Retargeting& operator=(const Retargeting&) = delete;
 
     // -- Rest poses ----------------------------------------------------------------------------------------
-    const PoseData& GetTPoseData(
-        velkori_SkeletonType skeletonType, velkori_SkeletonTPoseType tPoseType) const;
+    // A rest pose of the configuration or the current one. Nothing if there is none.
+    std::span<const JointPose> GetTPose(velkori_SkeletonType skeletonType,
+        velkori_SkeletonTPoseType tPoseType, velkori_JointRelativeSpaceType space);
+    std::span<const float> GetTPoseJointLengths(
+        velkori_SkeletonType skeletonType, velkori_SkeletonTPoseType tPoseType);
     // The tracked body's rest pose, or the target's that the last frame started from.
-    const PoseData& GetCurrentTPoseData(velkori_SkeletonType skeletonType) const;
+    PoseData& GetCurrentTPoseData(velkori_SkeletonType skeletonType);
 
     // Root-space transforms of the source skeleton or of the named manifestation, which may be null or empty.
     void UpdateSourceReferenceTPose(
@@ -51,15 +57,11 @@ class Retargeting {
         const char* targetManifestationName);
 
     // The source pose, with its root motion, or the target pose of the last frame.
-    const PoseData& GetLastFramePose(velkori_SkeletonType skeletonType) const;
+    PoseData& GetLastFramePose(velkori_SkeletonType skeletonType);
     // What the mapping of a target joint yielded in the last frame and on the rest poses, before the local
     // offset; the identity for a joint without a mapping.
     JointPose GetCalculatedMappingPose(int joint) const;
     JointPose GetCalculatedMappingTPose(int joint) const;
-
-    // A height of the body: that of a wrist above the root or, without wrists, the extent along the up axis.
-    // Only ratios between such heights are used.
-    static float GetPoseRootRelativeReferenceHeight(const PoseData& pose);
 
   private:
     using MappingInfoMap = FastRangedIntegralMap<int, MappingInfo>;
@@ -67,7 +69,7 @@ class Retargeting {
     // What one pass over the target reads and writes.
     struct RetargetingMappingCacheParams {
         velkori_RetargetingBehavior behavior;
-        const PoseData* sourceReferencePose;
+        std::span<const JointPose> sourceReferencePose;
         std::span<const JointPose> sourceJointPoses;
         MappingInfoMap* mappingInfoMap;
         // The target joints that receive position and scale even where others get the orientation only; -1
@@ -76,10 +78,17 @@ class Retargeting {
         int hipsJointIndex;
     };
 
+    // The target's pose that a frame starts from.
+    struct StartPose {
+        std::span<const JointPose> rootSpacePose;
+        std::span<const JointPose> localSpacePose;
+    };
+
     // Lists that live for a frame; kept so that the next frame needs no memory.
     struct FrameScratch {
         explicit FrameScratch(const UtilityConfigData& config);
 
+        // The source pose, with its root motion once that is applied.
         std::vector<JointPose> sourcePose;
         // The target pose being built, in root space.
         std::vector<JointPose> workingPose;
@@ -91,6 +100,10 @@ class Retargeting {
     };
 
     // -- Setup ---------------------------------------------------------------------------------------------
+    // A height of the body: that of a wrist above the root or, without wrists, the extent along the up axis.
+    // Only ratios between such heights are used.
+    float MeasureHeight(const Skeleton& skeleton, std::span<const JointPose> rootSpacePose) const;
+    float MeasureHeight(const RestPose& pose) const;
     void InitializeHeights();
     void InitializeReferencePoses(JointMappingType type);
 
@@ -106,11 +119,13 @@ class Retargeting {
 
     // -- Frame ---------------------------------------------------------------------------------------------
     const Manifestation* ResolveManifestation(velkori_SkeletonType skeletonType, const char* name) const;
-    const PoseData& GetStartPose() const;
+    ManifestationConverter& ConverterOf(
+        velkori_SkeletonType skeletonType, const Manifestation& manifestation);
+    StartPose GetStartPose();
     void ReadSourceFrame(
         const velkori_Transform_* transforms, int jointCount, const char* sourceManifestationName);
-    void RunSourceTypePass(const PoseData& start);
-    void RunTargetTypePass(const PoseData& start);
+    void RunSourceTypePass(const StartPose& start);
+    void RunTargetTypePass(const StartPose& start);
     void ReparentJoint(int joint);
     void MarkChildrenDirty(int joint);
     bool ApplyRetargetingFromCachedMappingData(int joint, const RetargetingMappingCacheParams& params);
@@ -118,6 +133,7 @@ class Retargeting {
 
     // -- Fixed by the configuration ------------------------------------------------------------------------
     const UtilityConfigData& configData;
+    const CoordinateSpace processSpace;
     float targetMinHeight = 0.0F;
     float targetMaxHeight = 0.0F;
     // Where the target's unscaled rest pose lies between its minimum and its maximum pose.
@@ -147,11 +163,15 @@ class Retargeting {
     velkori_RetargetingBehaviorInfo_ behaviorInfo = {velkori_JointRelativeSpaceType_RootOriginRelative,
         velkori_RetargetingBehavior_RotationsUnscaled, velkori_RetargetingRootMotionBehavior_RootFromHips,
         velkori_RetargetingBehaviorFlags_None};
+    // With its root motion.
     PoseData sourceFramePose;
-    PoseData rootMotionFramePose;
+    // The local pose that root motion from the reference moves, where the host has read one.
+    std::vector<JointPose> previousLocalPose;
     PoseData retargetedFramePose;
     // Null if the last frame was one of the whole skeleton.
     const Manifestation* lastSourceManifestation = nullptr;
+    // One for each manifestation that a frame or a reference has named, of either skeleton.
+    std::map<const Manifestation*, ManifestationConverter> converters;
     FrameScratch scratch;
 };
 

@@ -1,5 +1,8 @@
 // What is done per frame: the hot path of the library.
 
+#include "core/JointSpaceConversions.h"
+#include "core/JointSpaces.h"
+#include "core/RootMotion.h"
 #include "retargeting/Retargeting.h"
 #include "retargeting/TwistBlending.h"
 
@@ -7,10 +10,9 @@ namespace Velkori_Utility {
 
 namespace {
 
-bool IsTwist(const MappingInfo& info) {
-    const JointMappingBehaviorType behavior = info.minMappingSet->GetBehavior();
-    return behavior == velkori_JointMappingBehaviorType_Twist ||
-           behavior == velkori_JointMappingBehaviorType_ChildAlignedTwist;
+// None of a pose that holds nothing.
+std::span<const JointPose> RootSpaceOf(PoseData& pose) {
+    return pose.IsInitialized() ? pose.GetJointPoses(RootSpace) : std::span<const JointPose>();
 }
 
 } // namespace
@@ -25,12 +27,12 @@ std::span<const JointPose> Retargeting::RetargetFromSourceFrameData(
     behaviorInfo = info;
     behaviorInfo.flags = behaviorInfo.flags | configData.GetConfiguration().retargetingBehaviorFlags;
     ReadSourceFrame(transforms, jointCount, sourceManifestationName);
-    const PoseData& start = GetStartPose();
-    if (target.GetJointCount() < 1 || !start.IsInitialized()) {
+    const StartPose start = GetStartPose();
+    if (target.GetJointCount() < 1 || start.rootSpacePose.empty()) {
         return {};
     }
 
-    scratch.workingPose = start.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
+    scratch.workingPose.assign(start.rootSpacePose.begin(), start.rootSpacePose.end());
     RunSourceTypePass(start);
     if (!targetUpdateOrder.empty()) {
         RunTargetTypePass(start);
@@ -40,11 +42,10 @@ std::span<const JointPose> Retargeting::RetargetFromSourceFrameData(
         behaviorInfo.behavior == velkori_RetargetingBehavior_MatchProportionsRotateHands;
     if (matchesProportions &&
         (behaviorInfo.flags & velkori_RetargetingBehaviorFlags_ApplyJointOrientationFixup) != 0) {
-        scratch.orientationFixup.Apply(start.GetJointPoses(velkori_JointRelativeSpaceType_Local),
-            orientationFixupExcludedJoints, scratch.workingPose);
+        scratch.orientationFixup.Apply(
+            start.localSpacePose, orientationFixupExcludedJoints, scratch.workingPose);
     }
-    retargetedFramePose.Initialize(
-        velkori_JointRelativeSpaceType_RootOriginRelative, scratch.workingPose, JointPose::Identity);
+    retargetedFramePose.Initialize(RootSpace, scratch.workingPose, JointPose::Identity);
 
     const Manifestation* manifestation =
         ResolveManifestation(velkori_SkeletonType_Target, targetManifestationName);
@@ -52,10 +53,9 @@ std::span<const JointPose> Retargeting::RetargetFromSourceFrameData(
     if (manifestation == nullptr) {
         return result;
     }
-    manifestation->ConvertToManifestationPose(
-        retargetedFramePose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
-        velkori_JointRelativeSpaceType_RootOriginRelative, behaviorInfo.jointSpaceType,
-        scratch.manifestationPose);
+    ConverterOf(velkori_SkeletonType_Target, *manifestation)
+        .ConvertToManifestationPose(retargetedFramePose.GetJointPoses(RootSpace), behaviorInfo.jointSpaceType,
+            scratch.manifestationPose);
     return scratch.manifestationPose;
 }
 
@@ -68,56 +68,67 @@ const Manifestation* Retargeting::ResolveManifestation(
     return manifestation.IsValid() && !manifestation.GetJointIndices().empty() ? &manifestation : nullptr;
 }
 
+ManifestationConverter& Retargeting::ConverterOf(
+    velkori_SkeletonType skeletonType, const Manifestation& manifestation) {
+    const RestPoses& restPoses = configData.GetSkeletonData(skeletonType).GetRestPoses();
+    return converters.try_emplace(&manifestation, restPoses, manifestation).first->second;
+}
+
 // A start pose that holds nothing, since no reference could be had, gives way to the target's own rest pose.
-const PoseData& Retargeting::GetStartPose() const {
-    const PoseData& start = targetTPoses[behaviorInfo.behavior];
+Retargeting::StartPose Retargeting::GetStartPose() {
+    PoseData& start = targetTPoses[behaviorInfo.behavior];
     if (start.IsInitialized()) {
-        return start;
+        return {start.GetJointPoses(RootSpace), start.GetJointPoses(LocalSpace)};
     }
-    return configData.GetTargetSkeleton().GetUnscaledOrMinTPose();
+    const RestPose& restPose = configData.GetTargetSkeleton().GetUnscaledOrMinTPose();
+    return {restPose.GetJointPoses(RootSpace), restPose.GetJointPoses(LocalSpace)};
 }
 
 void Retargeting::ReadSourceFrame(
     const velkori_Transform_* transforms, int jointCount, const char* sourceManifestationName) {
     const SourceSkeletonData& source = configData.GetSourceSkeleton();
-    scratch.sourcePose.clear();
+    std::vector<JointPose>& pose = scratch.sourcePose;
+    pose.clear();
     for (const velkori_Transform_& transform : std::span(transforms, jointCount)) {
-        scratch.sourcePose.emplace_back(transform);
+        pose.emplace_back(transform);
     }
     const Manifestation* manifestation =
         ResolveManifestation(velkori_SkeletonType_Source, sourceManifestationName);
+    ManifestationConverter* converter =
+        manifestation != nullptr ? &ConverterOf(velkori_SkeletonType_Source, *manifestation) : nullptr;
     // Without a reference, and whenever another part of the body is tracked, the frame itself supplies one.
     if (!sourceReferenceTPose.IsInitialized() || manifestation != lastSourceManifestation) {
-        UpdateTPose(manifestation != nullptr
-                        ? manifestation->GetSkeletonTPoseFromManifestationRootSpacePose(scratch.sourcePose)
-                        : source.CalculateRootSpaceTPose(scratch.sourcePose, true));
+        UpdateTPose(converter != nullptr ? converter->GetSkeletonTPoseFromManifestationRootSpacePose(pose)
+                                         : source.GetRestPoses().CalculateRootSpaceTPose(pose, true));
     }
     lastSourceManifestation = manifestation;
-    if (manifestation != nullptr) {
-        manifestation->ConvertFromManifestationRootSpacePose(scratch.sourcePose, scratch.manifestationPose);
-        scratch.sourcePose.swap(scratch.manifestationPose);
+    if (converter != nullptr) {
+        converter->ConvertFromManifestationRootSpacePose(pose, scratch.manifestationPose);
+        pose.swap(scratch.manifestationPose);
     }
-    sourceFramePose.Initialize(
-        velkori_JointRelativeSpaceType_RootOriginRelative, scratch.sourcePose, JointPose::Identity);
-    rootMotionFramePose.InitializeAndApplyRootMotionBehavior(
-        sourceFramePose, sourceReferenceTPose, behaviorInfo.rootMotionBehavior);
+    // What the host has read since the last frame outlives this one.
+    if (sourceFramePose.Has(LocalSpace)) {
+        previousLocalPose = sourceFramePose.GetJointPoses(LocalSpace);
+    }
+    ResetScale(pose);
+    ApplyRootMotion(source, behaviorInfo.rootMotionBehavior, RootSpaceOf(sourceReferenceTPose), processSpace,
+        previousLocalPose, pose);
+    sourceFramePose.Initialize(RootSpace, pose, JointPose::Identity);
 }
 
 // Seats each joint on its finished parent as in the rest pose, and lets its mapping take it from there.
 // Joints that no mapping touches thereby ride along.
-void Retargeting::RunSourceTypePass(const PoseData& start) {
+void Retargeting::RunSourceTypePass(const StartPose& start) {
     const TargetSkeletonData& target = configData.GetTargetSkeleton();
-    const RetargetingMappingCacheParams params = {behaviorInfo.behavior, &sourceReferenceTPose,
-        rootMotionFramePose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative),
-        &sourceMappingInfo, target.GetJointIndex(velkori_KnownJointType_Root),
+    const RetargetingMappingCacheParams params = {behaviorInfo.behavior, RootSpaceOf(sourceReferenceTPose),
+        RootSpaceOf(sourceFramePose), &sourceMappingInfo, target.GetJointIndex(velkori_KnownJointType_Root),
         target.GetJointIndex(velkori_KnownJointType_Hips)};
-    const std::vector<JointPose>& localRestPose = start.GetJointPoses(velkori_JointRelativeSpaceType_Local);
     const std::vector<int>& parents = target.GetParentIndices();
     std::vector<JointPose>& pose = scratch.workingPose;
     for (const int joint : target.GetHierarchicalUpdateOrder()) {
         const int parent = parents[joint];
         if (parent != -1) {
-            pose[joint] = pose[parent].ApplyWithoutScale(localRestPose[joint]);
+            pose[joint] = pose[parent].ApplyWithoutScale(start.localSpacePose[joint]);
         }
         if (!ikDerivedJoints.contains(joint)) {
             ApplyRetargetingFromCachedMappingData(joint, params);
@@ -130,9 +141,9 @@ void Retargeting::RunSourceTypePass(const PoseData& start) {
 
 // Evaluates the mappings that read the target's own, finished joints, and lets the children follow what
 // moved.
-void Retargeting::RunTargetTypePass(const PoseData& start) {
+void Retargeting::RunTargetTypePass(const StartPose& start) {
     const RetargetingMappingCacheParams params = {
-        behaviorInfo.behavior, &start, scratch.workingPose, &targetMappingInfo, -1, -1};
+        behaviorInfo.behavior, start.rootSpacePose, scratch.workingPose, &targetMappingInfo, -1, -1};
     scratch.previousPose = scratch.workingPose;
     scratch.dirtyJoints.Clear();
     for (const int joint : targetUpdateOrder) {
@@ -144,7 +155,7 @@ void Retargeting::RunTargetTypePass(const PoseData& start) {
                 MarkChildrenDirty(joint);
             }
             // A twist joint becomes part of its children's frame of reference.
-            if (IsTwist(*info)) {
+            if (info->minMappingSet->IsTwist()) {
                 scratch.previousPose[joint] = scratch.workingPose[joint];
             }
         }
@@ -181,9 +192,9 @@ bool Retargeting::ApplyRetargetingFromCachedMappingData(
     std::vector<JointPose>& pose = scratch.workingPose;
     const JointPose current = pose[joint];
     JointPose result = info->RetargetFromSourcePose(
-        *params.sourceReferencePose, params.sourceJointPoses, current, params.behavior);
+        params.sourceReferencePose, params.sourceJointPoses, current, params.behavior);
     bool propagate = true;
-    if (IsTwist(*info)) {
+    if (info->minMappingSet->IsTwist()) {
         ApplyTwistBlendToJoint(
             info->minMappingSet->GetBehavior(), joint, configData.GetTargetSkeleton(), pose, current, result);
         // A joint that only turned around its bone leaves its children where they are.

@@ -1,6 +1,7 @@
 // What rests on the tracked body's proportions: the target's rest poses that match them, and the cached
 // mapping of every mapped joint.
 
+#include "core/JointSpaces.h"
 #include "retargeting/Retargeting.h"
 
 #include <algorithm>
@@ -9,11 +10,6 @@
 namespace Velkori_Utility {
 
 namespace {
-
-bool IsTwist(JointMappingBehaviorType behavior) {
-    return behavior == velkori_JointMappingBehaviorType_Twist ||
-           behavior == velkori_JointMappingBehaviorType_ChildAlignedTwist;
-}
 
 JointPose ScalePose(const JointPose& pose, float scale) {
     const Quaternionf& q = pose.orientation;
@@ -24,8 +20,8 @@ JointPose ScalePose(const JointPose& pose, float scale) {
 }
 
 // The pose itself or, where a skeleton lacks it, the unscaled one.
-const PoseData& RestPoseOf(const SkeletonData& skeleton, velkori_SkeletonTPoseType type) {
-    const PoseData& pose = skeleton.GetTPoseData(type);
+const RestPose& RestPoseOf(const SkeletonData& skeleton, velkori_SkeletonTPoseType type) {
+    const RestPose& pose = skeleton.GetTPoseData(type);
     return pose.IsInitialized() ? pose : skeleton.GetUnscaledTPose();
 }
 
@@ -68,9 +64,12 @@ void Retargeting::UpdateSourceReferenceTPose(
     std::vector<JointPose> pose = ToJointPoseVectorFromVelkoriPoseArray(transforms, jointCount);
     if (const Manifestation* manifestation =
             ResolveManifestation(velkori_SkeletonType_Source, manifestationName)) {
-        pose = manifestation->ConvertFromManifestationRootSpacePose(pose);
+        std::vector<JointPose> expanded;
+        ConverterOf(velkori_SkeletonType_Source, *manifestation)
+            .ConvertFromManifestationRootSpacePose(pose, expanded);
+        pose = std::move(expanded);
     }
-    UpdateTPose(source.CalculateRootSpaceTPose(pose, false));
+    UpdateTPose(source.GetRestPoses().CalculateRootSpaceTPose(pose, false));
 }
 
 void Retargeting::UpdateTPose(std::span<const JointPose> sourceTPose) {
@@ -79,8 +78,7 @@ void Retargeting::UpdateTPose(std::span<const JointPose> sourceTPose) {
         !IsUsableAsReference(sourceTPose)) {
         return;
     }
-    sourceReferenceTPose.Initialize(
-        velkori_JointRelativeSpaceType_RootOriginRelative, sourceTPose, JointPose::Identity);
+    sourceReferenceTPose.Initialize(RootSpace, sourceTPose, JointPose::Identity);
     sourceMappingInfo.Clear();
     targetMappingInfo.Clear();
     try {
@@ -93,15 +91,15 @@ void Retargeting::UpdateTPose(std::span<const JointPose> sourceTPose) {
 }
 
 void Retargeting::MatchTargetToReference() {
-    const SourceSkeletonData& source = configData.GetSourceSkeleton();
-    const TargetSkeletonData& target = configData.GetTargetSkeleton();
+    const RestPoses& sourceRestPoses = configData.GetSourceSkeleton().GetRestPoses();
     ReferenceUpdate update;
-    update.sourceRatios = source.CalculateJointInterpolationRatios(sourceReferenceTPose.GetJointLengths());
-    update.overallRatio = CalculateOverallRatio(GetPoseRootRelativeReferenceHeight(sourceReferenceTPose),
-        GetPoseRootRelativeReferenceHeight(source.GetTPoseData(velkori_SkeletonTPoseType_Min)),
-        GetPoseRootRelativeReferenceHeight(source.GetTPoseData(velkori_SkeletonTPoseType_Max)));
-    const PoseData& unscaled = target.GetUnscaledOrMinTPose();
-    if (target.GetJointCount() < 1 || !unscaled.IsInitialized()) {
+    update.sourceRatios =
+        sourceRestPoses.CalculateJointInterpolationRatios(sourceReferenceTPose.GetJointLengths());
+    update.overallRatio = CalculateOverallRatio(
+        MeasureHeight(configData.GetSourceSkeleton(), sourceReferenceTPose.GetJointPoses(RootSpace)),
+        MeasureHeight(sourceRestPoses.GetMin()), MeasureHeight(sourceRestPoses.GetMax()));
+    const RestPose& unscaled = configData.GetTargetSkeleton().GetUnscaledOrMinTPose();
+    if (!unscaled.IsInitialized()) {
         return;
     }
     // A body without height can't be scaled: it stays as it is.
@@ -109,29 +107,27 @@ void Retargeting::MatchTargetToReference() {
         update.poseScale = (targetMinHeight + (targetMaxHeight - targetMinHeight) * update.overallRatio) /
                            targetUnscaledHeight;
     }
-    update.workingPose = unscaled.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
+    update.workingPose = unscaled.GetJointPoses(RootSpace);
     for (JointPose& joint : update.workingPose) {
         joint.position = joint.position * update.poseScale;
     }
     targetTPoses[velkori_RetargetingBehavior_RotationsScaled].Initialize(
-        velkori_JointRelativeSpaceType_RootOriginRelative, update.workingPose, JointPose::Identity);
+        RootSpace, update.workingPose, JointPose::Identity);
 
     MapSourceJoints(update);
     BlendOtherJoints(update);
     PoseData& matched = targetTPoses[velkori_RetargetingBehavior_MatchProportions];
-    matched.Initialize(
-        velkori_JointRelativeSpaceType_RootOriginRelative, update.workingPose, JointPose::Identity);
-    targetTPoses[velkori_RetargetingBehavior_MatchProportionsRotateHands].Initialize(matched);
+    matched.Initialize(RootSpace, update.workingPose, JointPose::Identity);
+    targetTPoses[velkori_RetargetingBehavior_MatchProportionsRotateHands] = matched;
     UpdateTargetMappings(update);
 }
 
 // Joints with a source-type mapping are placed by it.
 void Retargeting::MapSourceJoints(ReferenceUpdate& update) {
-    const auto& referencePose =
-        sourceReferenceTPose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
+    const auto& referencePose = sourceReferenceTPose.GetJointPoses(RootSpace);
     const auto& maxMappings = configData.GetMaxMappingData().GetSourceMappings();
     for (const auto& [joint, min] : configData.GetMinMappingData().GetSourceMappings()) {
-        if (IsTwist(min.GetBehavior())) {
+        if (min.IsTwist()) {
             continue;
         }
         const JointMappingSet* found = maxMappings.Find(joint);
@@ -140,10 +136,8 @@ void Retargeting::MapSourceJoints(ReferenceUpdate& update) {
                                  max.CalculateMinMaxJointRatio(update.sourceRatios)) *
                              0.5F;
         const JointPose offset = JointMappingSet::CalculateLocalOffsetToTarget(min, max, weight);
-        const JointPose minReference =
-            min.CalculateUsingDeltaFromReferencePose(referencePose, nullptr, nullptr);
-        const JointPose maxReference =
-            max.CalculateUsingDeltaFromReferencePose(referencePose, nullptr, nullptr);
+        const JointPose minReference = min.CalculateUsingDeltaFromReferencePose(referencePose, {}, nullptr);
+        const JointPose maxReference = max.CalculateUsingDeltaFromReferencePose(referencePose, {}, nullptr);
         update.workingPose[joint] = BlendPoses(minReference, maxReference, weight).ApplyWithoutScale(offset);
         sourceMappingInfo.insert(joint, MakeMappingInfo(update, velkori_SkeletonType_Source, joint, min, max,
                                             weight, minReference, maxReference, offset));
@@ -154,12 +148,12 @@ void Retargeting::MapSourceJoints(ReferenceUpdate& update) {
 // do.
 void Retargeting::BlendOtherJoints(ReferenceUpdate& update) {
     const TargetSkeletonData& target = configData.GetTargetSkeleton();
-    const PoseData& minPose = RestPoseOf(target, velkori_SkeletonTPoseType_Min);
-    const PoseData& maxPose = RestPoseOf(target, velkori_SkeletonTPoseType_Max);
-    const auto& minRoot = minPose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
-    const auto& maxRoot = maxPose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative);
-    const auto& minLocal = minPose.GetJointPoses(velkori_JointRelativeSpaceType_Local);
-    const auto& maxLocal = maxPose.GetJointPoses(velkori_JointRelativeSpaceType_Local);
+    const RestPose& minPose = RestPoseOf(target, velkori_SkeletonTPoseType_Min);
+    const RestPose& maxPose = RestPoseOf(target, velkori_SkeletonTPoseType_Max);
+    const auto& minRoot = minPose.GetJointPoses(RootSpace);
+    const auto& maxRoot = maxPose.GetJointPoses(RootSpace);
+    const auto& minLocal = minPose.GetJointPoses(LocalSpace);
+    const auto& maxLocal = maxPose.GetJointPoses(LocalSpace);
     const auto& minMappings = configData.GetMinMappingData().GetSourceMappings();
     const auto& maxMappings = configData.GetMaxMappingData().GetSourceMappings();
     const auto weightOf = [&](int joint, float otherwise) {
@@ -190,7 +184,7 @@ void Retargeting::BlendOtherJoints(ReferenceUpdate& update) {
                                                        BlendPoses(minLocal[joint], maxLocal[joint], weight));
 
         const JointMappingSet* max = maxMappings.Find(joint);
-        if (min != nullptr && max != nullptr && IsTwist(min->GetBehavior())) {
+        if (min != nullptr && max != nullptr && min->IsTwist()) {
             const JointPose offset = JointMappingSet::CalculateLocalOffsetToTarget(*min, *max, weight);
             sourceMappingInfo.insert(
                 joint, MakeMappingInfo(update, velkori_SkeletonType_Source, joint, *min, *max, weight,
@@ -206,8 +200,9 @@ void Retargeting::UpdateTargetMappings(const ReferenceUpdate& update) {
     if (minMappings.IsEmpty()) {
         return;
     }
-    const std::vector<float> targetRatios = configData.GetTargetSkeleton().CalculateJointInterpolationRatios(
-        targetTPoses[velkori_RetargetingBehavior_MatchProportions].GetJointLengths());
+    const std::vector<float> targetRatios =
+        configData.GetTargetSkeleton().GetRestPoses().CalculateJointInterpolationRatios(
+            targetTPoses[velkori_RetargetingBehavior_MatchProportions].GetJointLengths());
     for (const auto& [joint, min] : minMappings) {
         const JointMappingSet* max = maxMappings.Find(joint);
         if (max == nullptr) {

@@ -34,9 +34,8 @@ Vector3f ProjectOntoBone(const Vector3f& offset, const Vector3f& bone, float len
 
 } // namespace
 
-void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint,
-    const SkeletonData& skeleton, std::span<const JointPose> pose, const JointPose& current,
-    JointPose& result) {
+void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint, const Skeleton& skeleton,
+    std::span<const JointPose> pose, const JointPose& current, JointPose& result) {
     const JointPose mapped = result;
     const std::vector<int>& children = skeleton.GetChildJointIndexArray(joint);
     Vector3f anchor;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Velkori_Utility.h"
-#include "core/SkeletonData.h"
+#include "core/Skeleton.h"
 #include "shared/DataTypes.h"
 
 #include <span>
@@ -14,8 +14,7 @@ namespace Velkori_Utility {
 //
 // All in root space. `pose` is the pose being built, `current` the joint's pose before the mapping; `result`
 // enters as the mapped pose and leaves as the final one. A joint without a bone keeps the mapped pose.
-void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint,
-    const SkeletonData& skeleton, std::span<const JointPose> pose, const JointPose& current,
-    JointPose& result);
+void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint, const Skeleton& skeleton,
+    std::span<const JointPose> pose, const JointPose& current, JointPose& result);
 
 } // namespace Velkori_Utility

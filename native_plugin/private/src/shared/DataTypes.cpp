@@ -135,22 +135,16 @@ Quaternionf Quaternionf::Scale(const Vector3f& s) const {
     return LookAtLH(scaledForward, scaledUp).Normalize();
 }
 
-Quaternionf Quaternionf::CalculateWeightedMean(
-    std::span<const Quaternionf> quaternions, std::span<const float> weights) {
-    if (quaternions.size() == 1) {
-        return quaternions.front();
+void RotationMean::Add(const Quaternionf& rotation, float weight) {
+    if (weight == 0.0f) {
+        return;
     }
-    Matrix4f sum = Matrix4f::Zero;
-    int contributors = 0;
-    Quaternionf last = Identity;
-    for (std::size_t i = 0; i < std::min(quaternions.size(), weights.size()); ++i) {
-        if (weights[i] == 0.0f) {
-            continue;
-        }
-        last = quaternions[i];
-        sum.AddOuterProduct(weights[i], {last.x, last.y, last.z, last.w});
-        ++contributors;
-    }
+    last = rotation;
+    sum.AddOuterProduct(weight, {rotation.x, rotation.y, rotation.z, rotation.w});
+    ++contributors;
+}
+
+Quaternionf RotationMean::Get() const {
     if (contributors < 2) {
         return last;
     }
@@ -160,7 +154,7 @@ Quaternionf Quaternionf::CalculateWeightedMean(
     // The iteration starts at the identity and can't leave it towards half turns, all of which are orthogonal
     // to it: their mean is undetermined.
     if (mean == Vector4<float>::Zero || !isFinite) {
-        return Identity;
+        return Quaternionf::Identity;
     }
     const Quaternionf result(mean.x, mean.y, mean.z, mean.w);
     return result.w < 0.0f ? Quaternionf(-result.x, -result.y, -result.z, -result.w) : result;

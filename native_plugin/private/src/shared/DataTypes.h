@@ -208,12 +208,6 @@ class Quaternionf {
 
     /// This rotation as it appears once space has been scaled by s, which may be non-uniform or mirroring.
     Quaternionf Scale(const Vector3f& s) const;
-
-    /// The rotation nearest to all of the quaternions, q and -q counting as the same one: the dominant
-    /// eigenvector of the sum of their weighted outer products. The lists run in parallel. The identity if
-    /// the mean isn't determined.
-    static Quaternionf CalculateWeightedMean(
-        std::span<const Quaternionf> quaternions, std::span<const float> weights);
 };
 
 inline constexpr Quaternionf Quaternionf::Identity{0.0f, 0.0f, 0.0f, 1.0f};
@@ -285,6 +279,22 @@ class Matrix4f {
 
 inline constexpr Matrix4f Matrix4f::Zero{};
 
+/// The rotation nearest to all that are added, q and -q counting as the same one: the dominant eigenvector of
+/// the sum of their weighted outer products.
+class RotationMean {
+  public:
+    /// A weight of 0 adds nothing.
+    void Add(const Quaternionf& rotation, float weight);
+
+    /// A single rotation as it was added; the identity if the mean isn't determined.
+    Quaternionf Get() const;
+
+  private:
+    Matrix4f sum{};
+    Quaternionf last{};
+    int contributors = 0;
+};
+
 /// One joint's placement relative to its parent (local space) or to the skeleton's origin (root space).
 class JointPose {
   public:
@@ -321,6 +331,12 @@ class JointPose {
 
     /// Undoes orientation and position. The reciprocal scale is carried along without entering the position.
     JointPose Inverted() const;
+
+    /// Each part on its own between this pose at t = 0 and the other at t = 1; t isn't clamped.
+    JointPose Lerp(const JointPose& other, float t) const {
+        return {orientation.Slerp(other.orientation, t), position.Lerp(other.position, t),
+            scale.Lerp(other.scale, t)};
+    }
 
     /// The child's pose in this pose's parent space. Scale reaches the child's position only, the
     /// orientations just multiply, and the result has unit scale. This is how joints are composed along a

@@ -1,10 +1,7 @@
 #include "retargeting/alignment/HandIdentification.h"
 
-#include "core/ConfigurationData.h"
-#include "core/JointSpaces.h"
-#include "core/SkeletonData.h"
+#include "core/Skeleton.h"
 #include "retargeting/alignment/RestPoseSpace.h"
-#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,7 +31,7 @@ bool IsHand(HumanoidLimb limb) {
 
 // Wrist extensions, joints with a single child, are passed by. A hand that never branches has all its joints
 // in one finger, from the wrist on. -1 if the hand has no joints.
-int FindHandJoint(const SkeletonData& skeleton, HumanoidLimb limb) {
+int FindHandJoint(const Skeleton& skeleton, HumanoidLimb limb) {
     const std::vector<int>& chain = skeleton.GetJointChainByHumanoidLimb(limb);
     if (chain.empty()) {
         return -1;
@@ -57,7 +54,7 @@ int FindHandJoint(const SkeletonData& skeleton, HumanoidLimb limb) {
 
 // The first child that goes on, else the last leaf. An excluded joint hides the siblings after it. -1 if
 // there is none.
-int FindNextFingerJoint(const SkeletonData& skeleton, int joint) {
+int FindNextFingerJoint(const Skeleton& skeleton, int joint) {
     int next = -1;
     for (const int child : skeleton.GetChildJointIndexArray(joint)) {
         if (skeleton.GetAutoMappingExcludedJoints().contains(child)) {
@@ -71,7 +68,7 @@ int FindNextFingerJoint(const SkeletonData& skeleton, int joint) {
     return next;
 }
 
-FingerData FollowFinger(const SkeletonData& skeleton, int firstJoint) {
+FingerData FollowFinger(const Skeleton& skeleton, int firstJoint) {
     FingerData finger;
     for (int joint = firstJoint; joint != -1 && std::ssize(finger.joints) < skeleton.GetJointCount();
          joint = FindNextFingerJoint(skeleton, joint)) {
@@ -80,7 +77,7 @@ FingerData FollowFinger(const SkeletonData& skeleton, int firstJoint) {
     return finger;
 }
 
-std::vector<FingerData> FindFingers(const SkeletonData& skeleton, int handJoint) {
+std::vector<FingerData> FindFingers(const Skeleton& skeleton, int handJoint) {
     const std::vector<int>& children = skeleton.GetChildJointIndexArray(handJoint);
     std::vector<FingerData> fingers;
     fingers.reserve(children.size());
@@ -92,8 +89,8 @@ std::vector<FingerData> FindFingers(const SkeletonData& skeleton, int handJoint)
     return fingers;
 }
 
-JointPose CalculateFingerPose(const FingerData& finger, const std::vector<JointPose>& rootSpacePose,
-    int handJoint, const Vector3f& up) {
+JointPose CalculateFingerPose(
+    const FingerData& finger, std::span<const JointPose> rootSpacePose, int handJoint, const Vector3f& up) {
     Vector3f sum = rootSpacePose[finger.joints.front()].position;
     Vector3f direction;
     for (std::size_t i = 1; i < finger.joints.size(); ++i) {
@@ -124,8 +121,7 @@ void SortAlongForward(std::vector<FingerData>& fingers, const Vector3f& forward)
 
 // Whether one of the `comparedCount` bones after the finger's first is long enough against that. A chain that
 // hasn't as many has no palm joint.
-bool HasPalmJoint(
-    const FingerData& finger, std::size_t comparedCount, const std::vector<float>& jointLengths) {
+bool HasPalmJoint(const FingerData& finger, std::size_t comparedCount, std::span<const float> jointLengths) {
     if (finger.joints.size() <= comparedCount) {
         return false;
     }
@@ -138,7 +134,7 @@ bool HasPalmJoint(
 }
 
 // The first finger, which should be the thumb, has a bone less than the others.
-void FindPalmJoints(std::vector<FingerData>& fingers, const std::vector<float>& jointLengths) {
+void FindPalmJoints(std::vector<FingerData>& fingers, std::span<const float> jointLengths) {
     for (std::size_t i = 0; i < fingers.size(); ++i) {
         fingers[i].hasPalmJoint = HasPalmJoint(fingers[i], i == 0 ? 2 : 3, jointLengths);
     }
@@ -169,13 +165,13 @@ void HandData::Invalidate() {
     limb = HumanoidLimb_Invalid;
 }
 
-bool IdentifyFingersFromSkeleton(const PoseData& pose, HumanoidLimb limb, HandData& hand) {
+bool IdentifyFingersFromSkeleton(const Skeleton& skeleton, std::span<const JointPose> pose,
+    std::span<const float> jointLengths, HumanoidLimb limb, HandData& hand) {
     hand.Invalidate();
-    CoordinateSpace space(ProcessSpace());
-    if (!IsHand(limb) || !pose.IsInitialized() || !CalculateRestPoseCoordinateSpace(pose, space)) {
+    const auto space = CalculateRestPoseCoordinateSpace(skeleton, pose);
+    if (!IsHand(limb) || !space) {
         return false;
     }
-    const SkeletonData& skeleton = pose.GetSkeleton();
     hand.handJoint = FindHandJoint(skeleton, limb);
     if (hand.handJoint == -1) {
         return false;
@@ -185,14 +181,13 @@ bool IdentifyFingersFromSkeleton(const PoseData& pose, HumanoidLimb limb, HandDa
         return false;
     }
     hand.limb = limb;
-    const std::vector<JointPose>& rootSpacePose = pose.GetJointPoses(RootSpace);
     for (auto finger = hand.fingers.rbegin(); finger != hand.fingers.rend(); ++finger) {
-        finger->pose = CalculateFingerPose(*finger, rootSpacePose, hand.handJoint, space.up);
+        finger->pose = CalculateFingerPose(*finger, pose, hand.handJoint, space->up);
         hand.center += finger->pose.position;
     }
     hand.center = hand.center / static_cast<float>(hand.fingers.size());
-    SortAlongForward(hand.fingers, space.forward);
-    FindPalmJoints(hand.fingers, pose.GetJointLengths());
+    SortAlongForward(hand.fingers, space->forward);
+    FindPalmJoints(hand.fingers, jointLengths);
     hand.acrossDirection = CalculateAcrossDirection(hand.fingers);
     return true;
 }

@@ -5,11 +5,12 @@
 #include "shared/DataTypes.h"
 #include "shared/FastRangedIntegralContainers.h"
 
+#include <span>
 #include <vector>
 
 namespace Velkori_Utility {
 
-class PoseData;
+class Skeleton;
 
 namespace Alignment {
 
@@ -44,9 +45,10 @@ struct HandData {
     void Invalidate();
 };
 
-// Reads one hand out of the hierarchy and a rest pose: skeletons name their wrists, but not their fingers.
-// False, with the hand invalid, if the pose has no such hand.
-bool IdentifyFingersFromSkeleton(const PoseData& pose, HumanoidLimb limb, HandData& hand);
+// Reads one hand out of the hierarchy and a rest pose in root space: skeletons name their wrists, but not
+// their fingers. False, with the hand invalid, if the pose has no such hand.
+bool IdentifyFingersFromSkeleton(const Skeleton& skeleton, std::span<const JointPose> pose,
+    std::span<const float> jointLengths, HumanoidLimb limb, HandData& hand);
 
 } // namespace Alignment
 

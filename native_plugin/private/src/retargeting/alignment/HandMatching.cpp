@@ -1,11 +1,8 @@
 #include "retargeting/alignment/HandMatching.h"
 
-#include "core/ConfigurationData.h"
 #include "core/JointSpaces.h"
-#include "core/SkeletonData.h"
 #include "retargeting/alignment/RestPoseSpace.h"
 #include "retargeting/alignment/SubtreePoses.h"
-#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 #include <array>
@@ -23,7 +20,7 @@ constexpr float SamePlaceDistanceSquared = 1e-08F;
 
 // One hand on its way to the source's.
 struct HandMatch {
-    const SkeletonData& skeleton;
+    const Skeleton& skeleton;
     std::span<const JointPose> sourcePose;
     Vector3f sourceUp{};
     HandData sourceHand{};
@@ -285,25 +282,28 @@ void TurnPalm(const Quaternionf& turn, HandMatch& hand) {
     }
 }
 
-bool HasArm(const SkeletonData& skeleton, const KnownJointChain& arm) {
+bool HasArm(const Skeleton& skeleton, const KnownJointChain& arm) {
     return skeleton.HasValidKnownJoints(std::array{arm.first, arm.second});
 }
 
-void MatchHand(const PoseData& source, const PoseData& target, HumanoidLimb limb, bool scaleFingers,
+void MatchHand(const RestPose& source, PoseData& target, HumanoidLimb limb, bool scaleFingers,
     std::span<JointPose> pose) {
-    const SkeletonData& skeleton = target.GetSkeleton();
+    const Skeleton& skeleton = target.GetSkeleton();
+    const Skeleton& sourceSkeleton = source.GetSkeleton();
+    const std::vector<JointPose>& sourcePose = source.GetJointPoses(RootSpace);
     const KnownJointChain& arm = *HandWristAlignmentArmJoint.Find(limb);
-    CoordinateSpace space(ProcessSpace());
+    const auto sourceSpace = CalculateRestPoseCoordinateSpace(sourceSkeleton, sourcePose);
     HandData sourceHand;
     HandData targetHand;
-    if (!HasArm(source.GetSkeleton(), arm) || !HasArm(skeleton, arm) ||
-        !IdentifyFingersFromSkeleton(source, limb, sourceHand) ||
-        !IdentifyFingersFromSkeleton(target, limb, targetHand) ||
-        !CalculateRestPoseCoordinateSpace(source, space)) {
+    if (!sourceSpace || !HasArm(sourceSkeleton, arm) || !HasArm(skeleton, arm) ||
+        !IdentifyFingersFromSkeleton(
+            sourceSkeleton, sourcePose, source.GetJointLengths(), limb, sourceHand) ||
+        !IdentifyFingersFromSkeleton(
+            skeleton, target.GetJointPoses(RootSpace), target.GetJointLengths(), limb, targetHand)) {
         return;
     }
-    HandMatch hand{skeleton, source.GetJointPoses(RootSpace), space.up, std::move(sourceHand),
-        std::move(targetHand), pose, target.GetJointPoses(LocalSpace)};
+    HandMatch hand{skeleton, sourcePose, sourceSpace->up, std::move(sourceHand), std::move(targetHand), pose,
+        target.GetJointPoses(LocalSpace)};
     const Quaternionf acrossTurn(hand.targetHand.acrossDirection, hand.sourceHand.acrossDirection);
     TurnWithChildren(skeleton.GetJointIndex(arm.second), acrossTurn, hand);
     const Vector3f palmBefore = CalculatePalmDirection(hand.targetHand, pose);
@@ -313,7 +313,7 @@ void MatchHand(const PoseData& source, const PoseData& target, HumanoidLimb limb
 
 } // namespace
 
-PoseData MatchPoseHandsAndFingers(const PoseData& source, const PoseData& target, bool scaleFingers) {
+PoseData MatchPoseHandsAndFingers(const RestPose& source, PoseData target, bool scaleFingers) {
     if (!source.IsInitialized() || !target.IsInitialized()) {
         return target;
     }

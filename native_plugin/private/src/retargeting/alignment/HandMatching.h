@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/PoseData.h"
+#include "core/RestPose.h"
 #include "retargeting/alignment/HandIdentification.h"
 #include "shared/DataTypes.h"
 
@@ -14,7 +15,7 @@ namespace Velkori_Utility::Alignment {
 // directions and by shares of their length, so that neither their number nor that of their bones need be the
 // same. With `scaleFingers` the target's finger bones get the lengths of the source's. A hand that either
 // side lacks, or that can't be made out, stays as it is.
-PoseData MatchPoseHandsAndFingers(const PoseData& source, const PoseData& target, bool scaleFingers);
+PoseData MatchPoseHandsAndFingers(const RestPose& source, PoseData target, bool scaleFingers);
 
 // The bones of a finger, from its joint `startIndex` outward, in root space. None if that is its last joint.
 std::vector<Vector3f> CalculateFingerJointRaysForAlignment(

@@ -1,9 +1,7 @@
 #include "retargeting/alignment/LimbProportions.h"
 
 #include "core/JointSpaces.h"
-#include "core/SkeletonData.h"
 #include "retargeting/alignment/SubtreePoses.h"
-#include "shared/ProcessSpace.h"
 
 #include <span>
 #include <utility>
@@ -29,7 +27,7 @@ struct Limb {
 };
 
 SubtreeJoints RememberLocalPoses(
-    std::vector<int> joints, const SkeletonData& skeleton, std::span<const JointPose> pose) {
+    std::vector<int> joints, const Skeleton& skeleton, std::span<const JointPose> pose) {
     SubtreeJoints remembered;
     remembered.localPoses.reserve(joints.size());
     for (const int joint : joints) {
@@ -39,7 +37,7 @@ SubtreeJoints RememberLocalPoses(
     return remembered;
 }
 
-Limb MakeLimb(int start, int end, const SkeletonData& skeleton, std::span<const JointPose> pose) {
+Limb MakeLimb(int start, int end, const Skeleton& skeleton, std::span<const JointPose> pose) {
     const FastRangedIntegralSet<int> stopAtEnd(end, end, {end});
     return {start, end,
         RememberLocalPoses(skeleton.GetDescendantsOfJointIndex(start, stopAtEnd), skeleton, pose),
@@ -48,13 +46,14 @@ Limb MakeLimb(int start, int end, const SkeletonData& skeleton, std::span<const 
 }
 
 // Forward and back only: how high a body stands, and where its sides are, is its own.
-void MatchTrunkPosition(const PoseData& source, const PoseData& target, std::span<JointPose> pose) {
+void MatchTrunkPosition(
+    const RestPose& source, const Skeleton& target, const Vector3f& forward, std::span<JointPose> pose) {
     Vector3f sourceSum;
     Vector3f targetSum;
     int count = 0;
     for (const velkori_KnownJointType knownJoint : FwdBackAlignmentKnownJoints) {
         const int sourceJoint = source.GetSkeleton().GetJointIndex(knownJoint);
-        const int targetJoint = target.GetSkeleton().GetJointIndex(knownJoint);
+        const int targetJoint = target.GetJointIndex(knownJoint);
         if (sourceJoint != -1 && targetJoint != -1) {
             sourceSum += source.GetJointPoses(RootSpace)[sourceJoint].position;
             targetSum += pose[targetJoint].position;
@@ -65,7 +64,6 @@ void MatchTrunkPosition(const PoseData& source, const PoseData& target, std::spa
         return;
     }
     const auto divisor = static_cast<float>(count);
-    const Vector3f forward(ProcessSpace().forward);
     const Vector3f offset = forward.Abs().Multiply(sourceSum / divisor - targetSum / divisor);
     for (JointPose& joint : pose) {
         joint.position += offset;
@@ -73,7 +71,7 @@ void MatchTrunkPosition(const PoseData& source, const PoseData& target, std::spa
 }
 
 // The end keeps its orientation: it is turned with the limb in position only.
-void RebuildMiddle(const Limb& limb, const SkeletonData& skeleton, std::span<JointPose> pose) {
+void RebuildMiddle(const Limb& limb, const Skeleton& skeleton, std::span<JointPose> pose) {
     for (std::size_t i = 0; i < limb.middle.joints.size(); ++i) {
         const int joint = limb.middle.joints[i];
         const JointPose& parentPose = pose[skeleton.GetParentJointIndex(joint)];
@@ -86,7 +84,7 @@ void RebuildMiddle(const Limb& limb, const SkeletonData& skeleton, std::span<Joi
     }
 }
 
-void RebuildTail(const Limb& limb, const SkeletonData& skeleton, std::span<JointPose> pose) {
+void RebuildTail(const Limb& limb, const Skeleton& skeleton, std::span<JointPose> pose) {
     for (std::size_t i = 0; i < limb.tail.joints.size(); ++i) {
         const int joint = limb.tail.joints[i];
         pose[joint] = pose[skeleton.GetParentJointIndex(joint)].ApplyWithoutScale(limb.tail.localPoses[i]);
@@ -116,7 +114,7 @@ void StretchMiddle(const Limb& limb, const Vector3f& direction, float ratio, std
     }
 }
 
-void MatchLimbEnd(const Limb& limb, const Vector3f& wantedEnd, bool canStretch, const SkeletonData& skeleton,
+void MatchLimbEnd(const Limb& limb, const Vector3f& wantedEnd, bool canStretch, const Skeleton& skeleton,
     std::span<JointPose> pose) {
     JointPose& start = pose[limb.start];
     const Vector3f now = pose[limb.end].position - start.position;
@@ -131,8 +129,8 @@ void MatchLimbEnd(const Limb& limb, const Vector3f& wantedEnd, bool canStretch, 
     RebuildTail(limb, skeleton, pose);
 }
 
-void MatchLimb(HumanoidLimb humanoidLimb, const PoseData& source, const SkeletonData& skeleton,
-    std::span<JointPose> pose) {
+void MatchLimb(
+    HumanoidLimb humanoidLimb, const RestPose& source, const Skeleton& skeleton, std::span<JointPose> pose) {
     const std::vector<int>& sourceChain = source.GetSkeleton().GetJointChainByHumanoidLimb(humanoidLimb);
     const std::vector<int>& targetChain = skeleton.GetJointChainByHumanoidLimb(humanoidLimb);
     // A chain that doesn't run downwards, or has one joint only, can't be turned from its start.
@@ -148,12 +146,13 @@ void MatchLimb(HumanoidLimb humanoidLimb, const PoseData& source, const Skeleton
 
 } // namespace
 
-PoseData DeformationLimbsToMatchSourceProportion(const PoseData& source, const PoseData& target) {
+PoseData DeformationLimbsToMatchSourceProportion(
+    const RestPose& source, PoseData target, const Vector3f& forward) {
     if (!source.IsInitialized() || !target.IsInitialized()) {
         return target;
     }
     std::vector<JointPose> pose = target.GetJointPoses(RootSpace);
-    MatchTrunkPosition(source, target, pose);
+    MatchTrunkPosition(source, target.GetSkeleton(), forward, pose);
     for (const HumanoidLimb limb :
         {HumanoidLimb_LeftArm, HumanoidLimb_RightArm, HumanoidLimb_LeftLeg, HumanoidLimb_RightLeg}) {
         MatchLimb(limb, source, target.GetSkeleton(), pose);

@@ -2,6 +2,7 @@
 
 #include "Velkori_Utility.h"
 #include "core/PoseData.h"
+#include "core/RestPose.h"
 
 #include <array>
 
@@ -18,6 +19,7 @@ inline constexpr std::array FwdBackAlignmentKnownJoints = {
 // The target with its trunk moved forward or back to where the source's is, and its arms and legs turned
 // towards the ends of the source's. Arms are stretched along their direction until they end there; legs keep
 // their length. Hands and feet come along undeformed. What either side lacks stays as it is.
-PoseData DeformationLimbsToMatchSourceProportion(const PoseData& source, const PoseData& target);
+PoseData DeformationLimbsToMatchSourceProportion(
+    const RestPose& source, PoseData target, const Vector3f& forward);
 
 } // namespace Velkori_Utility::Alignment

@@ -1,8 +1,7 @@
 #include "retargeting/alignment/LimbRotations.h"
 
 #include "core/JointSpaces.h"
-#include "core/SkeletonData.h"
-#include "shared/ProcessSpace.h"
+#include "core/PoseMeasures.h"
 
 #include <algorithm>
 #include <optional>
@@ -155,7 +154,7 @@ class TargetLimb {
 
 // The joint that follows on an arm's upper arm joint: along the chain, or the hand's first. -1 if there is
 // none, or if the arm begins there and there is no shoulder to turn.
-int FindJointAfterArmStart(const SkeletonData& skeleton, HumanoidLimb arm, int start) {
+int FindJointAfterArmStart(const Skeleton& skeleton, HumanoidLimb arm, int start) {
     const std::vector<int>& chain = skeleton.GetJointChainByHumanoidLimb(arm);
     const auto place = std::find(chain.begin(), chain.end(), start);
     if (place == chain.end() || place == chain.begin()) {
@@ -170,8 +169,8 @@ int FindJointAfterArmStart(const SkeletonData& skeleton, HumanoidLimb arm, int s
 }
 
 // Turns the shoulder by the part of the upper arm's turn that its share of their length makes up.
-void TurnShoulder(const PoseData& source, velkori_KnownJointType startType, PoseData& work) {
-    const SkeletonData& sourceSkeleton = source.GetSkeleton();
+void TurnShoulder(const RestPose& source, velkori_KnownJointType startType, PoseData& work) {
+    const Skeleton& sourceSkeleton = source.GetSkeleton();
     const SkeletonData& skeleton = work.GetSkeleton();
     const int sourceStart = sourceSkeleton.GetJointIndex(startType);
     const int start = skeleton.GetJointIndex(startType);
@@ -205,12 +204,11 @@ void TurnShoulder(const PoseData& source, velkori_KnownJointType startType, Pose
     work = PoseData(skeleton, LocalSpace, localPoses, JointPose::Identity);
 }
 
-LimbPath FindLimbPath(
-    const SkeletonData& skeleton, velkori_KnownJointType start, velkori_KnownJointType end) {
+LimbPath FindLimbPath(const Skeleton& skeleton, velkori_KnownJointType start, velkori_KnownJointType end) {
     return skeleton.GetConnectedPathBetweenJoints(skeleton.GetJointIndex(start), skeleton.GetJointIndex(end));
 }
 
-void MatchLimb(const PoseData& source, velkori_KnownJointType start, velkori_KnownJointType end,
+void MatchLimb(const RestPose& source, velkori_KnownJointType start, velkori_KnownJointType end,
     PoseData& work, Results& results) {
     LimbPath sourcePath = FindLimbPath(source.GetSkeleton(), start, end);
     LimbPath path = FindLimbPath(work.GetSkeleton(), start, end);
@@ -226,8 +224,8 @@ void MatchLimb(const PoseData& source, velkori_KnownJointType start, velkori_Kno
 }
 
 // The pose with the limbs' new poses, and what hangs on them. The feet stay level.
-std::vector<JointPose> Rebuild(const PoseData& work, const Results& results) {
-    const SkeletonData& skeleton = work.GetSkeleton();
+std::vector<JointPose> Rebuild(PoseData& work, const Results& results) {
+    const Skeleton& skeleton = work.GetSkeleton();
     const std::vector<JointPose>& localPoses = work.GetJointPoses(LocalSpace);
     std::vector<JointPose> poses = work.GetJointPoses(RootSpace);
     const int rightAnkle = skeleton.GetJointIndex(velkori_KnownJointType_RightAnkle);
@@ -250,11 +248,9 @@ std::vector<JointPose> Rebuild(const PoseData& work, const Results& results) {
 }
 
 // Lifts or lowers the whole body to the floor that it stood on.
-void KeepFloor(const PoseData& work, std::vector<JointPose>& poses) {
-    const int root = work.GetSkeleton().GetJointIndex(velkori_KnownJointType_Root);
-    const PoseExtents extents(poses, FastRangedIntegralSet<int>(root, root, {root}));
-    const Vector3f up = Vector3f(ProcessSpace().up).Abs();
-    const Vector3f offset = up.Multiply(work.GetExtents().min - extents.min);
+void KeepFloor(PoseData& work, const Vector3f& up, std::vector<JointPose>& poses) {
+    const PoseExtents extents = MeasureExtents(work.GetSkeleton(), poses);
+    const Vector3f offset = up.Abs().Multiply(work.MeasureExtents().min - extents.min);
     if (offset == Vector3f::Zero) {
         return;
     }
@@ -265,21 +261,20 @@ void KeepFloor(const PoseData& work, std::vector<JointPose>& poses) {
 
 } // namespace
 
-PoseData MatchPoseLimbRotations(const PoseData& source, const PoseData& target) {
-    PoseData work = target;
+PoseData MatchPoseLimbRotations(const RestPose& source, PoseData target, const Vector3f& up) {
     if (!source.IsInitialized() || !target.IsInitialized()) {
-        return work;
+        return target;
     }
     Results results;
     results.initialize(0, target.GetJointCount());
     for (const auto& [start, end] : KnownLimbPairs) {
-        MatchLimb(source, start, end, work, results);
+        MatchLimb(source, start, end, target, results);
     }
     if (results.IsEmpty()) {
-        return work;
+        return target;
     }
-    std::vector<JointPose> poses = Rebuild(work, results);
-    KeepFloor(work, poses);
+    std::vector<JointPose> poses = Rebuild(target, results);
+    KeepFloor(target, up, poses);
     return PoseData(target.GetSkeleton(), RootSpace, poses, JointPose::Identity);
 }
 

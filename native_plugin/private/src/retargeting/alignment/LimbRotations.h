@@ -2,6 +2,7 @@
 
 #include "Velkori_Utility.h"
 #include "core/PoseData.h"
+#include "core/RestPose.h"
 
 #include <array>
 #include <utility>
@@ -19,6 +20,6 @@ inline constexpr std::array<std::pair<velkori_KnownJointType, velkori_KnownJoint
 // The target with its arms and legs turned so that each runs along the same curve as the source's, whatever
 // their joint counts and bone lengths. The feet keep their rotation and the body its floor. A limb that
 // either side lacks stays as it is.
-PoseData MatchPoseLimbRotations(const PoseData& source, const PoseData& target);
+PoseData MatchPoseLimbRotations(const RestPose& source, PoseData target, const Vector3f& up);
 
 } // namespace Velkori_Utility::Alignment

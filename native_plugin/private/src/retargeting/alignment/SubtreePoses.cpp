@@ -1,17 +1,17 @@
 #include "retargeting/alignment/SubtreePoses.h"
 
-#include "core/SkeletonData.h"
+#include "core/Skeleton.h"
 
 namespace Velkori_Utility::Alignment {
 
 JointPose CalculateLocalSpaceJointPose(
-    int joint, const SkeletonData& skeleton, std::span<const JointPose> rootPoses) {
+    int joint, const Skeleton& skeleton, std::span<const JointPose> rootPoses) {
     const int parent = skeleton.GetParentJointIndex(joint);
     const JointPose& parentPose = parent == -1 ? JointPose::Identity : rootPoses[parent];
     return parentPose.Inverted().ApplyWithoutScale(rootPoses[joint]);
 }
 
-void UpdateRootSpaceJointPoseWithChildren(int joint, const SkeletonData& skeleton, const JointPose& newPose,
+void UpdateRootSpaceJointPoseWithChildren(int joint, const Skeleton& skeleton, const JointPose& newPose,
     std::span<const JointPose> localPoses, std::span<JointPose> rootPoses) {
     rootPoses[joint] = newPose;
     for (const int descendant :
@@ -21,7 +21,7 @@ void UpdateRootSpaceJointPoseWithChildren(int joint, const SkeletonData& skeleto
     }
 }
 
-void UpdateLocalSpaceJointPoseWithChildren(int joint, const SkeletonData& skeleton,
+void UpdateLocalSpaceJointPoseWithChildren(int joint, const Skeleton& skeleton,
     std::span<const JointPose> rootPoses, std::span<JointPose> localPoses) {
     localPoses[joint] = CalculateLocalSpaceJointPose(joint, skeleton, rootPoses);
     for (const int descendant :
@@ -32,7 +32,7 @@ void UpdateLocalSpaceJointPoseWithChildren(int joint, const SkeletonData& skelet
 
 // Every bone is scaled by itself: walking breadth first gives what recursion would, at any depth.
 void ScaleLocalSpacePoseAndChildrenRecursive(
-    int joint, int stopJoint, float factor, const SkeletonData& skeleton, std::span<JointPose> localPoses) {
+    int joint, int stopJoint, float factor, const Skeleton& skeleton, std::span<JointPose> localPoses) {
     if (joint == -1 || factor == 1.0F) {
         return;
     }

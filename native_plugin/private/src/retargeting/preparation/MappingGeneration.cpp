@@ -1,9 +1,8 @@
 #include "retargeting/preparation/MappingGeneration.h"
 
 #include "core/JointSpaces.h"
-#include "core/SkeletonData.h"
+#include "core/PoseMeasures.h"
 #include "retargeting/preparation/TwistJointIdentification.h"
-#include "shared/ProcessSpace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,8 +22,7 @@ constexpr float SmallestDistance = 1e-5F;
 
 using JointSet = FastRangedIntegralSet<int>;
 
-JointSet FindSkippedJoints(
-    const SkeletonData& skeleton, std::span<const velkori_TwistJointDefinition_> twists) {
+JointSet FindSkippedJoints(const Skeleton& skeleton, std::span<const velkori_TwistJointDefinition_> twists) {
     JointSet skipped(0, skeleton.GetJointCount(), skeleton.GetAutoMappingExcludedJoints().ToKeyVector());
     for (const velkori_TwistJointDefinition_& twist : twists) {
         skipped.insertInternal(twist.twistJointIndex);
@@ -39,7 +37,7 @@ bool IsHand(HumanoidLimb limb) {
 // The joint of the source's chain of a limb at the place that a joint has on the target's; -1 if there is
 // none.
 int FindCounterpartOnChain(
-    const SkeletonData& source, const SkeletonData& target, HumanoidLimb limb, int targetJoint) {
+    const Skeleton& source, const Skeleton& target, HumanoidLimb limb, int targetJoint) {
     const std::vector<int>& sourceChain = source.GetJointChainByHumanoidLimb(limb);
     const std::vector<int>& targetChain = target.GetJointChainByHumanoidLimb(limb);
     for (std::size_t i = 0; i < std::min(sourceChain.size(), targetChain.size()); ++i) {
@@ -99,8 +97,8 @@ class WeightedEntries {
 // Finds the source joints that drive a target joint.
 class NearnessMapper {
   public:
-    NearnessMapper(
-        const PoseData& sourceRestPose, const JointSet& skippedSourceJoints, const PoseData& targetRestPose)
+    NearnessMapper(const RestPose& sourceRestPose, const JointSet& skippedSourceJoints,
+        const RestPose& targetRestPose, const Vector3f& up)
         : sourcePose(sourceRestPose),
           targetPose(targetRestPose),
           source(sourceRestPose.GetSkeleton()),
@@ -110,7 +108,6 @@ class NearnessMapper {
                 candidates.push_back(joint);
             }
         }
-        const Vector3f up(ProcessSpace().up);
         largestRadius = LargestRadius * targetPose.GetExtents().range.Multiply(up).Length();
         distances.initialize(0, source.GetJointCount());
         sameLimb.initialize(0, source.GetJointCount());
@@ -199,7 +196,8 @@ class NearnessMapper {
     // What is near in space may be far along the skeleton: a hand by the hip.
     void DropCandidatesFarAlongSkeleton(float radius) {
         for (const auto& [joint, distance] : distances) {
-            if (joint != best && sourcePose.GetLengthBetweenJoints(joint, best) > radius + bestDistance) {
+            if (joint != best &&
+                SumJointLengths(source, sourcePose.GetJointLengths(), joint, best) > radius + bestDistance) {
                 dropped.push_back(joint);
             }
         }
@@ -210,10 +208,10 @@ class NearnessMapper {
         dropped.clear();
     }
 
-    const PoseData& sourcePose;
-    const PoseData& targetPose;
-    const SkeletonData& source;
-    const SkeletonData& target;
+    const RestPose& sourcePose;
+    const RestPose& targetPose;
+    const Skeleton& source;
+    const Skeleton& target;
     std::vector<int> candidates;
     float largestRadius = 0.0F;
     // Of the joint that is being mapped.
@@ -236,7 +234,7 @@ void AppendTwistMappings(
 }
 
 FastRangedIntegralSet<HumanoidLimb> FindLimbsWithTwist(
-    const SkeletonData& skeleton, std::span<const velkori_TwistJointDefinition_> twists) {
+    const Skeleton& skeleton, std::span<const velkori_TwistJointDefinition_> twists) {
     FastRangedIntegralSet<HumanoidLimb> limbs;
     limbs.initialize(HumanoidLimb_Invalid, static_cast<HumanoidLimb>(HumanoidLimb_RightFoot + 1));
     for (const velkori_TwistJointDefinition_& twist : twists) {
@@ -248,7 +246,7 @@ FastRangedIntegralSet<HumanoidLimb> FindLimbsWithTwist(
 }
 
 // The way from one end of a limb to the other, both included; none unless both belong to the limb.
-std::vector<int> FindTwistChain(const SkeletonData& skeleton, const TwistLimbKnownJointPair& row) {
+std::vector<int> FindTwistChain(const Skeleton& skeleton, const TwistLimbKnownJointPair& row) {
     const int start = skeleton.GetJointIndex(row.start);
     const int end = skeleton.GetJointIndex(row.end);
     if (start == -1 || end == -1 || skeleton.GetLimb(start) != row.limb ||
@@ -273,20 +271,21 @@ void AppendChainMappings(std::span<const int> path, std::vector<SerializedJointM
 } // namespace
 
 std::vector<SerializedJointMapping> GenerateJointMappings(
-    const PoseData& source, const PoseData& target, velkori_AutoMappingFlags flags) {
+    const RestPose& source, const RestPose& target, const Vector3f& up, velkori_AutoMappingFlags flags) {
     return GenerateJointMappings(
-        source, IdentifyTwistJoints(source), target, IdentifyTwistJoints(target), flags);
+        source, IdentifyTwistJoints(source), target, IdentifyTwistJoints(target), up, flags);
 }
 
-std::vector<SerializedJointMapping> GenerateJointMappings(const PoseData& source,
-    std::span<const velkori_TwistJointDefinition_> sourceTwists, const PoseData& target,
-    std::span<const velkori_TwistJointDefinition_> targetTwists, velkori_AutoMappingFlags flags) {
+std::vector<SerializedJointMapping> GenerateJointMappings(const RestPose& source,
+    std::span<const velkori_TwistJointDefinition_> sourceTwists, const RestPose& target,
+    std::span<const velkori_TwistJointDefinition_> targetTwists, const Vector3f& up,
+    velkori_AutoMappingFlags flags) {
     if (!source.IsInitialized() || !target.IsInitialized()) {
         return {};
     }
-    const SkeletonData& targetSkeleton = target.GetSkeleton();
+    const Skeleton& targetSkeleton = target.GetSkeleton();
     const JointSet targetSkip = FindSkippedJoints(targetSkeleton, targetTwists);
-    NearnessMapper mapper(source, FindSkippedJoints(source.GetSkeleton(), sourceTwists), target);
+    NearnessMapper mapper(source, FindSkippedJoints(source.GetSkeleton(), sourceTwists), target, up);
     std::vector<SerializedJointMapping> mappings;
     mappings.reserve(targetSkeleton.GetJointCount());
     for (const int joint : targetSkeleton.GetHierarchicalUpdateOrder()) {

@@ -1,6 +1,6 @@
 #include "retargeting/preparation/TwistJointIdentification.h"
 
-#include "core/SkeletonData.h"
+#include "core/JointSpaces.h"
 
 #include <algorithm>
 #include <string>
@@ -27,9 +27,8 @@ bool HasTwistInName(const std::string& name) {
 
 class TwistJointSearch {
   public:
-    explicit TwistJointSearch(const PoseData& pose)
-        : skeleton(pose.GetSkeleton()),
-          joints(pose.GetJointPoses(velkori_JointRelativeSpaceType_RootOriginRelative)) {
+    explicit TwistJointSearch(const RestPose& pose)
+        : skeleton(pose.GetSkeleton()), joints(pose.GetJointPoses(RootSpace)) {
         definitions.initialize(0, skeleton.GetJointCount());
     }
 
@@ -122,7 +121,7 @@ class TwistJointSearch {
         return true;
     }
 
-    const SkeletonData& skeleton;
+    const Skeleton& skeleton;
     const std::vector<JointPose>& joints;
     std::vector<int> queue;
     FastRangedIntegralMap<int, velkori_TwistJointDefinition_> definitions;
@@ -130,7 +129,7 @@ class TwistJointSearch {
 
 } // namespace
 
-std::vector<velkori_TwistJointDefinition_> IdentifyTwistJoints(const PoseData& pose) {
+std::vector<velkori_TwistJointDefinition_> IdentifyTwistJoints(const RestPose& pose) {
     if (!pose.IsInitialized()) {
         return {};
     }

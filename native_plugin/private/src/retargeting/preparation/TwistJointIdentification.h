@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Velkori_Utility.h"
-#include "core/PoseData.h"
+#include "core/RestPose.h"
 
 #include <cstdint>
 #include <vector>
@@ -15,6 +15,6 @@ inline constexpr float TwistDeviationThreshold = 0x1.FF834p-1F;
 // them: by the word "twist" in their name, or as leaves that lie on the straight line to a sibling that goes
 // on. The ratio says how far along the bone a joint lies; it is at most 1. A pose that holds nothing has
 // none.
-std::vector<velkori_TwistJointDefinition_> IdentifyTwistJoints(const PoseData& pose);
+std::vector<velkori_TwistJointDefinition_> IdentifyTwistJoints(const RestPose& pose);
 
 } // namespace Velkori_Utility::AutoMapping

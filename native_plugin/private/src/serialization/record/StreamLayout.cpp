@@ -1,5 +1,6 @@
 #include "serialization/record/StreamLayout.h"
 
+#include "core/JointSpaces.h"
 #include "core/UtilityConfigData.h"
 
 #include <utility>
@@ -9,14 +10,14 @@ namespace Velkori_Utility {
 namespace {
 
 std::vector<JointPose> getLocalRestPoses(const SkeletonData& skeleton) {
-    const PoseData& restPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Unscaled);
-    return restPose.IsInitialized() ? restPose.GetJointPoses(velkori_JointRelativeSpaceType_Local)
+    const RestPose& restPose = skeleton.GetTPoseData(velkori_SkeletonTPoseType_Unscaled);
+    return restPose.IsInitialized() ? restPose.GetJointPoses(LocalSpace)
                                     : std::vector<JointPose>(skeleton.GetJointCount(), JointPose::Identity);
 }
 
 // The root carries the body, and what hangs on it carries the body over the ground: they move freely. So do
 // siblings. A joint that is its parent's only child can move along the bone only.
-std::vector<bool> findJointsThatMoveAlongBone(const SkeletonData& skeleton) {
+std::vector<bool> findJointsThatMoveAlongBone(const Skeleton& skeleton) {
     const int root = skeleton.GetJointIndex(velkori_KnownJointType_Root);
     std::vector<bool> moves(skeleton.GetJointCount());
     for (int joint = 0; joint < skeleton.GetJointCount(); ++joint) {

@@ -1,4 +1,4 @@
-#include "core/ManifestationData.h"
+#include "core/ManifestationConverter.h"
 
 #include "core/SkeletonData.h"
 #include "support/AllocationCount.h"
@@ -34,8 +34,21 @@ TargetSkeletonData BipedWith(const Names& part) {
     return TargetSkeletonData(params);
 }
 
+ManifestationConverter ConverterOf(const SkeletonData& skeleton, const char* name = "part") {
+    return ManifestationConverter(skeleton.GetRestPoses(), skeleton.GetManifestation(name));
+}
+
 std::vector<JointPose> CutOut(const SkeletonData& skeleton, std::span<const JointPose> pose) {
-    return skeleton.GetManifestation("part").ConvertToManifestationPose(pose, Root, Root);
+    std::vector<JointPose> part;
+    ConverterOf(skeleton).ConvertToManifestationPose(pose, Root, part);
+    return part;
+}
+
+std::vector<JointPose> Expand(
+    const SkeletonData& skeleton, std::span<const JointPose> part, const char* name = "part") {
+    std::vector<JointPose> expanded;
+    ConverterOf(skeleton, name).ConvertFromManifestationRootSpacePose(part, expanded);
+    return expanded;
 }
 
 } // namespace
@@ -60,17 +73,16 @@ TEST(Manifestation, APartOfARestPoseExpandsToIt) {
     const JointPose moved(RotationOf({0.3F, 1.0F, -0.2F}), {1, 2, 3});
     for (const Names& joints : {UpperBody, Arm, Names{"head"}}) {
         const TargetSkeletonData skeleton = BipedWith(joints);
-        const Manifestation& part = skeleton.GetManifestation("part");
         const std::vector<JointPose>& pose =
             skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root);
         // Of one joint no size can be told, which counts as the largest.
         std::vector<JointPose> partPose = CutOut(skeleton, pose);
-        ExpectNear(part.ConvertFromManifestationRootSpacePose(partPose), pose, 1e-3F);
+        ExpectNear(Expand(skeleton, partPose), pose, 1e-3F);
         // Turned and moved as a whole, the body comes along.
         for (JointPose& joint : partPose) {
             joint = moved.ApplyWithoutScale(joint);
         }
-        const std::vector<JointPose> expanded = part.ConvertFromManifestationRootSpacePose(partPose);
+        const std::vector<JointPose> expanded = Expand(skeleton, partPose);
         for (std::size_t i = 0; i < expanded.size(); ++i) {
             ExpectNear(expanded[i].position, moved.ApplyWithoutScale(pose[i]).position, 1e-2F);
         }
@@ -81,17 +93,18 @@ TEST(Manifestation, AnInvalidOrUnknownOneGivesARestPose) {
     const TargetSkeletonData skeleton = BipedWith({"hips", "rightWrist"});
     const std::vector<JointPose>& unscaled = skeleton.GetUnscaledTPose().GetJointPoses(Root);
     const std::vector<JointPose> anything(2);
-    EXPECT_EQ(skeleton.GetManifestation("part").ConvertFromManifestationRootSpacePose(anything), unscaled);
+    EXPECT_EQ(Expand(skeleton, anything), unscaled);
     std::vector<JointPose> untouched = anything;
-    skeleton.GetManifestation("part").ConvertManifestationPoseJointSpace(
+    ConverterOf(skeleton).ConvertManifestationPoseJointSpace(
         untouched, Root, velkori_JointRelativeSpaceType_Local);
     EXPECT_EQ(untouched, anything);
     EXPECT_TRUE(skeleton.GetManifestation("").GetJointIndices().empty());
+    EXPECT_EQ(Expand(skeleton, {}, ""), unscaled);
 }
 
 TEST(Manifestation, SpacesLeadToEachOtherAndBack) {
     const TargetSkeletonData skeleton = BipedWith(UpperBody);
-    const Manifestation& part = skeleton.GetManifestation("part");
+    ManifestationConverter part = ConverterOf(skeleton);
     const std::vector<JointPose> pose =
         CutOut(skeleton, skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root));
     for (const auto space :
@@ -111,13 +124,13 @@ TEST(Manifestation, SpacesLeadToEachOtherAndBack) {
 
 TEST(Manifestation, ConvertingFrameAfterFrameAllocatesNothing) {
     const TargetSkeletonData skeleton = BipedWith(UpperBody);
-    const Manifestation& part = skeleton.GetManifestation("part");
+    ManifestationConverter part = ConverterOf(skeleton);
     const std::vector<JointPose>& pose =
         skeleton.GetTPoseData(velkori_SkeletonTPoseType_Max).GetJointPoses(Root);
     std::vector<JointPose> partPose;
     std::vector<JointPose> expanded;
     const auto work = [&] {
-        part.ConvertToManifestationPose(pose, Root, velkori_JointRelativeSpaceType_Local, partPose);
+        part.ConvertToManifestationPose(pose, velkori_JointRelativeSpaceType_Local, partPose);
         part.ConvertManifestationPoseJointSpace(partPose, velkori_JointRelativeSpaceType_Local, Root);
         part.ConvertFromManifestationRootSpacePose(partPose, expanded);
     };
