@@ -27,13 +27,21 @@ velkori_Result CheckTransforms(const velkori_Transform_* transforms, int32_t cou
                      "Transform Array contains either nan/inf values or an invalid (Zero) Quaternion");
 }
 
-velkori_Result CheckPoseShape(const SkeletonData& skeleton, int32_t jointCount, const char* countName,
-    velkori_JointRelativeSpaceType space) {
-    if (jointCount != skeleton.GetJointCount()) {
+velkori_Result CheckPoseArray(const PoseArray& array) {
+    return array.transforms == nullptr ? FailWithNull(velkori_Result_InvalidParameter, array.name)
+                                       : CheckTransforms(array.transforms, array.count);
+}
+
+velkori_Result CheckPose(
+    const Skeleton& skeleton, const PoseArray& array, velkori_JointRelativeSpaceType space) {
+    if (const velkori_Result result = CheckPoseArray(array); result != velkori_Result_Success) {
+        return result;
+    }
+    if (array.count != skeleton.GetJointCount()) {
         return Fail(velkori_Result_BufferTooSmall,
             "Parameter %s does not match the skeleton joint count definition. Required length %d, Actual "
             "length %d",
-            countName, skeleton.GetJointCount(), jointCount);
+            array.countName, skeleton.GetJointCount(), array.count);
     }
     return IsJointSpaceType(space) ? velkori_Result_Success : FailWithJointSpaceType(space);
 }

@@ -21,9 +21,19 @@ std::span<const JointPose> JointPosesOf(PoseData& pose, velkori_JointRelativeSpa
 velkori_Result CheckTransforms(
     const velkori_Transform_* transforms, int32_t count, velkori_Result result = velkori_Result_InvalidValue);
 
-// That an array called by `countName` has one transform per joint, in a space there is.
-velkori_Result CheckPoseShape(const SkeletonData& skeleton, int32_t jointCount, const char* countName,
-    velkori_JointRelativeSpaceType space);
+// A caller's array of one transform per joint, and what the parameters are called.
+struct PoseArray {
+    const velkori_Transform_* transforms = nullptr;
+    int32_t count = 0;
+    const char* name = "in_out_transformData";
+    const char* countName = "jointCount";
+};
+
+// That the array is there and its transforms can be used.
+velkori_Result CheckPoseArray(const PoseArray& array);
+// That it is also as long as the skeleton has joints, and in a space that there is.
+velkori_Result CheckPose(
+    const Skeleton& skeleton, const PoseArray& array, velkori_JointRelativeSpaceType space);
 
 // A caller's array of one transform per joint of a skeleton.
 PoseData ReadPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,

@@ -105,16 +105,9 @@ velkori_Result velkori_matchCurrentTPose(velkori_Handle handle, velkori_Skeleton
     velkori_MatchBehavior matchBehavior, velkori_JointRelativeSpaceType jointSpaceType, int32_t jointCount,
     velkori_Transform_* in_out_transform) {
     return WithInstance(__func__, handle, [&](UtilityInstance& instance) {
-        if (in_out_transform == nullptr) {
-            return FailWithNull(velkori_Result_InvalidParameter, "in_out_transform");
-        }
-        if (const velkori_Result result = CheckTransforms(in_out_transform, jointCount);
-            result != velkori_Result_Success) {
-            return result;
-        }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result =
-                CheckPoseShape(skeleton, jointCount, "in_out_jointCount", jointSpaceType);
+        if (const velkori_Result result = CheckPose(skeleton,
+                {in_out_transform, jointCount, "in_out_transform", "in_out_jointCount"}, jointSpaceType);
             result != velkori_Result_Success) {
             return result;
         }
@@ -142,16 +135,14 @@ velkori_Result velkori_matchPose(velkori_Handle handle, velkori_SkeletonType ske
         if (in_out_transformData == nullptr) {
             return FailWithNull(velkori_Result_InvalidParameter, "in_out_transformData");
         }
-        for (const velkori_Transform_* transforms :
-            {in_transformSourcePose, static_cast<const velkori_Transform_*>(in_out_transformData)}) {
-            if (const velkori_Result result = CheckTransforms(transforms, jointCount);
-                result != velkori_Result_Success) {
-                return result;
-            }
-        }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result =
-                CheckPoseShape(skeleton, jointCount, "in_out_jointCount", jointSpaceType);
+        if (const velkori_Result result = CheckTransforms(in_transformSourcePose, jointCount);
+            result != velkori_Result_Success) {
+            return result;
+        }
+        if (const velkori_Result result = CheckPose(skeleton,
+                {in_out_transformData, jointCount, "in_out_transformData", "in_out_jointCount"},
+                jointSpaceType);
             result != velkori_Result_Success) {
             return result;
         }

@@ -28,10 +28,11 @@ velkori_Result CheckJointCount(const SkeletonData& skeleton, int32_t jointCount)
                      skeleton.GetJointCount());
 }
 
-// The checks that the exports which rewrite an array of one transform per joint start with.
-velkori_Result CheckPoseArray(const velkori_Transform_* transforms, int32_t jointCount) {
-    return transforms == nullptr ? FailWithNull(velkori_Result_InvalidParameter, "in_out_transformData")
-                                 : CheckTransforms(transforms, jointCount);
+// The checks that the exports start with which convert an array of one transform per joint.
+velkori_Result CheckConvertedPose(
+    const SkeletonData& skeleton, const velkori_Transform_* transforms, int32_t jointCount) {
+    const velkori_Result result = CheckPoseArray({transforms, jointCount});
+    return result != velkori_Result_Success ? result : CheckJointCount(skeleton, jointCount);
 }
 
 velkori_Result CalculateTPose(const SkeletonData& skeleton, velkori_JointRelativeSpaceType space,
@@ -312,12 +313,9 @@ velkori_Result velkori_scalePoseToHeight(velkori_Handle handle, velkori_Skeleton
     velkori_JointRelativeSpaceType jointSpaceType, float height, int32_t jointCount,
     velkori_Transform_* in_out_transformData) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (const velkori_Result result = CheckPoseArray(in_out_transformData, jointCount);
-            result != velkori_Result_Success) {
-            return result;
-        }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result = CheckPoseShape(skeleton, jointCount, "jointCount", jointSpaceType);
+        if (const velkori_Result result =
+                CheckPose(skeleton, {in_out_transformData, jointCount}, jointSpaceType);
             result != velkori_Result_Success) {
             return result;
         }
@@ -339,12 +337,8 @@ velkori_Result velkori_applyCoordinateSpaceConversion(velkori_Handle handle,
     velkori_Transform_* in_out_transformData, int32_t jointCount, velkori_CoordinateSpace_ in_coordinateSpace,
     velkori_CoordinateSpace_ out_coordinateSpace) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (const velkori_Result result = CheckPoseArray(in_out_transformData, jointCount);
-            result != velkori_Result_Success) {
-            return result;
-        }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result = CheckJointCount(skeleton, jointCount);
+        if (const velkori_Result result = CheckConvertedPose(skeleton, in_out_transformData, jointCount);
             result != velkori_Result_Success) {
             return result;
         }
@@ -373,12 +367,8 @@ velkori_Result velkori_convertJointPose(velkori_Handle handle, velkori_SkeletonT
     velkori_JointRelativeSpaceType fromSpaceType, velkori_JointRelativeSpaceType toSpaceType,
     velkori_Transform_* in_out_transformData, int32_t jointCount) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (const velkori_Result result = CheckPoseArray(in_out_transformData, jointCount);
-            result != velkori_Result_Success) {
-            return result;
-        }
         const SkeletonData& skeleton = instance.config.GetSkeletonData(skeletonType);
-        if (const velkori_Result result = CheckJointCount(skeleton, jointCount);
+        if (const velkori_Result result = CheckConvertedPose(skeleton, in_out_transformData, jointCount);
             result != velkori_Result_Success) {
             return result;
         }
@@ -401,7 +391,7 @@ velkori_Result velkori_calculatePoseExtents(velkori_Handle handle, velkori_Skele
     velkori_JointRelativeSpaceType jointSpaceType, const velkori_Transform_* in_transformData,
     int32_t jointCount, velkori_PoseExtents_* out_extents) {
     return WithInstance(__func__, handle, [&](const UtilityInstance& instance) {
-        if (const velkori_Result result = CheckPoseArray(in_transformData, jointCount);
+        if (const velkori_Result result = CheckPoseArray({in_transformData, jointCount});
             result != velkori_Result_Success) {
             return result;
         }

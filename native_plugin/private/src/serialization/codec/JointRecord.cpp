@@ -114,10 +114,11 @@ void writeJoint(BitWriter& writer, const EncodedJoint& joint) {
     case JointSerializationOption_RotationFull:
         writeRotation(writer, value.rotation, RotationWidths[value.rotation.precision]);
         break;
-    case JointSerializationOption_RotationDelta:
-        writeRotation(
-            writer, value.rotation, writeDeltaRange(writer, value.rotation, OrientationDeltaRangeBits));
+    case JointSerializationOption_RotationDelta: {
+        const int bits = writeDeltaRange(writer, value.rotation, OrientationDeltaRangeBits);
+        writeRotation(writer, value.rotation, bits);
         break;
+    }
     default:
         break;
     }
@@ -125,10 +126,11 @@ void writeJoint(BitWriter& writer, const EncodedJoint& joint) {
     case JointSerializationOption_PositionFull:
         writePosition(writer, value.position, PositionWidths[value.position.precision]);
         break;
-    case JointSerializationOption_PositionDelta:
-        writePosition(
-            writer, value.position, writeDeltaRange(writer, value.position, PositionDeltaRangeBits));
+    case JointSerializationOption_PositionDelta: {
+        const int bits = writeDeltaRange(writer, value.position, PositionDeltaRangeBits);
+        writePosition(writer, value.position, bits);
         break;
+    }
     case JointSerializationOption_LengthFull:
         writer.writeBits(value.length.field, LengthWidths[value.length.precision]);
         break;
