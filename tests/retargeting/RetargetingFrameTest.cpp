@@ -174,9 +174,7 @@ TEST(TwistBlending, TakesTheRollAndStaysOnTheBone) {
     const JointPose mapped(swing * roll, {0.6F, 0.3F, 0}, {2, 2, 2});
 
     const auto blend = [&](JointMappingBehaviorType behavior, int joint, const JointPose& seated) {
-        JointPose result = mapped;
-        ApplyTwistBlendToJoint(behavior, joint, skeleton, pose, seated, result);
-        return result;
+        return ApplyTwistBlendToJoint(behavior, joint, skeleton, pose, seated, mapped);
     };
     // Aligned to the child, the bone starts at the joint itself.
     for (const auto behavior : {Twist, velkori_JointMappingBehaviorType_ChildAlignedTwist}) {

@@ -195,7 +195,7 @@ bool Retargeting::ApplyRetargetingFromCachedMappingData(
         params.sourceReferencePose, params.sourceJointPoses, current, params.behavior);
     bool propagate = true;
     if (info->minMappingSet->IsTwist()) {
-        ApplyTwistBlendToJoint(
+        result = ApplyTwistBlendToJoint(
             info->minMappingSet->GetBehavior(), joint, configData.GetTargetSkeleton(), pose, current, result);
         // A joint that only turned around its bone leaves its children where they are.
         propagate = result.position != current.position;

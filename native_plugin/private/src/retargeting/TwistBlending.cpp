@@ -34,9 +34,9 @@ Vector3f ProjectOntoBone(const Vector3f& offset, const Vector3f& bone, float len
 
 } // namespace
 
-void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint, const Skeleton& skeleton,
-    std::span<const JointPose> pose, const JointPose& current, JointPose& result) {
-    const JointPose mapped = result;
+JointPose ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint,
+    const Skeleton& skeleton, std::span<const JointPose> pose, const JointPose& current,
+    const JointPose& mapped) {
     const std::vector<int>& children = skeleton.GetChildJointIndexArray(joint);
     Vector3f anchor;
     Vector3f bone;
@@ -46,13 +46,13 @@ void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint
     } else {
         const int parent = skeleton.GetParentJointIndex(joint);
         if (parent == -1) {
-            return;
+            return mapped;
         }
         anchor = pose[parent].position;
         bone = current.position - anchor;
     }
 
-    result = current;
+    JointPose result = current;
     const float length = bone.Length();
     if (length > MinBoneLength) {
         result.orientation = KeepBoneDirection(bone, current.orientation, mapped.orientation);
@@ -63,6 +63,7 @@ void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint
     } else if (current.position != mapped.position) {
         result.position = anchor + ProjectOntoBone(offset, bone, length);
     }
+    return result;
 }
 
 } // namespace Velkori_Utility

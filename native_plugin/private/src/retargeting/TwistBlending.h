@@ -12,9 +12,10 @@ namespace Velkori_Utility {
 // roll around the bone, and the share of the position that lies along it. The bone runs from the parent to
 // the joint or, for a child-aligned twist, from the joint to the middle of its children.
 //
-// All in root space. `pose` is the pose being built, `current` the joint's pose before the mapping; `result`
-// enters as the mapped pose and leaves as the final one. A joint without a bone keeps the mapped pose.
-void ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint, const Skeleton& skeleton,
-    std::span<const JointPose> pose, const JointPose& current, JointPose& result);
+// All in root space: the result, `pose`, which is being built, and the joint's pose as the mapping has it
+// and, `current`, as it was before. A joint without a bone keeps the mapped pose.
+JointPose ApplyTwistBlendToJoint(velkori_JointMappingBehaviorType behavior, int joint,
+    const Skeleton& skeleton, std::span<const JointPose> pose, const JointPose& current,
+    const JointPose& mapped);
 
 } // namespace Velkori_Utility

@@ -84,7 +84,8 @@ void TurnWithChildren(int joint, const Quaternionf& turn, HandMatch& hand) {
 // Lets the target's knuckle land on the line of the source's finger, at its own distance from the hand. That
 // line has the direction from the hand to the knuckle, as far as it lies in the plane in which the finger
 // bends.
-void AimAtFingerLine(const FingerMatch& finger, const HandMatch& hand, bool scaleFingers, KnuckleAim& aim) {
+KnuckleAim AimAtFingerLine(
+    const FingerMatch& finger, const HandMatch& hand, bool scaleFingers, KnuckleAim aim) {
     const float reachSquared = aim.aimedOffset.LengthSquared();
     const Vector3f bone =
         hand.sourcePose[finger.source.joints[finger.sourceStart + 1]].position - aim.sourceKnuckle;
@@ -102,6 +103,7 @@ void AimAtFingerLine(const FingerMatch& finger, const HandMatch& hand, bool scal
         aim.stretch = RatioOrOne(std::sqrt(footDistanceSquared), std::sqrt(reachSquared));
     }
     aim.swing = Quaternionf(aim.targetDirection, aim.aimedOffset.Normalize());
+    return aim;
 }
 
 KnuckleAim AimKnuckle(const FingerMatch& finger, const HandMatch& hand, bool scaleFingers) {
@@ -112,29 +114,28 @@ KnuckleAim AimKnuckle(const FingerMatch& finger, const HandMatch& hand, bool sca
         hand.pose[finger.TargetKnuckle()].position - hand.pose[hand.targetHand.handJoint].position;
     aim.targetDirection = aim.aimedOffset.Normalize();
     aim.swing = Quaternionf(aim.targetDirection, aim.sourceOffset.Normalize());
-    if (finger.SourceBoneCount() > 0) {
-        AimAtFingerLine(finger, hand, scaleFingers, aim);
-    }
-    return aim;
+    return finger.SourceBoneCount() > 0 ? AimAtFingerLine(finger, hand, scaleFingers, aim) : aim;
 }
 
 // -- Bone lengths ------------------------------------------------------------------------------------------
 
-// By what the way to the knuckle and the bones after it are multiplied.
+// Scale factors for the hand-to-knuckle offset and for the bones beyond it, and how the finger then turns
+// about the hand.
 struct FingerScale {
     float knuckle = 1.0F;
     float bones = 1.0F;
+    Quaternionf swing{};
 };
 
 // Scales the target's finger so that its tip gets where the source's is, along the line that joins their
 // knuckles. Where that moves the knuckle, the finger turns along.
 FingerScale ScaleTowardsSource(
-    float sourceLength, float targetLength, const Vector3f& handPosition, KnuckleAim& aim) {
+    float sourceLength, float targetLength, const Vector3f& handPosition, const KnuckleAim& aim) {
     const Vector3f knuckle = handPosition + aim.aimedOffset * aim.stretch;
     const Vector3f offset = knuckle - handPosition;
     Vector3f between = knuckle - aim.sourceKnuckle;
     if (between.LengthSquared() <= SamePlaceDistanceSquared) {
-        return {aim.stretch, RatioOrOne(sourceLength, targetLength)};
+        return {aim.stretch, RatioOrOne(sourceLength, targetLength), aim.swing};
     }
     if (between.Dot(aim.sourceOffset) < 0.0F) {
         between = -between;
@@ -144,12 +145,13 @@ FingerScale ScaleTowardsSource(
     const float scale = RatioOrOne(sourceLength + aim.sourceOffset.Dot(direction), targetLength + along);
     const Vector3f base = knuckle - direction * along;
     const Vector3f scaledAlong = direction * along * scale;
-    aim.swing = Quaternionf(aim.targetDirection, (base + scaledAlong - handPosition).Normalize());
     const float scaledReach = std::sqrt((base - handPosition).LengthSquared() + scaledAlong.LengthSquared());
-    return {RatioOrOne(scaledReach, offset.Length()), scale};
+    return {RatioOrOne(scaledReach, offset.Length()), scale,
+        Quaternionf(aim.targetDirection, (base + scaledAlong - handPosition).Normalize())};
 }
 
-void ScaleFinger(const FingerMatch& finger, HandMatch& hand, KnuckleAim& aim) {
+// The swing that the scaled finger needs.
+Quaternionf ScaleFinger(const FingerMatch& finger, const KnuckleAim& aim, HandMatch& hand) {
     const std::size_t count = std::min(finger.SourceBoneCount(), finger.TargetBoneCount());
     const int first = finger.target.joints.front();
     const Vector3f handPosition = hand.pose[hand.targetHand.handJoint].position;
@@ -157,7 +159,7 @@ void ScaleFinger(const FingerMatch& finger, HandMatch& hand, KnuckleAim& aim) {
         const Vector3f offset = handPosition + aim.aimedOffset * aim.stretch - handPosition;
         ScaleLocalSpacePoseAndChildrenRecursive(
             first, -1, RatioOrOne(aim.sourceOffset.Length(), offset.Length()), hand.skeleton, hand.localPose);
-        return;
+        return aim.swing;
     }
     const float sourceLength = SumOfFirst(CalculateRayLengths(CalculateFingerJointRaysForAlignment(
                                               finger.source, hand.sourcePose, finger.sourceStart)),
@@ -169,6 +171,7 @@ void ScaleFinger(const FingerMatch& finger, HandMatch& hand, KnuckleAim& aim) {
     const int next = finger.target.joints[finger.targetStart + 1];
     ScaleLocalSpacePoseAndChildrenRecursive(first, next, scale.knuckle, hand.skeleton, hand.localPose);
     ScaleLocalSpacePoseAndChildrenRecursive(next, -1, scale.bones, hand.skeleton, hand.localPose);
+    return scale.swing;
 }
 
 // -- The finger --------------------------------------------------------------------------------------------
@@ -237,11 +240,9 @@ void AlignBones(const FingerMatch& finger, HandMatch& hand) {
 }
 
 void MatchFinger(const FingerMatch& finger, bool scaleFingers, HandMatch& hand) {
-    KnuckleAim aim = AimKnuckle(finger, hand, scaleFingers);
-    if (scaleFingers) {
-        ScaleFinger(finger, hand, aim);
-    }
-    SwingFinger(finger.target.joints.front(), aim.swing, hand);
+    const KnuckleAim aim = AimKnuckle(finger, hand, scaleFingers);
+    const Quaternionf swing = scaleFingers ? ScaleFinger(finger, aim, hand) : aim.swing;
+    SwingFinger(finger.target.joints.front(), swing, hand);
     AlignBones(finger, hand);
 }
 
