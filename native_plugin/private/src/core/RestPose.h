@@ -16,7 +16,7 @@ namespace Velkori_Utility {
 class RestPose {
   public:
     // `rootSpacePose` has one joint per joint of the skeleton; a list of any other size gives a pose that
-    // holds nothing. Without a skeleton's unscaled pose to compare with, nothing has scale.
+    // holds nothing. Nothing has scale.
     RestPose(const Skeleton& owner, std::span<const JointPose> rootSpacePose);
     // The same pose, with scale as `scaledRootSpacePose` has it.
     RestPose(RestPose unscaled, std::span<const JointPose> scaledRootSpacePose);

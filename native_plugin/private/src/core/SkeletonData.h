@@ -26,8 +26,8 @@ class SkeletonData : public Skeleton {
     // -- Rest poses ----------------------------------------------------------------------------------------
     const RestPoses& GetRestPoses() const { return restPoses; }
 
-    // A type that this skeleton doesn't have gives the minimum pose. A source is never asked for its unscaled
-    // one.
+    // A type that this skeleton doesn't have gives the minimum pose; to a source that is the unscaled one,
+    // too.
     const RestPose& GetTPoseData(velkori_SkeletonTPoseType type) const;
 
     const RestPose& GetUnscaledTPose() const { return restPoses.GetUnscaled(); }
