@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Builds and runs every test, from nothing: installs what is missing, then builds and tests with GCC and, under the
-# address and undefined-behaviour sanitizers, with Clang, checks the style, makes this platform's package twice,
-# compares the binary interface with its description and the results on five platforms with the golden ones, and
-# fuzzes for a while.
+# Builds and runs every test, from nothing: installs what is missing, then builds and tests with GCC and with Clang
+# under the address and undefined-behaviour sanitizers, runs handles on threads under the thread sanitizer, checks the
+# style, makes this platform's package twice, compares the binary interface with its description and the results on five
+# platforms with the golden ones, and fuzzes for a while.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -26,6 +26,7 @@ build_and_test release
 heading "package"
 scripts/package.sh --check x64-linux
 build_and_test sanitize
+build_and_test thread-sanitize
 heading "style"
 scripts/check-style.sh build/sanitize
 heading "binary interface"

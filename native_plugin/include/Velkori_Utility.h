@@ -63,7 +63,14 @@
  * Times are in seconds. An orientation need not be normalised. Transforms are invalid if they hold a nan,
  * an infinity or an all-zero orientation; an absent or empty array is valid.
  *
- * **Threads.** There is no lock: make all calls, for all handles, from one thread at a time.
+ * **Threads.** Calls on different handles may run at once on different threads without any lock, as long as
+ * no call creates, replaces or destroys an instance or sets the coordinate space, the log callback or the
+ * snapshot count. Such a call must run alone: velkori_initialize(), velkori_initializeLogging(),
+ * velkori_destroy(), velkori_updateSerializationSettings(), velkori_generateMappings() and all that give out
+ * a handle. Calls on one handle must come one after another, and it is the host that sees to it; a call that
+ * takes two handles is one on both. Calls without a handle may run beside any but those that run alone. A
+ * line is logged on the thread of the call that it is about, so that several threads may be in the log
+ * callback at once.
  *
  * **Platforms.** The same calls give the same bits on every processor, also in the pose stream, whose bytes
  * any platform may read. Records lie in memory as the platform's C compiler lays them out, unpacked: those
