@@ -1,5 +1,6 @@
 #include "document/SkeletonJSON.h"
 
+#include "support/InterfaceNames.h"
 #include "support/JSONText.h"
 #include "support/LogCapture.h"
 #include "support/SkeletonParams.h"
@@ -14,9 +15,6 @@ namespace {
 
 using Texts = std::vector<std::string>;
 using Params = SkeletonInitializationParams;
-
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
 
 const std::string Pose = R"({"rotation":{"x":0,"y":0,"z":0,"w":1},"position":{"x":1,"y":2,"z":3}})";
 

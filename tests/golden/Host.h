@@ -2,6 +2,7 @@
 
 #include "Hash.h"
 #include "MovingBody.h"
+#include "support/InterfaceNames.h"
 
 // What a host asks of the library where nothing may go wrong: a call that must succeed and doesn't ends the
 // program.
@@ -10,15 +11,8 @@ void Must(velkori_Result result, const char* call);
 
 #define MUST(call) Must(call, #call)
 
-inline constexpr auto Source = velkori_SkeletonType_Source;
-inline constexpr auto Target = velkori_SkeletonType_Target;
-inline constexpr auto Min = velkori_SkeletonTPoseType_Min;
-inline constexpr auto Max = velkori_SkeletonTPoseType_Max;
-inline constexpr auto Unscaled = velkori_SkeletonTPoseType_Unscaled;
-inline constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-inline constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-inline constexpr velkori_JointRelativeSpaceType Spaces[] = {RootSpace, LocalSpace,
-    velkori_JointRelativeSpaceType_RootOriginRelativeScaled, velkori_JointRelativeSpaceType_LocalScaled};
+inline constexpr velkori_JointRelativeSpaceType Spaces[] = {
+    RootSpace, LocalSpace, ScaledRootSpace, ScaledLocalSpace};
 inline constexpr const char* SpaceNames[] = {"root", "local", "root-scaled", "local-scaled"};
 
 // Up is z, forward is -y: the axes are exchanged and one is mirrored.

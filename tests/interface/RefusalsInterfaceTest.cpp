@@ -16,7 +16,6 @@
 
 namespace {
 
-constexpr auto Local = velkori_JointRelativeSpaceType_Local;
 constexpr auto NoSpace = static_cast<velkori_JointRelativeSpaceType>(4);
 
 constexpr auto NoHandle = velkori_Result_InvalidHandle;
@@ -262,16 +261,17 @@ TEST_F(Refusals, RestPosesNameTheirFirstFault) {
     const std::string tooSmall = "Parameter in_out_numJoints is not large enough for Joint Count";
     Expect(velkori_getSkeletonTPose(h, Source, Current, NoSpace, p, nullptr), Null, countNull);
     Expect(velkori_getSkeletonTPose(h, Source, Current, NoSpace, p, &one), Value, NoSpaceText);
-    Expect(velkori_getSkeletonTPose(h, Source, Current, Local, p, &one), Failed, "TPose data is not valid.");
+    Expect(velkori_getSkeletonTPose(h, Source, Current, LocalSpace, p, &one), Failed,
+        "TPose data is not valid.");
     Expect(velkori_getSkeletonTPose(h, Source, Min, RootSpace, p, &one), TooSmall, tooSmall);
     Expect(velkori_calculateSkeletonTPose(h, Source, NoSpace, NAN, p, nullptr), Null, countNull);
     Expect(velkori_calculateSkeletonTPose(h, Source, NoSpace, NAN, p, &one), Value, NoSpaceText);
-    Expect(velkori_calculateSkeletonTPose(h, Source, Local, NAN, p, &one), Value,
+    Expect(velkori_calculateSkeletonTPose(h, Source, LocalSpace, NAN, p, &one), Value,
         "Parameter interpolation must be a finite number");
-    Expect(velkori_calculateSkeletonTPose(h, Source, Local, 0.5F, p, &one), TooSmall, tooSmall);
+    Expect(velkori_calculateSkeletonTPose(h, Source, LocalSpace, 0.5F, p, &one), TooSmall, tooSmall);
     Expect(velkori_calculateSkeletonTPoseAtHeight(h, Source, NoSpace, INFINITY, p, nullptr), Null, countNull);
     Expect(velkori_calculateSkeletonTPoseAtHeight(h, Source, NoSpace, INFINITY, p, &one), Value, NoSpaceText);
-    Expect(velkori_calculateSkeletonTPoseAtHeight(h, Source, Local, INFINITY, p, &one), Value,
+    Expect(velkori_calculateSkeletonTPoseAtHeight(h, Source, LocalSpace, INFINITY, p, &one), Value,
         "Parameter height must be a finite number");
     Transforms flat(5, At(0, 0, 0));
     Expect(velkori_scalePoseToHeight(h, Source, RootSpace, 1.0F, 5, flat.data()), Value,
@@ -295,10 +295,10 @@ TEST_F(Refusals, PoseArraysNameTheirFirstFault) {
     const std::string arrayNull = IsNull("in_out_transformData");
     const std::string countDiffers = "ERROR: JointCount: 4 does not match skeleton Joint Count of 5.";
     velkori_PoseExtents_ extents = {};
-    Expect(velkori_convertJointPose(h, Source, NoSpace, Local, nullptr, 4), Parameter, arrayNull);
-    Expect(velkori_convertJointPose(h, Source, NoSpace, Local, b, 4), Value, BrokenText);
-    Expect(velkori_convertJointPose(h, Source, NoSpace, Local, p, 4), TooSmall, countDiffers);
-    Expect(velkori_convertJointPose(h, Source, NoSpace, Local, p, 5), Value, NoSpaceText);
+    Expect(velkori_convertJointPose(h, Source, NoSpace, LocalSpace, nullptr, 4), Parameter, arrayNull);
+    Expect(velkori_convertJointPose(h, Source, NoSpace, LocalSpace, b, 4), Value, BrokenText);
+    Expect(velkori_convertJointPose(h, Source, NoSpace, LocalSpace, p, 4), TooSmall, countDiffers);
+    Expect(velkori_convertJointPose(h, Source, NoSpace, LocalSpace, p, 5), Value, NoSpaceText);
     Expect(velkori_calculatePoseExtents(h, Source, NoSpace, nullptr, 4, nullptr), Parameter, arrayNull);
     Expect(velkori_calculatePoseExtents(h, Source, NoSpace, p, 4, nullptr), Parameter, IsNull("out_extents"));
     Expect(velkori_calculatePoseExtents(h, Source, NoSpace, p, 4, &extents), TooSmall, countDiffers);
@@ -332,7 +332,7 @@ TEST_F(Refusals, ConversionsBetweenManifestationsNameTheirFirstFault) {
                              const char* to, int32_t* outCount,
                              velkori_JointRelativeSpaceType fromSpace = NoSpace) {
         return velkori_convertPoseFromToManifestation(
-            h, Source, from, fromSpace, given, givenCount, to, Local, p, outCount);
+            h, Source, from, fromSpace, given, givenCount, to, LocalSpace, p, outCount);
     };
     const auto tooSmall = [](const std::string& parameter, int size) {
         return "Parameter " + parameter + " too small for manifestation NONE joint count list.  Size " +

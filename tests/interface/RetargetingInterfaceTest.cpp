@@ -239,11 +239,9 @@ TEST(Retargeting, OnlyALocalPoseThatWasReadStaysBehindForRootMotion) {
         velkori_JointRelativeSpaceType readSpace = RootSpace;
     };
 
-    constexpr auto ScaledRoot = velkori_JointRelativeSpaceType_RootOriginRelativeScaled;
-    constexpr auto ScaledLocal = velkori_JointRelativeSpaceType_LocalScaled;
     const Frame frames[] = {{2, 0.1F, 0.1F}, {1, 0.2F, 0.2F}, {2, 0.3F, 0.3F}, {0, 0.4F, 0.4F},
-        {2, 0.5F, 0.5F, ScaledRoot}, {2, 0.6F, 0.6F, LocalSpace}, {2, 0.7F, 0.6F}, {0, 0.8F, 0.8F},
-        {2, 0.9F, 0.6F}, {1, 1.0F, 1.0F}, {2, 1.1F, 1.1F, ScaledLocal}, {2, 1.2F, 1.1F}};
+        {2, 0.5F, 0.5F, ScaledRootSpace}, {2, 0.6F, 0.6F, LocalSpace}, {2, 0.7F, 0.6F}, {0, 0.8F, 0.8F},
+        {2, 0.9F, 0.6F}, {1, 1.0F, 1.0F}, {2, 1.1F, 1.1F, ScaledLocalSpace}, {2, 1.2F, 1.1F}};
     for (const Frame& each : frames) {
         Transforms pose = records.pose;
         pose[1].position.x = each.hips;

@@ -3,6 +3,7 @@
 #include "Velkori_Utility.h"
 #include "support/AllocationCount.h"
 #include "support/GuardedMemory.h"
+#include "support/InterfaceNames.h"
 #include "support/MovingBody.h"
 #include "support/Samples.h"
 
@@ -20,10 +21,8 @@ namespace {
 
 using Words = std::vector<std::uint32_t>;
 
-constexpr auto Source = velkori_SkeletonType_Source;
-constexpr auto Target = velkori_SkeletonType_Target;
 constexpr auto Standard = velkori_CompressionType_Standard;
-constexpr auto Max = velkori_CompressionType_Max;
+constexpr auto Finest = velkori_CompressionType_Max;
 constexpr float PositionThreshold = 0.01F;
 
 // What a host has of one end of the stream.
@@ -139,7 +138,7 @@ class BadWay {
 
 // The two ends, with what was sent and received last.
 struct Link {
-    explicit Link(velkori_CompressionType type = Max) {
+    explicit Link(velkori_CompressionType type = Finest) {
         const velkori_SerializationSettings_ settings = {type, PositionThreshold, 0.01F, 0.01F, 254};
         EXPECT_EQ(velkori_updateSerializationSettings(sender.Get(), &settings), velkori_Result_Success);
     }
@@ -189,7 +188,7 @@ struct Link {
 } // namespace
 
 TEST(StreamLink, WhatArrivesIsWithinTheBoundsAndNeverDrifts) {
-    for (const auto type : {Standard, velkori_CompressionType_High, Max}) {
+    for (const auto type : {Standard, velkori_CompressionType_High, Finest}) {
         for (const float loss : {0.0F, 0.05F, 0.3F}) {
             Link link(type);
             BadWay way(loss, 7);
@@ -255,7 +254,7 @@ TEST(StreamLink, OfACompressionTypeTheTwoLowestBitsCount) {
     const Frame sent = link.body.At(5);
     link.Send(sent, -1);
     link.Receive(link.record.data());
-    EXPECT_LT(WorstShare(sent.target, link.received.target, Max), 1.0F);
+    EXPECT_LT(WorstShare(sent.target, link.received.target, Finest), 1.0F);
 }
 
 // A face that is updated without a target body doesn't go out. What it was meant to say is said later.
@@ -289,7 +288,7 @@ TEST(StreamLink, AnAckOlderThanTheRingCodesAgainstNothing) {
         link.Send(sent, ack);
         if (number >= 254) {
             link.Receive(link.record.data());
-            ASSERT_LT(WorstShare(sent.target, link.received.target, Max), 1.0F) << number;
+            ASSERT_LT(WorstShare(sent.target, link.received.target, Finest), 1.0F) << number;
         }
     }
 }
@@ -353,7 +352,7 @@ TEST(StreamLink, AnyBytesAreReadWithoutHarm) {
     }
     // Flush with the end of its memory.
     link.Receive(memory.PutAtEnd(std::as_bytes(std::span(good))));
-    EXPECT_LT(WorstShare(sent.source, link.received.source, Max), 1.0F);
-    EXPECT_LT(WorstShare(sent.target, link.received.target, Max), 1.0F);
+    EXPECT_LT(WorstShare(sent.source, link.received.source, Finest), 1.0F);
+    EXPECT_LT(WorstShare(sent.target, link.received.target, Finest), 1.0F);
     EXPECT_LT(Distance(link.receivedData.tracker1.position, frameData.tracker1.position), 1e-5F);
 }

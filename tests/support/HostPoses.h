@@ -1,20 +1,11 @@
 #pragma once
 
+#include "support/InterfaceNames.h"
 #include "support/MovingBody.h"
 
 #include <cstring>
 
 // What a host asks of the library about poses, where nothing may go wrong.
-
-inline constexpr auto Success = velkori_Result_Success;
-inline constexpr auto Source = velkori_SkeletonType_Source;
-inline constexpr auto Target = velkori_SkeletonType_Target;
-inline constexpr auto RootSpace = velkori_JointRelativeSpaceType_RootOriginRelative;
-inline constexpr auto LocalSpace = velkori_JointRelativeSpaceType_Local;
-inline constexpr auto Min = velkori_SkeletonTPoseType_Min;
-inline constexpr auto Max = velkori_SkeletonTPoseType_Max;
-inline constexpr auto Unscaled = velkori_SkeletonTPoseType_Unscaled;
-inline constexpr auto Current = velkori_SkeletonTPoseType_Current;
 
 inline Transforms TPose(velkori_Handle handle, velkori_SkeletonType type, velkori_SkeletonTPoseType pose,
     velkori_JointRelativeSpaceType space = RootSpace) {

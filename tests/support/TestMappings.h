@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/SerializedJointMapping.h"
+#include "support/InterfaceNames.h"
 #include "support/TestSkeletons.h"
 
 #include <string>
@@ -18,8 +19,6 @@ using Row =
     std::tuple<int, Velkori_Utility::JointMappingType, Velkori_Utility::JointMappingBehaviorType, Entries>;
 using Rows = std::vector<Row>;
 
-inline constexpr auto Source = velkori_SkeletonType_Source;
-inline constexpr auto Target = velkori_SkeletonType_Target;
 inline constexpr auto Normal = velkori_JointMappingBehaviorType_Normal;
 inline constexpr auto Twist = velkori_JointMappingBehaviorType_Twist;
 inline constexpr auto AlignedTwist = velkori_JointMappingBehaviorType_ChildAlignedTwist;
