@@ -8,6 +8,8 @@
 
 #include <cmath>
 #include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -199,6 +201,41 @@ TEST(Retargeting, WhatTheTargetsOwnJointsMoveTakesItsChildrenAlongAndIsReadBack)
     ExpectNear({mappingPose}, {frame[4]}, 1e-5F);
 }
 
+// The chest goes to the head, which is carried along by it and so comes after it, and the lamp to where the
+// head then is.
+TEST(Retargeting, AJointThatIsCarriedAlongIsReadWhereItWasCarried) {
+    SmallRecords records;
+    records.names.push_back("lamp");
+    records.parents.push_back("root");
+    records.pose.push_back(At(2, 1, 0));
+    const auto normal = velkori_JointMappingBehaviorType_Normal;
+    records.mappings = {
+        {0, Source, normal, 1}, {3, Source, normal, 1}, {2, Target, normal, 1}, {5, Target, normal, 1}};
+    records.entries = {{0, 1, 1}, {3, 1, 1}, {3, 1, 1}, {3, 1, 1}};
+    const RecordedConfig config(records.Config());
+    SetReference(config.handle, records.pose);
+    Transforms frame = records.pose;
+    frame[3].position = {1, 2, 0.25F};
+    const Transforms out = Retarget(config.handle, frame, Info(0));
+    EXPECT_LE(Distance(out[2].position, {1, 2, 0.25F}), 1e-5F);
+    // As far from the chest as it was when the chest was at (0, 1.5, 0).
+    EXPECT_LE(Distance(out[3].position, {2, 2.5F, 0.5F}), 1e-5F);
+    EXPECT_LE(Distance(out[5].position, {2, 2.5F, 0.5F}), 1e-5F);
+}
+
+// A twist joint slides along its bone, to where the staff is beside it, and leaves its children behind.
+TEST(Retargeting, ATwistJointOfTheTargetLeavesItsChildrenWhereTheyAre) {
+    SmallRecords records;
+    records.mappings[2].behavior = velkori_JointMappingBehaviorType_Twist;
+    const RecordedConfig config(records.Config());
+    SetReference(config.handle, records.pose);
+    Transforms frame = records.pose;
+    frame[4].position = {1, 1.75F, 0};
+    const Transforms out = Retarget(config.handle, frame, Info(0));
+    EXPECT_LE(Distance(out[2].position, {0, 1.75F, 0}), 1e-5F);
+    EXPECT_LE(Distance(out[3].position, records.pose[3].position), 1e-5F);
+}
+
 // The root and all that isn't mapped stand as the document has them, where both ends of the size range agree.
 TEST(Retargeting, ARestRotationOfAnyLengthComesOutWithLengthOne) {
     SmallRecords records;
@@ -259,4 +296,64 @@ TEST(Retargeting, JointPairsAreFoundByTheirNames) {
                   config.handle, config.handle, 2, pairs, found.data()),
         Success);
     EXPECT_EQ(found, (std::vector<int32_t>{2, 4, 3, 0}));
+}
+
+// The turn about the up axis is where the hips' forward axis points to, unless it hardly leaves where it was:
+// then it is where their right axis does. Rolled by 40 degrees, the two disagree.
+TEST(Retargeting, TheRootFacesWhereTheHipsForwardAxisPointsUnlessTheyHardlyTurn) {
+    const RecordedConfig config(SmallRecords().Config());
+    Transforms frame = SmallRecords().pose;
+    SetReference(config.handle, frame);
+    constexpr float Degree = 0.017453292F;
+    const velkori_Quaternionf_ roll = {0, 0, std::sin(20 * Degree), std::cos(20 * Degree)};
+    const float rollCosine = std::cos(40 * Degree);
+    // Of the turn before the roll: the cosine of 9 degrees is 0.988, that of 7 is 0.993.
+    for (const auto& [degrees, factor] :
+        {std::pair{30.0F, rollCosine}, {9.0F, rollCosine}, {7.0F, 1 / rollCosine}, {-7.0F, 1 / rollCosine}}) {
+        const float turn = degrees * Degree;
+        frame[1].orientation = Multiply(roll, {0, std::sin(turn / 2), 0, std::cos(turn / 2)});
+        Retarget(config.handle, frame, Info(0, false, 0));
+        Transforms source(frame.size());
+        auto count = static_cast<int32_t>(source.size());
+        ASSERT_EQ(velkori_getLastProcessedFramePose(
+                      config.handle, Source, RootSpace, source.data(), &count, nullptr),
+            Success);
+        const float facing = std::atan(std::tan(turn) * factor);
+        EXPECT_LE(Angle(source[0].orientation, {0, std::sin(facing / 2), 0, std::cos(facing / 2)}), 1e-4F)
+            << degrees;
+    }
+}
+
+// A body's size is read from its left wrist, from the right one where it has no other, and without either
+// from its extent along the up axis, the root left out. Between the smallest and the largest pose the left
+// wrist, the head, rises from 1 to 2, the right one, the staff, from 1 to 1.5, and the chest, the highest
+// joint, from 1 above the lowest to 2.
+TEST(Retargeting, ABodysSizeIsReadFromItsLeftWristFirst) {
+    for (const auto& [left, right, scale] :
+        {std::tuple{"head", "staff", 1.25F}, {nullptr, "staff", 1.4F}, {nullptr, nullptr, 1.75F}}) {
+        SmallRecords records;
+        records.mappings.clear();
+        records.entries.clear();
+        records.parents[3] = "root";
+        records.pose = {At(0, 0, 0), At(0, 1, 0), At(0, 2, 0), At(0, 1, 0), At(0, 1, 0)};
+        const Transforms largest = {At(0, 0, 0), At(0, 1, 0), At(0, 3, 0), At(0, 2, 0), At(0, 1.5F, 0)};
+        velkori_UtilityConfigInitParams_ params = records.Config();
+        const char* known[VELKORI_KNOWN_JOINT_COUNT] = {"root", "hips"};
+        known[velkori_KnownJointType_LeftWrist] = left;
+        known[velkori_KnownJointType_RightWrist] = right;
+        for (velkori_SkeletonInitParams_* skeleton : {&params.sourceSkeleton, &params.targetSkeleton}) {
+            skeleton->knownJoints = known;
+            skeleton->maxTPose = largest.data();
+        }
+        const RecordedConfig config(params);
+        // A quarter of the way by the head, four fifths of it by the staff, three quarters of it by the
+        // extent.
+        SetReference(
+            config.handle, {At(0, 0, 0), At(0, 1, 0), At(0, 2.75F, 0), At(0, 1.25F, 0), At(0, 1.4F, 0)});
+        const Transforms scaled = [&] {
+            Retarget(config.handle, records.pose, Info(2));
+            return TPose(config.handle, Target, Current);
+        }();
+        EXPECT_NEAR(scaled[4].position.y, scale, 1e-5F) << (left != nullptr) << (right != nullptr);
+    }
 }
