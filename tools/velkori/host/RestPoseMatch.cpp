@@ -99,9 +99,15 @@ class RestPoseMatcher {
         }
     }
 
-    /** Where a hand's knuckles lie from its wrist, and from the index to the little finger; none where fewer
-     * than two fingers are known. */
-    static std::optional<Quaternion> HandOrientation(
+    struct HeldHand {
+        /** Where the knuckles lie from the wrist, and from the index to the little finger. */
+        Quaternion orientation;
+        /** The thumb is on the index finger's side, as it is in a hand whose fingers are found. */
+        bool isConfirmed = false;
+    };
+
+    /** None where fewer than two fingers are known. */
+    static std::optional<HeldHand> HoldOf(
         const MappedBody& body, const std::vector<Transform>& pose, Side side) {
         std::vector<Vector3> knuckles;
         for (const BodyPart finger : {BodyPart::Index, BodyPart::Middle, BodyPart::Ring, BodyPart::Little}) {
@@ -114,44 +120,74 @@ class RestPoseMatcher {
         if (wrist < 0 || knuckles.size() < 2) {
             return std::nullopt;
         }
-        const Vector3 out = (knuckles.front() + knuckles.back()) * 0.5f - pose[wrist].position;
+        const Vector3 middle = (knuckles.front() + knuckles.back()) * 0.5f;
+        const Vector3 out = middle - pose[wrist].position;
         const Vector3 across = knuckles.front() - knuckles.back();
         const Quaternion swing = ShortestTurn({0.0f, 0.0f, 1.0f}, out);
         const Quaternion twist =
             ShortestTurn(Rotate(swing, {1.0f, 0.0f, 0.0f}), WithoutAxis(across, Normalized(out)));
-        return twist * swing;
+        const int thumb = body.map.JointAt(BodyPart::Thumb, side, 1);
+        return HeldHand{twist * swing,
+            thumb >= 0 && Dot(WithoutAxis(across, Normalized(out)), pose[thumb].position - middle) > 0.0f};
     }
 
     /** Hands and fingers that are held alike keep what their own shapes differ by. */
     static bool IsAnotherWay(float degrees) {
         constexpr float alike = 15.0f;
-        constexpr float beyondDoubt = 130.0f;
-        return degrees > alike && degrees < beyondDoubt;
+        return degrees > alike;
     }
 
+    /** The turn from a finger's bone to its counterpart; none where either isn't known. */
+    Quaternion TurnOfFinger(const BodyPlace& place) const {
+        // Of a finger of one joint nothing tells reliably where it points.
+        const bool isKnown = source.map.JointAt(place.part, place.side, 1) >= 0 &&
+                             target.map.JointAt(place.part, place.side, 1) >= 0 &&
+                             target.map.JointAt(place.part, place.side, place.number) >= 0;
+        return isKnown ? ShortestTurn(
+                             FingerBone(target, pose, place), FingerBone(source, source.skeleton.rest, place))
+                       : identityRotation;
+    }
+
+    /**
+     * A hand that is held another way, by itself or by one of its fingers, is matched as a whole: the rest
+     * pose of a clip may be one of its frames, in which a hand does something.
+     */
     void TurnHand(Side side) {
         const int wrist = target.map.JointAt(BodyPart::Wrist, side);
-        const auto own = HandOrientation(target, pose, side);
-        const auto wanted = HandOrientation(source, source.skeleton.rest, side);
-        if (own && wanted && IsAnotherWay(AngleBetween(*own, *wanted))) {
-            Turn(wrist, *wanted * Inverse(*own));
+        const auto own = HoldOf(target, pose, side);
+        const auto wanted = HoldOf(source, source.skeleton.rest, side);
+        constexpr float beyondDoubt = 130.0f;
+        const float angle = own && wanted ? AngleBetween(own->orientation, wanted->orientation) : 0.0f;
+        if (angle > 0.0f && (angle < beyondDoubt || (own->isConfirmed && wanted->isConfirmed))) {
+            const std::vector<Transform> before = pose;
+            Turn(wrist, wanted->orientation * Inverse(own->orientation));
+            if (!IsAnotherWay(angle) && !IsAnyFingerHeldAnotherWay(side)) {
+                pose = before;
+            }
         }
+        const bool matchesAll = IsAnyFingerHeldAnotherWay(side);
         for (const BodyPart finger :
             {BodyPart::Thumb, BodyPart::Index, BodyPart::Middle, BodyPart::Ring, BodyPart::Little}) {
-            // Of a finger of one joint nothing tells reliably where it points.
-            if (source.map.JointAt(finger, side, 1) < 0 || target.map.JointAt(finger, side, 1) < 0) {
-                continue;
-            }
             for (int number = 0; number < 3; ++number) {
                 const int joint = target.map.JointAt(finger, side, number);
-                const Vector3 bone = FingerBone(target, pose, {finger, side, number});
-                const Vector3 counterpart = FingerBone(source, source.skeleton.rest, {finger, side, number});
-                if (joint >= 0 && Length(bone) > 0.0f && Length(counterpart) > 0.0f &&
-                    IsAnotherWay(AngleBetween(bone, counterpart))) {
-                    Turn(joint, ShortestTurn(bone, counterpart));
+                const Quaternion turn = TurnOfFinger({finger, side, number});
+                if (joint >= 0 && (matchesAll || IsAnotherWay(AngleBetween(turn, identityRotation)))) {
+                    Turn(joint, turn);
                 }
             }
         }
+    }
+
+    /** Thumbs don't tell, as their shapes differ most. */
+    bool IsAnyFingerHeldAnotherWay(Side side) const {
+        for (const BodyPart finger : {BodyPart::Index, BodyPart::Middle, BodyPart::Ring, BodyPart::Little}) {
+            for (int number = 0; number < 3; ++number) {
+                if (IsAnotherWay(AngleBetween(TurnOfFinger({finger, side, number}), identityRotation))) {
+                    return true;
+                }
+            }
+        }
+        return false;
     }
 
     /** To the finger's next joint, to the one joint at its end, or else straight on. */

@@ -17,6 +17,8 @@ struct FileSkeleton {
     std::vector<int> parents;
     /** World space, in the file's axes and unit, without scale. */
     std::vector<Transform> bindPose;
+    /** Where nothing says how the skin stands in its scene: the same pose, as it may be instead. */
+    std::vector<std::vector<Transform>> otherBindPoses;
     /** Where the file's nodes stand without motion, as bindPose; empty where that is the bind pose. */
     std::vector<Transform> storedPose;
     /** Whether a mesh is bound to a joint; empty where nothing is bound at all. */

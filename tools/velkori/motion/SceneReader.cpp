@@ -67,26 +67,19 @@ class SceneSkeleton {
 
     FileSkeleton Skeleton() const {
         FileSkeleton skeleton;
-        std::map<const aiNode*, aiMatrix4x4> worlds;
-        const bool hasSkin = !bindMatrices.empty();
         for (const aiNode* node : joints) {
-            const auto bone = bindMatrices.find(node);
-            const auto parent = worlds.find(node->mParent);
-            const aiNode* const carrier = bone != bindMatrices.end() ? nullptr : BoneUnder(*node);
-            worlds[node] = bone != bindMatrices.end() ? bone->second
-                           : carrier != nullptr ? bindMatrices.at(carrier) * WorldMatrix(*carrier).Inverse() *
-                                                      WorldMatrix(*node)
-                           : parent != worlds.end() ? parent->second * node->mTransformation
-                                                    : WorldMatrix(*node);
             skeleton.jointNames.emplace_back(node->mName.C_Str());
             const auto parentJoint = std::find(joints.begin(), joints.end(), node->mParent);
             skeleton.parents.push_back(
                 parentJoint == joints.end() ? -1 : static_cast<int>(parentJoint - joints.begin()));
-            skeleton.bindPose.push_back(WithoutScale(worlds[node]));
-            if (hasSkin) {
+            if (!bonePlaces.empty()) {
                 skeleton.storedPose.push_back(WithoutScale(WorldMatrix(*node)));
-                skeleton.isSkinned.push_back(bone != bindMatrices.end());
+                skeleton.isSkinned.push_back(possibleBinds.front().count(node) > 0);
             }
+        }
+        skeleton.bindPose = BindPose(possibleBinds.front());
+        for (size_t i = 1; i < possibleBinds.size(); ++i) {
+            skeleton.otherBindPoses.push_back(BindPose(possibleBinds[i]));
         }
         MakeNamesUnique(skeleton.jointNames);
         AddBlendShapes(skeleton);
@@ -131,6 +124,8 @@ class SceneSkeleton {
     }
 
   private:
+    using Binds = std::map<const aiNode*, aiMatrix4x4>;
+
     void CollectNodes(const aiNode& node, int parent, int depth) {
         constexpr int deepest = 1000;
         if (depth > deepest) {
@@ -155,6 +150,23 @@ class SceneSkeleton {
         const std::span lights(scene.mLights, scene.mNumLights);
         return std::any_of(cameras.begin(), cameras.end(), isNode) ||
                std::any_of(lights.begin(), lights.end(), isNode);
+    }
+
+    std::vector<Transform> BindPose(const Binds& binds) const {
+        Binds worlds;
+        std::vector<Transform> pose;
+        for (const aiNode* node : joints) {
+            const auto bone = binds.find(node);
+            const auto parent = worlds.find(node->mParent);
+            const aiNode* const carrier = bone != binds.end() ? nullptr : BoneUnder(*node);
+            worlds[node] = bone != binds.end() ? bone->second
+                           : carrier != nullptr
+                               ? binds.at(carrier) * WorldMatrix(*carrier).Inverse() * WorldMatrix(*node)
+                           : parent != worlds.end() ? parent->second * node->mTransformation
+                                                    : WorldMatrix(*node);
+            pose.push_back(WithoutScale(worlds[node]));
+        }
+        return pose;
     }
 
     /** A mesh's bones, each as the mesh's own space has it bound. */
@@ -185,70 +197,117 @@ class SceneSkeleton {
 
     /**
      * The bone on which a node lies as the scene is stored, though it hangs from elsewhere: a handle, which
-     * lies there when the mesh is bound, too. Null if there is none.
+     * lies there when the mesh is bound, too. Null if there is none, or if it is above the node.
      */
     const aiNode* BoneUnder(const aiNode& node) const {
-        for (const aiNode* above = node.mParent; above != nullptr; above = above->mParent) {
-            if (bindMatrices.count(above) > 0) {
-                return nullptr;
-            }
-        }
-        const aiNode* bone = nullptr;
         const aiVector3D own = PlaceOf(WorldMatrix(node));
-        float nearest = std::numeric_limits<float>::max();
         float farthest = 0.0f;
         for (const auto& [other, place] : bonePlaces) {
+            farthest = std::max(farthest, (place - own).Length());
+        }
+        constexpr float onBone = 0.001f;
+        const aiNode* bone = nullptr;
+        float nearest = onBone * farthest;
+        for (const auto& [other, place] : bonePlaces) {
             const float distance = (place - own).Length();
-            farthest = std::max(farthest, distance);
+            if (distance < onBone * farthest && IsAbove(other, node)) {
+                return nullptr;
+            }
             if (distance < nearest) {
                 nearest = distance;
                 bone = other;
             }
         }
-        constexpr float onBone = 0.001f;
-        return nearest < onBone * farthest ? bone : nullptr;
+        return bone;
+    }
+
+    static bool IsAbove(const aiNode* ancestor, const aiNode& node) {
+        const aiNode* above = node.mParent;
+        while (above != nullptr && above != ancestor) {
+            above = above->mParent;
+        }
+        return above != nullptr;
+    }
+
+    /** One way in which a skin may stand in the scene, and how far its bones are from there as stored. */
+    struct Placement {
+        aiMatrix4x4 matrix;
+        /** The middle of the angles by which bones turn, in degrees. */
+        float turn = 0.0f;
+        /** The middle of the ways that bones go, in parts of the skin's size. */
+        float way = 0.0f;
+
+        bool IsAsStored() const {
+            constexpr float noTurn = 2.0f;
+            constexpr float noWay = 0.02f;
+            return turn < noTurn && way < noWay;
+        }
+
+        /** In degrees; a turn that lays a body down counts as much as a way of half its size. */
+        float Distance() const {
+            constexpr float degreesPerSize = 180.0f;
+            return turn + degreesPerSize * way;
+        }
+    };
+
+    static float MiddleOf(std::vector<float> values) {
+        const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+        std::nth_element(values.begin(), middle, values.end());
+        return middle == values.end() ? 0.0f : *middle;
+    }
+
+    static Placement Measure(const Skin& skin, const aiMatrix4x4& unscaled) {
+        Placement placement{ScaledToScene(skin, unscaled)};
+        std::vector<float> turns;
+        std::vector<float> ways;
+        float size = 0.0f;
+        for (const auto& [node, bind] : skin.bones) {
+            const aiMatrix4x4 bound = placement.matrix * bind;
+            const aiMatrix4x4 stored = WorldMatrix(*node);
+            turns.push_back(AngleBetween(WithoutScale(bound).orientation, WithoutScale(stored).orientation));
+            ways.push_back((PlaceOf(bound) - PlaceOf(stored)).Length());
+            size =
+                std::max(size, (PlaceOf(stored) - PlaceOf(WorldMatrix(*skin.bones.front().first))).Length());
+        }
+        placement.turn = MiddleOf(turns);
+        placement.way = size > 0.0f ? MiddleOf(ways) / size : 1.0f;
+        return placement;
+    }
+
+    /** As programs write skins: in the world, in what is above the bones, in the mesh's node. Nearest first.
+     */
+    std::vector<Placement> WrittenPlacements(const Skin& skin) const {
+        const aiNode* armature = skin.bones.front().first;
+        while (armature->mParent != nullptr && HasBone(skin, armature)) {
+            armature = armature->mParent;
+        }
+        std::vector<Placement> placements;
+        for (const aiMatrix4x4& matrix :
+            {aiMatrix4x4(), WorldMatrix(*armature), WorldMatrix(*skin.meshNode)}) {
+            placements.push_back(Measure(skin, matrix));
+        }
+        std::stable_sort(placements.begin(), placements.end(), [](const Placement& a, const Placement& b) {
+            return a.IsAsStored() != b.IsAsStored() ? a.IsAsStored() : a.Distance() < b.Distance();
+        });
+        return placements;
     }
 
     /**
-     * Where a skin stands in the scene. A mesh's own node says so, but not in glTF: there only the joints'
-     * way from bind to scene does. A program writes its skins in the world's space, the mesh's or the
-     * armature's; the joints as they are stored, though they may be in a pose, tell which, as most of them
-     * turn by less than another space would.
+     * Where a glTF skin may stand in the scene, likeliest first. No node says it: only the joints' way from
+     * bind to scene does. Where the joints are stored as they are bound, one placement brings them all there,
+     * be it one that programs write or another. Where they are in a pose, it is one that programs write, and
+     * then which one is for the body to tell.
      */
-    aiMatrix4x4 SkinPlacement(const Skin& skin) const {
-        if (!isGLTF) {
-            return WorldMatrix(*skin.meshNode);
-        }
-        const aiNode* armature = skin.bones.front().first;
-        const auto isBone = [&](const aiNode* node) {
-            return std::any_of(
-                skin.bones.begin(), skin.bones.end(), [&](const auto& bone) { return bone.first == node; });
-        };
-        while (armature->mParent != nullptr && isBone(armature)) {
-            armature = armature->mParent;
+    std::vector<Placement> Placements(const Skin& skin) const {
+        std::vector<Placement> placements = WrittenPlacements(skin);
+        if (placements.front().IsAsStored()) {
+            return {placements.front()};
         }
         const auto& [first, firstBind] = skin.bones.front();
         aiMatrix4x4 inverse = firstBind;
-        const std::array<aiMatrix4x4, 4> placements = {aiMatrix4x4(), WorldMatrix(*armature),
-            WorldMatrix(*skin.meshNode), WorldMatrix(*first) * inverse.Inverse()};
-        const auto best = std::min_element(
-            placements.begin(), placements.end(), [&](const aiMatrix4x4& a, const aiMatrix4x4& b) {
-                constexpr float clearly = 5.0f;
-                return UsualTurn(skin, a) + clearly < UsualTurn(skin, b);
-            });
-        return ScaledToScene(skin, *best);
-    }
-
-    /** The middle of the angles by which the bones turn from the placed bind to the scene, in degrees. */
-    static float UsualTurn(const Skin& skin, const aiMatrix4x4& placement) {
-        std::vector<float> angles;
-        for (const auto& [node, bind] : skin.bones) {
-            angles.push_back(AngleBetween(
-                WithoutScale(placement * bind).orientation, WithoutScale(WorldMatrix(*node)).orientation));
-        }
-        const auto middle = angles.begin() + static_cast<std::ptrdiff_t>(angles.size() / 2);
-        std::nth_element(angles.begin(), middle, angles.end());
-        return *middle;
+        const Placement asFirst = Measure(skin, WorldMatrix(*first) * inverse.Inverse());
+        placements.insert(asFirst.IsAsStored() ? placements.begin() : placements.end(), asFirst);
+        return placements;
     }
 
     /** The placement with the scale that makes the bones as long as the scene has them. */
@@ -272,50 +331,70 @@ class SceneSkeleton {
         return scaling * placement;
     }
 
-    /** The placement moved to where the scene has the topmost bone, if that is far away: then no pose is why.
-     */
-    static aiMatrix4x4 MovedToScene(const Skin& skin, const aiMatrix4x4& placement) {
-        const auto hasParent = [&](const auto& bone) {
-            return std::any_of(skin.bones.begin(), skin.bones.end(),
-                [&](const auto& other) { return other.first == bone.first->mParent; });
-        };
-        const auto top = std::find_if_not(skin.bones.begin(), skin.bones.end(), hasParent);
-        const aiVector3D first = PlaceOf(placement * top->second);
-        float size = 0.0f;
-        for (const auto& [node, bind] : skin.bones) {
-            size = std::max(size, (PlaceOf(placement * bind) - first).Length());
-        }
-        const aiVector3D way = PlaceOf(WorldMatrix(*top->first)) - first;
-        constexpr float farAway = 0.4f;
-        if (way.Length() < farAway * size) {
-            return placement;
-        }
-        aiMatrix4x4 moving;
-        aiMatrix4x4::Translation(way, moving);
-        return moving * placement;
+    static bool HasBone(const Skin& skin, const aiNode* node) {
+        return std::any_of(
+            skin.bones.begin(), skin.bones.end(), [&](const auto& bone) { return bone.first == node; });
     }
 
-    /** Skins that share a bone are bound in one pose. */
-    std::optional<aiMatrix4x4> PlacementByOthers(const Skin& skin) const {
-        for (const auto& [node, bind] : skin.bones) {
-            const auto placed = bindMatrices.find(node);
-            if (placed != bindMatrices.end()) {
-                aiMatrix4x4 inverse = bind;
-                return placed->second * inverse.Inverse();
+    /** One skin of those that share bones, as these are bound in one pose; those with most bones first. */
+    std::vector<Skin> JoinedSkins() const {
+        std::vector<Skin> joined;
+        for (Skin skin : skins) {
+            // What it shares bones with is joined to it, in its own space.
+            for (auto other = joined.begin(); other != joined.end();) {
+                const auto shared = std::find_if(other->bones.begin(), other->bones.end(),
+                    [&](const auto& bone) { return HasBone(skin, bone.first); });
+                if (shared == other->bones.end()) {
+                    ++other;
+                    continue;
+                }
+                const auto own = std::find_if(skin.bones.begin(), skin.bones.end(),
+                    [&](const auto& bone) { return bone.first == shared->first; });
+                aiMatrix4x4 inverse = shared->second;
+                const aiMatrix4x4 change = own->second * inverse.Inverse();
+                for (const auto& [node, bind] : other->bones) {
+                    if (!HasBone(skin, node)) {
+                        skin.bones.emplace_back(node, change * bind);
+                    }
+                }
+                other = joined.erase(other);
             }
+            joined.push_back(std::move(skin));
         }
-        return std::nullopt;
+        std::stable_sort(joined.begin(), joined.end(),
+            [](const Skin& a, const Skin& b) { return a.bones.size() > b.bones.size(); });
+        return joined;
+    }
+
+    static void Bind(const Skin& skin, const aiMatrix4x4& placement, Binds& binds) {
+        for (const auto& [node, bind] : skin.bones) {
+            binds.emplace(node, placement * bind);
+        }
     }
 
     void PlaceSkins() {
         for (const Skin& skin : skins) {
-            const std::optional<aiMatrix4x4> shared = PlacementByOthers(skin);
-            const aiMatrix4x4 placement = !isGLTF  ? SkinPlacement(skin)
-                                          : shared ? *shared
-                                                   : MovedToScene(skin, SkinPlacement(skin));
             for (const auto& [node, bind] : skin.bones) {
-                bindMatrices.emplace(node, placement * bind);
                 bonePlaces.emplace_back(node, PlaceOf(WorldMatrix(*node)));
+            }
+        }
+        if (!isGLTF) {
+            possibleBinds.emplace_back();
+            for (const Skin& skin : skins) {
+                Bind(skin, WorldMatrix(*skin.meshNode), possibleBinds.back());
+            }
+            return;
+        }
+        const std::vector<Skin> joined = JoinedSkins();
+        const std::vector<Placement> placements =
+            joined.empty() ? std::vector<Placement>(1) : Placements(joined.front());
+        for (const Placement& placement : placements) {
+            Binds& binds = possibleBinds.emplace_back();
+            for (const Skin& skin : joined) {
+                // A few bones tell little: where they aren't sure, they stand where the body does.
+                const Placement own = WrittenPlacements(skin).front();
+                Bind(skin, &skin != &joined.front() && own.IsAsStored() ? own.matrix : placement.matrix,
+                    binds);
             }
         }
     }
@@ -407,7 +486,8 @@ class SceneSkeleton {
     /** Where each joint stands among the nodes. */
     std::vector<size_t> jointNodes;
     std::vector<Skin> skins;
-    std::map<const aiNode*, aiMatrix4x4> bindMatrices;
+    /** Where each bone is bound, as SceneSkeleton::Placements() may place its skin. */
+    std::vector<Binds> possibleBinds;
     /** Where each bone is as the scene is stored. */
     std::vector<std::pair<const aiNode*, aiVector3D>> bonePlaces;
 };

@@ -48,6 +48,7 @@ class BodyViewer {
     BodyView See() {
         view.names = ParseJointNames(skeleton.jointNames, options.names);
         FindJointsInSomePose();
+        ChooseBind();
         ChooseRest();
         const Posture posture = MeasurePosture(skeleton, view.rest, view.known);
         const Vector3 up = ChooseUp(posture);
@@ -104,6 +105,22 @@ class BodyViewer {
         return MeasurePosture(skeleton, pose, view.known).standing;
     }
 
+    bool IsUpright(std::span<const Transform> pose) const {
+        constexpr float near = 0.7f;
+        return Dot(MeasurePosture(skeleton, pose, view.known).up, options.up.value_or(motion.statedUp)) >
+               near;
+    }
+
+    /** A skin whose place in the scene nothing says stands upright in it, if it may. */
+    void ChooseBind() {
+        bind = skeleton.bindPose;
+        for (size_t i = 0; i < skeleton.otherBindPoses.size() && !IsUpright(bind); ++i) {
+            if (IsUpright(skeleton.otherBindPoses[i])) {
+                bind = skeleton.otherBindPoses[i];
+            }
+        }
+    }
+
     void ChooseRest() {
         using Kind = RestChoice::Kind;
         if (options.rest.kind == Kind::Frame) {
@@ -111,7 +128,7 @@ class BodyViewer {
         } else if (options.rest.kind == Kind::Zero) {
             view.rest = ZeroPose();
         } else {
-            view.rest = skeleton.bindPose;
+            view.rest = bind;
         }
         std::string what = options.rest.kind == Kind::Frame  ? fmt::format("frame {}", options.rest.frame)
                            : options.rest.kind == Kind::Zero ? "no joint turned"
@@ -160,13 +177,12 @@ class BodyViewer {
     }
 
     std::vector<Transform> ZeroPose() const {
-        std::vector<Transform> pose = skeleton.bindPose;
+        std::vector<Transform> pose = bind;
         for (int joint = 0; joint < skeleton.JointCount(); ++joint) {
             pose[joint].orientation = identityRotation;
             const int parent = skeleton.parents[joint];
             if (parent >= 0) {
-                const Vector3 offset =
-                    RelativeTo(skeleton.bindPose[parent], skeleton.bindPose[joint]).position;
+                const Vector3 offset = RelativeTo(bind[parent], bind[joint]).position;
                 pose[joint].position = pose[parent].position + offset;
             }
         }
@@ -372,6 +388,7 @@ class BodyViewer {
     const BodyOptions& options;
     KnownJointOverrides overrides;
     std::vector<std::pair<velkori_KnownJointType, int>> fromTable;
+    std::vector<Transform> bind;
     bool isFrame = false;
     std::string upRemark;
     BodyView view;
