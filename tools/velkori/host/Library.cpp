@@ -181,16 +181,16 @@ Configuration LoadDocumentFile(const std::string& path) {
 
 void ConvertSpace(std::vector<Transform>& transforms, const velkori_CoordinateSpace_& from,
     const velkori_CoordinateSpace_& to) {
-    // The library mirrors along the axis that is right in the end, and does so before it turns. Both axes are
-    // the same only if nothing is left to turn.
-    velkori_CoordinateSpace_ between = to;
-    if (IsLeftHanded(from) != IsLeftHanded(to)) {
-        between.right = to.right * -1.0f;
-    }
-    for (const auto& [before, after] : {std::pair{from, between}, std::pair{between, to}}) {
-        Check(velkori_applyWorldSpaceCoordinateSpaceConversion(
-                  transforms.data(), static_cast<int32_t>(transforms.size()), before, after),
-            "can't convert poses between coordinate spaces");
+    const auto convert = [&](const Vector3& v) {
+        return to.right * Dot(v, from.right) + to.up * Dot(v, from.up) + to.forward * Dot(v, from.forward);
+    };
+    // Seen in a mirror, a turn goes the other way round.
+    const float sense = IsLeftHanded(from) == IsLeftHanded(to) ? 1.0f : -1.0f;
+    for (Transform& transform : transforms) {
+        const Quaternion& q = transform.orientation;
+        const Vector3 axis = convert({q.x, q.y, q.z}) * sense;
+        transform.orientation = {axis.x, axis.y, axis.z, q.w};
+        transform.position = convert(transform.position);
     }
 }
 
