@@ -126,7 +126,7 @@ class RestPoseMatcher {
         const Quaternion swing = ShortestTurn({0.0f, 0.0f, 1.0f}, out);
         const Quaternion twist =
             ShortestTurn(Rotate(swing, {1.0f, 0.0f, 0.0f}), WithoutAxis(across, Normalized(out)));
-        const int thumb = body.map.JointAt(BodyPart::Thumb, side, 1);
+        const int thumb = body.map.JointAt(BodyPart::Thumb, side);
         return HeldHand{twist * swing,
             thumb >= 0 && Dot(WithoutAxis(across, Normalized(out)), pose[thumb].position - middle) > 0.0f};
     }
@@ -154,8 +154,11 @@ class RestPoseMatcher {
      */
     void TurnHand(Side side) {
         const int wrist = target.map.JointAt(BodyPart::Wrist, side);
-        const auto own = HoldOf(target, pose, side);
         const auto wanted = HoldOf(source, source.skeleton.rest, side);
+        if (wanted && HoldOf(target, pose, side)) {
+            HoldAsMade(wrist);
+        }
+        const auto own = HoldOf(target, pose, side);
         constexpr float beyondDoubt = 130.0f;
         const float angle = own && wanted ? AngleBetween(own->orientation, wanted->orientation) : 0.0f;
         if (angle > 0.0f && (angle < beyondDoubt || (own->isConfirmed && wanted->isConfirmed))) {
@@ -174,6 +177,16 @@ class RestPoseMatcher {
                 if (joint >= 0 && (matchesAll || IsAnotherWay(AngleBetween(turn, identityRotation)))) {
                     Turn(joint, turn);
                 }
+            }
+        }
+    }
+
+    /** The palm and the fingers lie to the wrist as they did before they were aligned. */
+    void HoldAsMade(int wrist) {
+        const std::vector<Transform>& made = target.skeleton.made;
+        for (int joint = 0; joint < target.skeleton.JointCount(); ++joint) {
+            if (joint != wrist && IsBelow(wrist, joint)) {
+                pose[joint] = Compose(pose[wrist], RelativeTo(made[wrist], made[joint]));
             }
         }
     }
