@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <limits>
 #include <memory>
 #include <sstream>
 
@@ -164,17 +165,19 @@ void PrintMappings(const Configuration& configuration) {
     }
 }
 
-/** The heights of the root, of the ankles and of what is below these, before the rest pose is turned. */
+/**
+ * The heights of the root, of the ankles and of what is below these, before the rest pose is turned. Where
+ * the body was made sitting or in flight, its soles will stand on the ground all the same.
+ */
 StandingHeights StandingHeightsOf(const Configuration& target) {
     constexpr velkori_SkeletonType type = velkori_SkeletonType_Target;
     const std::vector<std::string> names = target.JointNames(type);
     const std::vector<int> parents = target.Parents(type);
     const std::vector<Transform> rest = target.RestPose(type, velkori_SkeletonTPoseType_Unscaled);
-    StandingHeights heights;
     const int root = target.KnownJoint(type, velkori_KnownJointType_Root);
-    if (root >= 0) {
-        heights[names[root]] = rest[root].position.y;
-    }
+    const int hips = target.KnownJoint(type, velkori_KnownJointType_Hips);
+    StandingHeights heights;
+    float lowest = std::numeric_limits<float>::max();
     for (const auto role : {velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_RightAnkle}) {
         const int ankle = target.KnownJoint(type, role);
         for (int joint = 0; ankle >= 0 && joint < static_cast<int>(names.size()); ++joint) {
@@ -184,8 +187,17 @@ StandingHeights StandingHeightsOf(const Configuration& target) {
             }
             if (above == ankle) {
                 heights[names[joint]] = rest[joint].position.y;
+                lowest = std::min(lowest, rest[joint].position.y);
             }
         }
+    }
+    constexpr float inTheAir = 0.25f;
+    const bool stands = hips < 0 || lowest < inTheAir * rest[hips].position.y;
+    for (auto& [name, height] : heights) {
+        height -= stands ? 0.0f : lowest;
+    }
+    if (root >= 0) {
+        heights[names[root]] = rest[root].position.y;
     }
     return heights;
 }

@@ -166,7 +166,8 @@ void Run(RetargetCommand& command) {
         if (command.reports) {
             PrintReport(configuration, named.clip);
         }
-        scores.push_back({path, ScoreClip(configuration, named.clip, names), motion.isIncomplete});
+        scores.push_back({path, ScoreClip(configuration, named.clip, names), motion.isIncomplete,
+            named.clip.source.doubts});
         const std::string outputPath = OutputPath(command, path);
         if (outputs.empty() || outputs.back().path != outputPath) {
             outputs.push_back({outputPath, {}});

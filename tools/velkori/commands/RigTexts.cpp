@@ -187,6 +187,9 @@ NamingHabits LoadNames(const std::string& namesFile) {
 }
 
 void AddDoubts(const Rig& rig, const std::string& path, std::vector<std::string>& notes) {
+    for (const std::string& doubt : rig.doubts) {
+        notes.push_back(fmt::format("warning: '{}': {}", path, doubt));
+    }
     for (const auto& [role, candidates] : rig.candidates) {
         const KnownJointGuess& guess = rig.known.at(role);
         if (guess.joint >= 0) {

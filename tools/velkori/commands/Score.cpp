@@ -31,7 +31,8 @@ void Run(ScoreCommand& command) {
         const Motion motion = ReadMotion(path, notes, command.options.clip.reading);
         const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
         SayNotes(notes);
-        scores.push_back({path, ScoreClip(configuration, clip, names), motion.isIncomplete});
+        scores.push_back(
+            {path, ScoreClip(configuration, clip, names), motion.isIncomplete, clip.source.doubts});
         if (command.json != "-") {
             PrintScore(scores.back());
         }

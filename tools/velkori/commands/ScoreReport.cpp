@@ -32,7 +32,7 @@ void WriteScores(
                 {"bad", measure.bad}, {"verdict", NameOf(measure.Judged())}};
         }
         clips.push_back({{"clip", scored.clip}, {"verdict", NameOf(scored.score.Judged())},
-            {"truncated", scored.isTruncated}, {"measures", std::move(measures)}});
+            {"truncated", scored.isTruncated}, {"doubts", scored.doubts}, {"measures", std::move(measures)}});
     }
     const JSON report = {{"configuration", configuration}, {"clips", std::move(clips)}};
     WriteTextFile(path, report.dump(2, ' ', false, JSON::error_handler_t::replace) + "\n");
@@ -46,6 +46,13 @@ void CheckScores(const std::vector<ClipScore>& scores, bool acceptsBad) {
         };
         if (scored.isTruncated) {
             add("is cut short: frames that it states are missing");
+        }
+        for (const std::string& doubt : scored.doubts) {
+            if (acceptsBad) {
+                fmt::print(stderr, "warning: '{}': {}\n", scored.clip, doubt);
+            } else {
+                add("is in doubt: " + doubt + "; --force takes it as it is");
+            }
         }
         if (scored.score.Judged() == Verdict::Bad && !acceptsBad) {
             add(fmt::format(

@@ -12,6 +12,8 @@ struct ClipScore {
     std::string clip;
     Score score;
     bool isTruncated = false;
+    /** What of the clip may as well have been seen otherwise. */
+    std::vector<std::string> doubts;
 };
 
 /** Prints every measure with its limits and the verdict. */
@@ -21,7 +23,8 @@ void PrintScore(const ClipScore& scored);
 void WriteScores(
     const std::string& path, const std::string& configuration, const std::vector<ClipScore>& scores);
 
-/** Throws Failure that names the results that are bad and the clips that are cut short, if there are any. */
+/** Throws Failure that names the results that are bad or in doubt and the clips that are cut short, if any.
+ */
 void CheckScores(const std::vector<ClipScore>& scores, bool acceptsBad);
 
 } // namespace Velkori_Tool

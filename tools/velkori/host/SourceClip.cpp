@@ -82,6 +82,7 @@ class SourceClipMaker {
         }
 
         SourceClip clip;
+        clip.doubts = std::move(view.doubts);
         clip.frameSeconds = motion.frameSeconds;
         clip.frameCount = motion.frameCount;
         clip.jointCount = static_cast<int>(names.size());

@@ -57,6 +57,7 @@ class BodyViewer {
         Face(up);
         SetReasonsOfTable();
         FindUnit();
+        view.standing = MeasurePosture(skeleton, view.rest, view.known).standing;
         return std::move(view);
     }
 
@@ -154,7 +155,8 @@ class BodyViewer {
     std::string ChooseStandingPose() {
         std::string what = "as it is bound";
         float best = Standing(view.rest);
-        if (!skeleton.storedPose.empty() && Standing(skeleton.storedPose) > best) {
+        constexpr float rounding = 0.01f;
+        if (!skeleton.storedPose.empty() && Standing(skeleton.storedPose) > best + rounding) {
             best = Standing(skeleton.storedPose);
             view.rest = skeleton.storedPose;
             what = "as the nodes are stored";
@@ -209,12 +211,13 @@ class BodyViewer {
         return shares;
     }
 
-    /**
-     * How likely an axis is up that the body is along in a share of the frames. A body that lies along it is,
-     * too; but only along the true one the lowest part of it is at one height, standing and lying, and that
-     * mostly at nought. And few files have another axis up than the format's or z.
-     */
-    float Uprightness(const Vector3& axis, float share) const {
+    /** Where the lowest part of the body is along an axis, over the frames, in parts of its size. */
+    struct Ground {
+        float height = 0.0f;
+        float spread = 0.0f;
+    };
+
+    Ground GroundAlong(const Vector3& axis) const {
         std::vector<float> lowest;
         float size = 1e-6f;
         constexpr int mostFrames = 200;
@@ -225,12 +228,32 @@ class BodyViewer {
             size = std::max(size, span.highest - span.lowest);
         }
         std::sort(lowest.begin(), lowest.end());
-        const float ground = lowest[lowest.size() / 10];
-        const float spread = lowest[lowest.size() * 9 / 10] - ground;
+        const float low = lowest[lowest.size() / 10];
+        return {low / size, (lowest[lowest.size() * 9 / 10] - low) / size};
+    }
+
+    /**
+     * How likely an axis is up that the body is along in a share of the frames. A body that lies along it is,
+     * too; but only along the true one the lowest part of it is at one height, standing and lying, and that
+     * mostly at nought. And few files have another axis up than the format's or z.
+     */
+    float Uprightness(const Vector3& axis, float share) const {
+        if (share <= 0.0f) {
+            return 0.0f;
+        }
+        const Ground ground = GroundAlong(axis);
         constexpr float little = 0.15f;
-        const float usual = Dot(axis, motion.statedUp) > 0.5f ? 6.0f : (axis.z > 0.5f ? 3.0f : 1.0f);
+        const float usual = Dot(axis, motion.statedUp) > 0.5f ? 6.0f : (axis.z > 0.5f ? 3.0f : 0.5f);
         return share * usual /
-               ((little + spread / size) * (little + std::min(1.0f, std::fabs(ground) / size)));
+               ((little + ground.spread) * (little + std::min(1.0f, std::fabs(ground.height))));
+    }
+
+    /** Nothing of the body is clearly below the ground, and something always near it. */
+    bool MayLieOnGround(const Vector3& axis) const {
+        constexpr float deepest = -0.1f;
+        constexpr float highest = 0.3f;
+        const Ground ground = GroundAlong(axis);
+        return ground.height > deepest && ground.height < highest && ground.spread < highest;
     }
 
     static size_t AxisIndex(const Vector3& axis) {
@@ -260,24 +283,51 @@ class BodyViewer {
             return up;
         }
         const auto shares = UprightShares();
-        const float ownShare = shares.at(AxisIndex(own));
-        // Somebody may lie or turn somersaults all clip long; that they stand up once settles it.
         constexpr float once = 0.1f;
         constexpr float shareOfRest = 0.3f;
-        const bool restDecides = stands && !isFrame && ownShare >= once;
+        const bool restStands = stands && !isFrame;
+        // Somebody may lie or turn somersaults all clip long; that they stand up once settles it.
+        if (restStands && shares.at(AxisIndex(own)) >= once) {
+            AddUpRemark(own, DescribeShare(shares.at(AxisIndex(own))));
+            return own;
+        }
         Vector3 up = own;
-        float best = Uprightness(own, std::max(ownShare, stands && !isFrame ? shareOfRest : 0.0f));
-        for (size_t axis = 0; axis < axes.size() && !restDecides; ++axis) {
+        Vector3 other = own;
+        float best = 0.0f;
+        float second = 0.0f;
+        for (const Vector3& axis : axes) {
+            const float seen = shares.at(AxisIndex(axis));
+            const bool mayLie = (restStands && Dot(axis, own) > 0.5f) ||
+                                (Dot(axis, motion.statedUp) > 0.5f && MayLieOnGround(axis));
             const float uprightness =
-                shares.at(axis) >= once ? Uprightness(axes.at(axis), shares.at(axis)) : 0.0f;
+                Uprightness(axis, std::max(seen >= once ? seen : 0.0f, mayLie ? shareOfRest : 0.0f));
             if (uprightness > best) {
+                other = up;
+                second = best;
+                up = axis;
                 best = uprightness;
-                up = axes.at(axis);
+            } else if (uprightness > second) {
+                other = axis;
+                second = uprightness;
             }
         }
-        AddUpRemark(up, fmt::format("the body is upright along it in {:.0f} % of the frames",
-                            100.0f * shares.at(AxisIndex(up))));
+        AddUpRemark(up, DescribeShare(shares.at(AxisIndex(up))));
+        constexpr float clearly = 2.0f;
+        if (best <= 0.0f && !restStands) {
+            view.doubts.push_back(
+                fmt::format("the body never stands along an axis; {} is taken for up; --up says which it is",
+                    AxisName(up)));
+        } else if (best < clearly * second) {
+            view.doubts.push_back(fmt::format("{} is taken for up, but it may be {}, along which the body "
+                                              "then {}; --up says which it is",
+                AxisName(up), AxisName(other),
+                shares.at(AxisIndex(other)) >= once ? "stands" : "lies in all frames"));
+        }
         return up;
+    }
+
+    static std::string DescribeShare(float share) {
+        return fmt::format("the body is upright along it in {:.0f} % of the frames", 100.0f * share);
     }
 
     void AddUpRemark(const Vector3& up, const std::string& why) {
@@ -310,7 +360,7 @@ class BodyViewer {
         }
         const Vector3 now = MeasurePosture(skeleton, view.rest, view.known).up;
         constexpr float leaning = 15.0f;
-        if (AngleBetween(now, up) > leaning) {
+        if (isFrame && AngleBetween(now, up) > leaning) {
             Turn(ShortestTurn(now, up), false);
         }
     }

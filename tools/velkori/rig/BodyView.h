@@ -45,8 +45,12 @@ struct BodyView {
     /** Where up, forward and right are in the file's axes. */
     velkori_CoordinateSpace_ space = {};
     double metresPerUnit = 1.0;
+    /** How much the rest pose is a standing person's, 0 to 1. */
+    float standing = 0.0f;
     /** What was decided, a line each, with how certain it is. */
     std::vector<std::string> remarks;
+    /** What may as well be otherwise and would spoil a result: a line each, with what says it by hand. */
+    std::vector<std::string> doubts;
 };
 
 /** Throws Failure if the rest pose that is asked for isn't there, or has no height. */

@@ -45,13 +45,15 @@ void MoveToOrigin(const Vector3& place, Rig& rig) {
     rig.origin = place * static_cast<float>(1.0 / rig.metresPerUnit);
 }
 
-/** The ground under the hips. */
-Vector3 GroundUnderHips(const Rig& rig) {
+/** The ground under the hips: where a standing body's feet are, and for one that sits in the air at nought.
+ */
+Vector3 GroundUnderHips(const Rig& rig, bool stands) {
     const FileSkeleton& skeleton = rig.skeleton;
     const Vector3& up = rig.space.up;
     const int hips = rig.known[velkori_KnownJointType_Hips].joint;
     const Vector3 place = hips < 0 ? skeleton.bindPose.front().position : skeleton.bindPose[hips].position;
-    return WithoutAxis(place, up) + up * MeasureBodySpan(skeleton, skeleton.bindPose, rig.known, up).lowest;
+    const float lowest = MeasureBodySpan(skeleton, skeleton.bindPose, rig.known, up).lowest;
+    return WithoutAxis(place, up) + up * (stands ? lowest : std::min(lowest, 0.0f));
 }
 
 /** Puts a joint at the origin, above all joints without parent. */
@@ -109,6 +111,7 @@ Rig MakeRig(const Motion& motion, const RigOptions& options) {
     rig.skeleton.storedPose.clear();
     FindCandidates(body, options.body, rig);
     rig.remarks = std::move(body.remarks);
+    rig.doubts = std::move(body.doubts);
     rig.skeleton.bindPose = Scaled(std::move(rig.skeleton.bindPose), static_cast<float>(rig.metresPerUnit));
     const int root = rig.known[velkori_KnownJointType_Root].joint;
     // Somebody may have put the character anywhere in its scene.
@@ -116,7 +119,8 @@ Rig MakeRig(const Motion& motion, const RigOptions& options) {
     if (root >= 0 && Length(rig.skeleton.bindPose[root].position) > elsewhere) {
         MoveToOrigin(rig.skeleton.bindPose[root].position, rig);
     } else if (root < 0) {
-        MoveToOrigin(GroundUnderHips(rig), rig);
+        constexpr float leastStanding = 0.4f;
+        MoveToOrigin(GroundUnderHips(rig, body.standing >= leastStanding), rig);
         if (options.body.known.count(velkori_KnownJointType_Root) == 0) {
             AddGroundRoot(rig);
         }

@@ -48,6 +48,8 @@ struct Rig {
     std::map<velkori_KnownJointType, std::vector<std::string>> candidates;
     /** What was decided, a line each. */
     std::vector<std::string> remarks;
+    /** What may as well be otherwise, a line each. */
+    std::vector<std::string> doubts;
 };
 
 /** The name of the ground root that a skeleton gets if it has none. */
