@@ -175,11 +175,21 @@ StandingHeights StandingHeightsOf(const Configuration& target) {
     const std::vector<int> parents = target.Parents(type);
     const std::vector<Transform> rest = target.RestPose(type, velkori_SkeletonTPoseType_Unscaled);
     const int root = target.KnownJoint(type, velkori_KnownJointType_Root);
-    const int hips = target.KnownJoint(type, velkori_KnownJointType_Hips);
     StandingHeights heights;
     float lowest = std::numeric_limits<float>::max();
-    for (const auto role : {velkori_KnownJointType_LeftAnkle, velkori_KnownJointType_RightAnkle}) {
+    bool isBent = false;
+    for (const auto& [upperRole, role] :
+        {std::pair{velkori_KnownJointType_LeftUpperLeg, velkori_KnownJointType_LeftAnkle},
+            std::pair{velkori_KnownJointType_RightUpperLeg, velkori_KnownJointType_RightAnkle}}) {
         const int ankle = target.KnownJoint(type, role);
+        const int upper = target.KnownJoint(type, upperRole);
+        float leg = 0.0f;
+        for (int joint = ankle; joint >= 0 && joint != upper && parents[joint] >= 0; joint = parents[joint]) {
+            leg += Length(rest[joint].position - rest[parents[joint]].position);
+        }
+        constexpr float upright = 0.8f;
+        isBent = isBent || (ankle >= 0 && upper >= 0 &&
+                               rest[upper].position.y - rest[ankle].position.y < upright * leg);
         for (int joint = 0; ankle >= 0 && joint < static_cast<int>(names.size()); ++joint) {
             int above = joint;
             while (above >= 0 && above != ankle) {
@@ -191,10 +201,8 @@ StandingHeights StandingHeightsOf(const Configuration& target) {
             }
         }
     }
-    constexpr float inTheAir = 0.25f;
-    const bool stands = hips < 0 || lowest < inTheAir * rest[hips].position.y;
     for (auto& [name, height] : heights) {
-        height -= stands ? 0.0f : lowest;
+        height -= isBent ? std::max(lowest, 0.0f) : 0.0f;
     }
     if (root >= 0) {
         heights[names[root]] = rest[root].position.y;

@@ -317,7 +317,8 @@ class BodyViewer {
             view.doubts.push_back(
                 fmt::format("the body never stands along an axis; {} is taken for up; --up says which it is",
                     AxisName(up)));
-        } else if (best < clearly * second) {
+        } else if (best < clearly * second || (restStands && Dot(up, own) < 0.5f && MayLieOnGround(own))) {
+            other = best < clearly * second ? other : own;
             view.doubts.push_back(fmt::format("{} is taken for up, but it may be {}, along which the body "
                                               "then {}; --up says which it is",
                 AxisName(up), AxisName(other),
