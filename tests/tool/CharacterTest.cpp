@@ -106,9 +106,27 @@ class Character : public testing::Test {
 };
 
 TEST_F(Character, ComesBackAsItWasWithOneMoreAnimation) {
-    for (const bool isScaled : {false, true}) {
+    struct Case {
+        bool isScaled;
+        bool isMirrored;
+        Point away;
+    };
+
+    for (const Case& each :
+        {Case{false, false, {}}, {true, false, {}}, {false, true, {}}, {false, false, {3.0, 0.0, -2.0}}}) {
         SkinnedFile skinned = OtherBody();
-        skinned.isUnderScaledArmature = isScaled;
+        skinned.isUnderScaledArmature = each.isScaled;
+        skinned.change = [&](JSON& document) {
+            JSON& armature = document["nodes"][0];
+            armature["translation"] = {each.away.x, each.away.y, each.away.z};
+            if (each.isMirrored) {
+                // The mirror turns what its left is to the right, and is bound so.
+                armature["scale"] = {-1.0, 1.0, 1.0};
+            }
+        };
+        for (Point& place : skinned.positions) {
+            place.x *= each.isMirrored ? -1.0 : 1.0;
+        }
         Prepare(skinned);
         const GLBFile before(ReadFile(hero));
         const GLBFile after = Retarget();
@@ -135,7 +153,10 @@ TEST_F(Character, ComesBackAsItWasWithOneMoreAnimation) {
             const std::vector<Point> places = after.Frame(frame);
             const std::vector<Point> expected = bones.Frame(frame);
             for (int joint = 0; joint < BipedJointCount; ++joint) {
-                EXPECT_LT(Distance(places[Node(after, joint)], expected[Node(bones, joint)]), 1e-4)
+                const Point& place = places[Node(after, joint)];
+                EXPECT_LT(Distance({place.x - each.away.x, place.y - each.away.y, place.z - each.away.z},
+                              expected[Node(bones, joint)]),
+                    1e-4)
                     << PlainNames().at(joint) << " in frame " << frame;
             }
         }
@@ -212,6 +233,83 @@ TEST_F(Character, CarriesItsWayWhereItIsToldTo) {
         {"retarget", config, clip, "-o", directory.Path("out.glb"), "--force", "--root-motion", "root"});
     EXPECT_NE(said.errors.find("has no root joint, so its hips carry the way"), std::string::npos)
         << said.errors;
+}
+
+/** Turns a node by a half of a right angle or more, as a scene stored in a pose has it. */
+void TurnNode(JSON& document, const std::string& name, double x, double z) {
+    for (JSON& node : document["nodes"]) {
+        if (node["name"] == name) {
+            node["rotation"] = {x, 0.0, z, std::sqrt(1.0 - x * x - z * z)};
+        }
+    }
+}
+
+TEST_F(Character, StandsAsItIsBoundHoweverItsNodesAreStored) {
+    const auto lie = [](JSON& document) {
+        TurnNode(document, "Hips", -std::sqrt(0.5), 0.0);
+        document["nodes"][3]["translation"] = {0.0, 0.1, -1.0};
+        TurnNode(document, "LeftArm", 0.0, -0.6);
+    };
+    const auto crouch = [](JSON& document) {
+        document["nodes"][3]["translation"] = {0.0, 0.6, 0.0};
+        TurnNode(document, "Hips", 0.3, 0.1);
+        TurnNode(document, "LeftUpLeg", -0.6, 0.0);
+        TurnNode(document, "LeftLeg", 0.7, 0.0);
+        TurnNode(document, "RightUpLeg", -0.6, 0.0);
+        TurnNode(document, "RightLeg", 0.7, 0.0);
+    };
+    const auto wearHat = [](JSON& document) {
+        // A second mesh is bound to the head alone, and comes first.
+        constexpr int head = 3 + Head;
+        JSON& accessor = document["accessors"].emplace_back(document["accessors"][2]);
+        accessor["count"] = 1;
+        accessor["byteOffset"] = Head * 64;
+        document["skins"].push_back(
+            {{"joints", {head}}, {"inverseBindMatrices", document["accessors"].size() - 1}});
+        document["meshes"].push_back(document["meshes"][0]);
+        document["nodes"][2]["mesh"] = 1;
+        document["nodes"][2]["skin"] = 1;
+        document["nodes"][1].erase("children");
+        document["scenes"][0]["nodes"] = {2, 0, 1};
+    };
+
+    // A handle on the left foot as stored, below a helper that a mesh is bound to, where the hips are bound.
+    const auto hold = [](JSON& document) {
+        const size_t helper = document["nodes"].size();
+        document["nodes"].push_back(
+            {{"name", "ik_foot_root"}, {"translation", {0.0, 0.95, 0.0}}, {"children", {helper + 1}}});
+        document["nodes"].push_back({{"name", "ik_foot_l"}, {"translation", {0.1, -0.85, -0.13}}});
+        document["nodes"][0]["children"].push_back(helper);
+        document["skins"][1]["joints"][0] = helper;
+        document["accessors"].back()["byteOffset"] = 0;
+    };
+
+    struct Case {
+        const char* name;
+        std::function<void(JSON&)> change;
+    };
+
+    Prepare(SkinnedFile());
+    const std::vector<Point> expected = Retarget().Frame(20);
+    const GLBFile plain = Retarget();
+    for (const Case& each : {Case{"lying", lie}, {"crouching", crouch},
+             {"lying with a hat", [&](JSON& document) { lie(document), wearHat(document); }},
+             {"crouching with a hat", [&](JSON& document) { crouch(document), wearHat(document); }},
+             {"lying with a handle",
+                 [&](JSON& document) { lie(document), wearHat(document), hold(document); }}}) {
+        SkinnedFile file;
+        file.change = each.change;
+        Prepare(file);
+        const GLBFile result = Retarget();
+        const std::vector<Point> places = result.Frame(20);
+        for (int joint = 0; joint < BipedJointCount; ++joint) {
+            EXPECT_LT(Distance(places[Node(result, joint)], expected[Node(plain, joint)]), 1e-3)
+                << each.name << ", " << PlainNames().at(joint);
+        }
+        const int handle = result.NodeNamed("ik_foot_l");
+        EXPECT_TRUE(handle < 0 || Distance(places[handle], places[Node(result, LeftFoot)]) < 1e-3);
+        EXPECT_EQ(handle >= 0, std::string(each.name) == "lying with a handle");
+    }
 }
 
 TEST_F(Character, TakesSeveralClipsAndIsFoundElsewhere) {

@@ -192,11 +192,15 @@ TEST(PrepareCommand, MapsWhatTheGeneratedMappingsLeaveOut) {
         EXPECT_EQ(mapping[handle]["behavior"], "ikDerived") << handle;
         EXPECT_EQ(mapping[handle]["mappings"].items().begin().key(), joint);
     }
-    // By hand it is as told.
-    const json told = PrepareMapping(
-        text, TreeText(target, 1, NoMotion), {"--map", "neck_02=Neck:1,Head:3", "--unmap", "jaw"});
-    EXPECT_EQ(Drivers(told, "neck_02"), Only({{"Neck", 1.0}, {"Head", 3.0}}));
-    EXPECT_FALSE(told.contains("jaw"));
+    // By hand it is as told, by options or in a file.
+    const TestDirectory directory;
+    const std::string file = directory.Write("mapping.txt", "# ours\n\nneck_02 = Neck:1, Head:3\r\njaw =\n");
+    for (const std::vector<std::string>& options :
+        {std::vector<std::string>{"--map", "neck_02=Neck:1,Head:3", "--unmap", "jaw"}, {"--mapping", file}}) {
+        const json told = PrepareMapping(text, TreeText(target, 1, NoMotion), options);
+        EXPECT_EQ(Drivers(told, "neck_02"), Only({{"Neck", 1.0}, {"Head", 3.0}})) << options[0];
+        EXPECT_FALSE(told.contains("jaw")) << options[0];
+    }
 }
 
 /** Where a joint's way to another points in the fourth frame of what becomes of a clip on such a hero. The
@@ -294,6 +298,32 @@ TEST(RetargetCommand, TakesABodyThatLiesMostOfAClipForALyingOne) {
         return Point{joint == "Hips" && frame > 4 ? -90.0 : 0.0, 0.0, joint == "LeftArm" ? -80.0 : 0.0};
     });
     EXPECT_GT(WayInResult(clip, "Hips", "Neck").y, 0.4);
+}
+
+TEST(RetargetCommand, SaysWhereABodyThatNeverStandsMayLie) {
+    // On its back in all frames, near the ground; the zero pose is no body, so up may be either axis.
+    const TestDirectory directory;
+    std::vector<TreeJoint> joints = BipedTree();
+    for (TreeJoint& joint : joints) {
+        joint.position = {joint.position.x, joint.position.y - 0.85, joint.position.z + 0.87};
+    }
+    const std::string clip =
+        directory.Write("asleep.bvh", TreeTextAlongX(joints, 4, [](const std::string& joint, int /*frame*/) {
+            return Point{joint == "Hips" ? 90.0 : 0.0, 0.0, joint == "LeftArm" ? -80.0 : 0.0};
+        }));
+    const std::string config = directory.Path("config.json");
+    ASSERT_EQ(RunTool({"prepare", "--source", clip, "--target", clip, "-o", config}).exitCode, 0);
+    const std::vector<std::string> arguments = {"retarget", config, clip, "-o", directory.Path("out.glb")};
+    const ToolRun doubted = RunTool(arguments);
+    EXPECT_EQ(doubted.exitCode, 1);
+    EXPECT_NE(doubted.errors.find("--up says which it is"), std::string::npos) << doubted.errors;
+    for (const std::vector<std::string>& options :
+        {std::vector<std::string>{"--force"}, {"--up", "y"}, {"--up", "z"}}) {
+        std::vector<std::string> told = arguments;
+        told.insert(told.end(), options.begin(), options.end());
+        const ToolRun run = RunTool(told);
+        EXPECT_EQ(run.exitCode, 0) << options.back() << run.errors;
+    }
 }
 
 TEST(RetargetCommand, BendsFingersAsTheyAreWhereTheRestPoseIsAFrame) {

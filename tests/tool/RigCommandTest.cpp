@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <vector>
@@ -39,7 +40,7 @@ void ExpectNear(const Point& actual, const Point& expected, const std::string& w
 
 /** One habit of naming joints: the trunk, then the left limbs, and how right differs from left. */
 struct NameStyle {
-    const char* habit;
+    std::string habit;
     std::array<std::string, 5> trunk;
     std::array<std::string, 8> left;
     std::string leftWord;
@@ -64,228 +65,28 @@ struct NameStyle {
     }
 };
 
-const std::vector<NameStyle>& NameStyles() {
-    static const std::vector<NameStyle> styles = {
-        {"captures", {"Hips", "LowerBack", "Spine1", "Neck", "Head"},
-            {"LeftShoulder", "LeftArm", "LeftForeArm", "LeftHand", "LeftUpLeg", "LeftLeg", "LeftFoot",
-                "LeftToeBase"},
-            "Left", "Right"},
-        {"prefix with a colon", {"xyz:Hips", "xyz:Spine", "xyz:Spine2", "xyz:Neck", "xyz:Head"},
-            {"xyz:LeftShoulder", "xyz:LeftArm", "xyz:LeftForeArm", "xyz:LeftHand", "xyz:LeftUpLeg",
-                "xyz:LeftLeg", "xyz:LeftFoot", "xyz:LeftToeBase"},
-            "Left", "Right"},
-        {"side as suffix", {"pelvis", "spine_01", "spine_03", "neck_01", "head"},
-            {"clavicle_l", "upperarm_l", "lowerarm_l", "hand_l", "thigh_l", "calf_l", "foot_l", "ball_l"},
-            "_l", "_r"},
-        {"side as prefix", {"hips", "spine", "chest", "neck", "head"},
-            {"l_clavicle", "l_upperarm", "l_forearm", "l_hand", "l_thigh", "l_shin", "l_foot", "l_toe"}, "l_",
-            "r_"},
-        {"words with spaces", {"Bip01 Pelvis", "Bip01 Spine", "Bip01 Spine1", "Bip01 Neck", "Bip01 Head"},
-            {"Bip01 L Clavicle", "Bip01 L UpperArm", "Bip01 L Forearm", "Bip01 L Hand", "Bip01 L Thigh",
-                "Bip01 L Calf", "Bip01 L Foot", "Bip01 L Toe0"},
-            " L ", " R "},
-        {"side in the middle",
-            {"J_Bip_C_Hips", "J_Bip_C_Spine", "J_Bip_C_UpperChest", "J_Bip_C_Neck", "J_Bip_C_Head"},
-            {"J_Bip_L_Shoulder", "J_Bip_L_UpperArm", "J_Bip_L_LowerArm", "J_Bip_L_Hand", "J_Bip_L_UpperLeg",
-                "J_Bip_L_LowerLeg", "J_Bip_L_Foot", "J_Bip_L_ToeBase"},
-            "_L_", "_R_"},
-        {"numbered spine", {"DEF-spine", "DEF-spine.001", "DEF-spine.003", "DEF-spine.004", "DEF-spine.006"},
-            {"DEF-shoulder.L", "DEF-upper_arm.L", "DEF-forearm.L", "DEF-hand.L", "DEF-thigh.L", "DEF-shin.L",
-                "DEF-foot.L", "DEF-toe.L"},
-            ".L", ".R"},
-        {"joints of the limbs", {"pelvis", "spine1", "spine3", "neck", "head"},
-            {"left_collar", "left_shoulder", "left_elbow", "left_wrist", "left_hip", "left_knee",
-                "left_ankle", "left_foot"},
-            "left", "right"},
-        {"plain English", {"Hips", "Ab", "Chest", "Neck", "Head"},
-            {"LeftCollar", "LeftShoulder", "LeftElbow", "LeftWrist", "LeftHip", "LeftKnee", "LeftAnkle",
-                "LeftToes"},
-            "Left", "Right"},
-        {"one letter and a capital", {"hip", "abdomen", "chest", "neck", "head"},
-            {"lCollar", "lShldr", "lForeArm", "lHand", "lThigh", "lShin", "lFoot", "lToe"}, "l", "r"},
-        {"neck called a twist",
-            {"CC_Base_Hip", "CC_Base_Waist", "CC_Base_Spine02", "CC_Base_NeckTwist01", "CC_Base_Head"},
-            {"CC_Base_L_Clavicle", "CC_Base_L_Upperarm", "CC_Base_L_Forearm", "CC_Base_L_Hand",
-                "CC_Base_L_Thigh", "CC_Base_L_Calf", "CC_Base_L_Foot", "CC_Base_L_ToeBase"},
-            "_L_", "_R_"},
-        {"arm and elbow, leg and knee", {"Hips", "Spine", "Chest", "Neck", "Head"},
-            {"Left shoulder", "Left arm", "Left elbow", "Left wrist", "Left leg", "Left knee", "Left ankle",
-                "Left toe"},
-            "Left", "Right"},
-        {"glued in lower case", {"hips", "spine", "chest", "neck", "head"},
-            {"leftshoulder", "leftupperarm", "leftlowerarm", "lefthand", "leftupperleg", "leftlowerleg",
-                "leftfoot", "lefttoes"},
-            "left", "right"},
-        {"shouting", {"PELVIS", "SPINE", "THORAX", "NECK", "HEAD"},
-            {"L_CLAVICLE", "L_HUMERUS", "L_ELBOW", "L_WRIST", "L_FEMUR", "L_TIBIA", "L_FOOT", "L_TOES"}, "L_",
-            "R_"},
-        {"side as a last word", {"mPelvis", "mTorso", "mChest", "mNeck", "mHead"},
-            {"mCollarLeft", "mShoulderLeft", "mElbowLeft", "mWristLeft", "mHipLeft", "mKneeLeft",
-                "mAnkleLeft", "mToeLeft"},
-            "Left", "Right"},
-        {"shouting with the side behind", {"PELVIS", "SPINE_NAVEL", "SPINE_CHEST", "NECK", "HEAD"},
-            {"CLAVICLE_LEFT", "SHOULDER_LEFT", "ELBOW_LEFT", "WRIST_LEFT", "HIP_LEFT", "KNEE_LEFT",
-                "ANKLE_LEFT", "TOE_LEFT"},
-            "_LEFT", "_RIGHT"},
-        {"a letter glued in lower case", {"hip", "abdomen", "chest", "neck", "head"},
-            {"lcollar", "lshldr", "lforearm", "lhand", "lthigh", "lshin", "lfoot", "ltoe"}, "l", "r"},
-        {"a small second word", {"hips", "spine", "chest", "neck", "head"},
-            {"Leftshoulder", "Leftupperarm", "Leftforearm", "Lefthand", "Leftthigh", "Leftcalf", "Leftfoot",
-                "Lefttoe"},
-            "Left", "Right"},
-        {"a game's prefix", {"X.B_Pelvis", "X.B_Spine", "X.B_Spine2", "X.B_Neck1", "X.B_Head1"},
-            {"X.B_L_Clavicle", "X.B_L_UpperArm", "X.B_L_Forearm", "X.B_L_Hand", "X.B_L_Thigh", "X.B_L_Calf",
-                "X.B_L_Foot", "X.B_L_Toe0"},
-            "_L_", "_R_"},
-        {"a rig's own name", {"gus_hips", "gus_spine", "gus_chest", "gus_neck", "gus_head"},
-            {"gus_clavicle_l", "gus_upperarm_l", "gus_forearm_l", "gus_hand_l", "gus_thigh_l", "gus_calf_l",
-                "gus_foot_l", "gus_toe_l"},
-            "_l", "_r"},
-        {"serial numbers behind", {"Hips_01", "Spine_02", "Spine1_03", "Neck_04", "Head_05"},
-            {"LeftShoulder_06", "LeftArm_07", "LeftForeArm_08", "LeftHand_09", "LeftUpLeg_010", "LeftLeg_011",
-                "LeftFoot_012", "LeftToeBase_013"},
-            "Left", "Right"},
-        {"the armature's name before",
-            {"Armature_Hips", "Armature_Spine", "Armature_Spine1", "Armature_Neck", "Armature_Head"},
-            {"Armature_LeftShoulder", "Armature_LeftArm", "Armature_LeftForeArm", "Armature_LeftHand",
-                "Armature_LeftUpLeg", "Armature_LeftLeg", "Armature_LeftFoot", "Armature_LeftToeBase"},
-            "Left", "Right"},
-        {"vertebrae and letters", {"Pelvis", "L5", "T8", "Neck", "Head"},
-            {"LShoulder", "LUArm", "LFArm", "LHand", "LThigh", "LShin", "LFoot", "LToe"}, "L", "R"},
-        {"Japanese", {"下半身", "上半身", "上半身2", "首", "頭"},
-            {"左肩", "左腕", "左ひじ", "左手首", "左足", "左ひざ", "左足首", "左つま先"}, "左", "右"},
-        {"German", {"Hüfte", "Wirbelsäule", "Brust", "Hals", "Kopf"},
-            {"Schlüsselbein_links", "Oberarm_links", "Unterarm_links", "Hand_links", "Oberschenkel_links",
-                "Unterschenkel_links", "Fuß_links", "Zehen_links"},
-            "_links", "_rechts"},
-        {"French", {"Bassin", "Colonne", "Poitrine", "Cou", "Tête"},
-            {"Clavicule gauche", "Bras gauche", "Avant-bras gauche", "Main gauche", "Cuisse gauche",
-                "Mollet gauche", "Pied gauche", "Orteils gauche"},
-            "gauche", "droite"},
-        {"Spanish", {"Cadera", "Columna", "Pecho", "Cuello", "Cabeza"},
-            {"Clavicula_izq", "Brazo_izq", "Antebrazo_izq", "Mano_izq", "Muslo_izq", "Pantorrilla_izq",
-                "Pie_izq", "Dedos_izq"},
-            "_izq", "_der"},
-        {"Chinese", {"骨盆", "脊椎", "胸", "脖子", "头"},
-            {"左锁骨", "左上臂", "左前臂", "左手", "左大腿", "左小腿", "左脚踝", "左脚趾"}, "左", "右"},
-        {"Korean", {"골반", "척추", "가슴", "목", "머리"},
-            {"왼쪽쇄골", "왼쪽상완", "왼쪽팔꿈치", "왼쪽손목", "왼쪽허벅지", "왼쪽무릎", "왼쪽발목",
-                "왼쪽발가락"},
-            "왼쪽", "오른쪽"},
-        {"Russian", {"Таз", "Позвоночник", "Грудь", "Шея", "Голова"},
-            {"Ключица_лев", "Плечо_лев", "Предплечье_лев", "Кисть_лев", "Бедро_лев", "Голень_лев",
-                "Стопа_лев", "Носок_лев"},
-            "_лев", "_прав"},
-        {"a prefix and words", {"Hero1_Hips", "Hero1_Spine", "Hero1_Spine3", "Hero1_Neck", "Hero1_Head"},
-            {"Hero1_LeftShoulder", "Hero1_LeftArm", "Hero1_LeftForeArm", "Hero1_LeftHand", "Hero1_LeftUpLeg",
-                "Hero1_LeftLeg", "Hero1_LeftFoot", "Hero1_LeftToeBase"},
-            "Left", "Right"},
-        {"thighs and shins", {"Hips", "Spine1", "Spine4", "Neck", "Head"},
-            {"LeftShoulder", "LeftArm", "LeftForeArm", "LeftHand", "LeftThigh", "LeftShin", "LeftFoot",
-                "LeftToe"},
-            "Left", "Right"},
-        {"a numbered chest", {"Hips", "Chest", "Chest4", "Neck", "Head"},
-            {"LeftCollar", "LeftShoulder", "LeftElbow", "LeftWrist", "LeftHip", "LeftKnee", "LeftAnkle",
-                "LeftToe"},
-            "Left", "Right"},
-        {"joints with a letter", {"Pelvis", "Spine1", "Spine3", "Neck", "Head"},
-            {"L_Collar", "L_Shoulder", "L_Elbow", "L_Wrist", "L_Hip", "L_Knee", "L_Ankle", "L_Foot"}, "L_",
-            "R_"},
-        {"an average body's", {"m_avg_Pelvis", "m_avg_Spine1", "m_avg_Spine3", "m_avg_Neck", "m_avg_Head"},
-            {"m_avg_L_Collar", "m_avg_L_Shoulder", "m_avg_L_Elbow", "m_avg_L_Wrist", "m_avg_L_Hip",
-                "m_avg_L_Knee", "m_avg_L_Ankle", "m_avg_L_Foot"},
-            "_L_", "_R_"},
-        {"bends", {"hip", "abdomenLower", "chestUpper", "neckLower", "head"},
-            {"lCollar", "lShldrBend", "lForearmBend", "lHand", "lThighBend", "lShin", "lFoot", "lToe"}, "l",
-            "r"},
-        {"lines around", {"b__Pelvis__", "b__Spine0__", "b__Spine2__", "b__Neck__", "b__Head__"},
-            {"b__L_Clavicle__", "b__L_UpperArm__", "b__L_Forearm__", "b__L_Hand__", "b__L_Thigh__",
-                "b__L_Calf__", "b__L_Foot__", "b__L_Toe__"},
-            "_L_", "_R_"},
-        {"a letter for the middle", {"Root_M", "Spine1_M", "Chest_M", "Neck_M", "Head_M"},
-            {"Scapula_L", "Shoulder_L", "Elbow_L", "Wrist_L", "Hip_L", "Knee_L", "Ankle_L", "Toes_L"}, "_L",
-            "_R"},
-        {"stretching bones", {"root.x", "spine_01.x", "spine_03.x", "neck.x", "head.x"},
-            {"shoulder.l", "arm_stretch.l", "forearm_stretch.l", "hand.l", "thigh_stretch.l", "leg_stretch.l",
-                "foot.l", "toes_01.l"},
-            ".l", ".r"},
-        {"said to be joints", {"root_jnt", "spine_01_jnt", "spine_03_jnt", "neck_01_jnt", "head_jnt"},
-            {"left_clavicle_jnt", "left_shoulder_jnt", "left_elbow_jnt", "left_wrist_jnt", "left_hip_jnt",
-                "left_knee_jnt", "left_ankle_jnt", "left_ball_jnt"},
-            "left", "right"},
-        {"short and said to be joints",
-            {"C_hips_JNT", "C_spine1_JNT", "C_chest_JNT", "C_neck_JNT", "C_head_JNT"},
-            {"L_clavicle_JNT", "L_upArm_JNT", "L_loArm_JNT", "L_hand_JNT", "L_upLeg_JNT", "L_loLeg_JNT",
-                "L_foot_JNT", "L_toe_JNT"},
-            "L_", "R_"},
-        {"two letters for a side", {"pelvis_jnt", "spineA_jnt", "spineC_jnt", "neck_jnt", "head_jnt"},
-            {"lf_clav_jnt", "lf_shldr_jnt", "lf_elbow_jnt", "lf_wrist_jnt", "lf_hip_jnt", "lf_knee_jnt",
-                "lf_ankle_jnt", "lf_ball_jnt"},
-            "lf", "rt"},
-        {"letters for numbers", {"C_Hip", "C_SpineA", "C_SpineC", "C_NeckA", "C_Head"},
-            {"L_Clav", "L_UpArm", "L_LowArm", "L_Hand", "L_UpLeg", "L_LowLeg", "L_Foot", "L_Toe"}, "L_",
-            "R_"},
-        {"anatomy", {"root", "lowerback", "thorax", "lowerneck", "head"},
-            {"lclavicle", "lhumerus", "lradius", "lwrist", "lfemur", "ltibia", "lfoot", "ltoes"}, "l", "r"},
-        {"fists", {"Hips", "Abdomen", "Torso", "Neck", "Head"},
-            {"Shoulder.L", "UpperArm.L", "LowerArm.L", "Fist.L", "UpperLeg.L", "LowerLeg.L", "Foot.L",
-                "Toe.L"},
-            ".L", ".R"},
-        {"parts and joints mixed", {"Hips", "Spine_01", "Spine_03", "Neck", "Head"},
-            {"Clavicle_L", "Shoulder_L", "Elbow_L", "Hand_L", "UpperLeg_L", "LowerLeg_L", "Ankle_L",
-                "Ball_L"},
-            "_L", "_R"},
-        {"short parts", {"Root", "Spine1", "Spine3", "Neck", "Head"},
-            {"Clavicle_L", "UpArm_L", "LoArm_L", "Hand_L", "UpLeg_L", "LoLeg_L", "Foot_L", "Toe_L"}, "_L",
-            "_R"},
-        {"words with lines", {"hips", "spine", "upper_chest", "neck", "head"},
-            {"shoulder.L", "upper_arm.L", "lower_arm.L", "hand.L", "upper_leg.L", "lower_leg.L", "foot.L",
-                "toes.L"},
-            ".L", ".R"},
-        {"a skeleton's name before",
-            {"Skeleton_Hips", "Skeleton_Ab", "Skeleton_Chest", "Skeleton_Neck", "Skeleton_Head"},
-            {"Skeleton_LShoulder", "Skeleton_LUArm", "Skeleton_LFArm", "Skeleton_LHand", "Skeleton_LThigh",
-                "Skeleton_LShin", "Skeleton_LFoot", "Skeleton_LToe"},
-            "_L", "_R"},
-        {"a depth camera's", {"SpineBase", "SpineMid", "SpineShoulder", "Neck", "Head"},
-            {"CollarLeft", "ShoulderLeft", "ElbowLeft", "WristLeft", "HipLeft", "KneeLeft", "AnkleLeft",
-                "FootLeft"},
-            "Left", "Right"},
-        {"French letters", {"Hanches", "Colonne1", "Torse", "Cou", "Tête"},
-            {"Épaule_G", "Bras_G", "AvantBras_G", "Main_G", "Cuisse_G", "Jambe_G", "Pied_G", "Orteils_G"},
-            "_G", "_D"},
-        {"Portuguese letters", {"Quadril", "Espinha1", "Peito", "Pescoço", "Cabeça"},
-            {"Clavícula.E", "Braço.E", "Antebraço.E", "Mão.E", "Coxa.E", "Canela.E", "Pé.E", "Dedos.E"}, ".E",
-            ".D"},
-        {"Italian", {"Bacino", "Colonna1", "Torace", "Collo", "Testa"},
-            {"Clavicola_Sx", "Braccio_Sx", "Avambraccio_Sx", "Mano_Sx", "Coscia_Sx", "Polpaccio_Sx",
-                "Piede_Sx", "Punta_Sx"},
-            "_Sx", "_Dx"},
-        {"Dutch", {"Bekken", "Ruggengraat", "Borst", "Nek", "Hoofd"},
-            {"Sleutelbeen_links", "Bovenarm_links", "Onderarm_links", "Hand_links", "Bovenbeen_links",
-                "Onderbeen_links", "Voet_links", "Tenen_links"},
-            "_links", "_rechts"},
-        {"Swedish", {"Höft", "Ryggrad", "Bröst", "Nacke", "Huvud"},
-            {"Nyckelben_V", "Överarm_V", "Underarm_V", "Hand_V", "Lår_V", "Underben_V", "Fot_V", "Tå_V"},
-            "_V", "_H"},
-        {"Polish", {"Miednica", "Kręgosłup", "Klatka", "Szyja", "Głowa"},
-            {"Obojczyk_L", "Ramię_L", "Przedramię_L", "Dłoń_L", "Udo_L", "Łydka_L", "Stopa_L", "Palce_L"},
-            "_L", "_R"},
-        {"Turkish", {"Kalça", "Omurga", "Göğüs", "Boyun", "Kafa"},
-            {"Köprücük_Sol", "ÜstKol_Sol", "ÖnKol_Sol", "El_Sol", "Uyluk_Sol", "Baldır_Sol", "Ayak_Sol",
-                "Parmaklar_Sol"},
-            "_Sol", "_Sag"},
-        {"Russian letters", {"Таз", "Позвоночник1", "Грудь", "Шея", "Голова"},
-            {"Ключица.Л", "Плечо.Л", "Предплечье.Л", "Кисть.Л", "Бедро.Л", "Голень.Л", "Стопа.Л", "Носок.Л"},
-            ".Л", ".П"},
-        {"Russian in Latin", {"taz", "pozvonochnik", "grud", "sheya", "golova"},
-            {"klyuchica_L", "plecho_L", "predplechye_L", "kist_L", "bedro_L", "golen_L", "stopa_L",
-                "nosok_L"},
-            "_L", "_R"},
-        // Nothing but the body's shape tells these.
-        {"numbers", {"joint1", "joint2", "joint3", "joint4", "joint5"},
-            {"joint11", "joint12", "joint13", "joint14", "joint15", "joint16", "joint17", "joint18"}, "",
-            ""}};
+/** The habits that naming_habits.txt lists. */
+std::vector<NameStyle> ReadNameStyles() {
+    std::ifstream file(VELKORI_TOOL_TESTS_DIRECTORY "/naming_habits.txt");
+    std::vector<std::vector<std::string>> rows;
+    for (std::string line; std::getline(file, line);) {
+        if (line.empty() || line.front() == '#') {
+            continue;
+        }
+        std::vector<std::string>& row = rows.emplace_back(1);
+        for (const char letter : line) {
+            letter == '|' ? static_cast<void>(row.emplace_back()) : row.back().push_back(letter);
+        }
+    }
+    std::vector<NameStyle> styles;
+    for (size_t i = 0; i + 2 < rows.size(); i += 3) {
+        NameStyle& style = styles.emplace_back();
+        style.habit = rows[i].at(0);
+        style.leftWord = rows[i].at(1);
+        style.rightWord = rows[i].at(2);
+        std::copy_n(rows[i + 1].begin(), style.trunk.size(), style.trunk.begin());
+        std::copy_n(rows[i + 2].begin(), style.left.size(), style.left.begin());
+    }
     return styles;
 }
 
@@ -294,7 +95,9 @@ TEST(RigCommand, KnowsTheJointsOfManyNamingHabits) {
         {"leftUpperArm", LeftUpperArm}, {"rightUpperArm", RightUpperArm}, {"leftWrist", LeftHand},
         {"rightWrist", RightHand}, {"leftUpperLeg", LeftUpperLeg}, {"rightUpperLeg", RightUpperLeg},
         {"leftAnkle", LeftFoot}, {"rightAnkle", RightFoot}};
-    for (const NameStyle& style : NameStyles()) {
+    const std::vector<NameStyle> styles = ReadNameStyles();
+    EXPECT_EQ(styles.size(), 60U);
+    for (const NameStyle& style : styles) {
         BipedFile file;
         file.names = style.Names();
         const json document = MakeRig(file);

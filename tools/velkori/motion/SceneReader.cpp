@@ -237,11 +237,8 @@ class SceneSkeleton {
         /** The middle of the ways that bones go, in parts of the skin's size. */
         float way = 0.0f;
 
-        bool IsAsStored() const {
-            constexpr float noTurn = 2.0f;
-            constexpr float noWay = 0.02f;
-            return turn < noTurn && way < noWay;
-        }
+        /** Nearly all bones are there. */
+        bool isAsStored = false;
 
         /** In degrees; a turn that lays a body down counts as much as a way of half its size. */
         float Distance() const {
@@ -250,10 +247,12 @@ class SceneSkeleton {
         }
     };
 
-    static float MiddleOf(std::vector<float> values) {
-        const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-        std::nth_element(values.begin(), middle, values.end());
-        return middle == values.end() ? 0.0f : *middle;
+    /** What a share of the values stays below. */
+    static float ValueAt(std::vector<float> values, double share) {
+        const auto place =
+            values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
+        std::nth_element(values.begin(), place, values.end());
+        return *place;
     }
 
     static Placement Measure(const Skin& skin, const aiMatrix4x4& unscaled) {
@@ -269,8 +268,13 @@ class SceneSkeleton {
             size =
                 std::max(size, (PlaceOf(stored) - PlaceOf(WorldMatrix(*skin.bones.front().first))).Length());
         }
-        placement.turn = MiddleOf(turns);
-        placement.way = size > 0.0f ? MiddleOf(ways) / size : 1.0f;
+        constexpr double half = 0.5;
+        constexpr double nearlyAll = 0.9;
+        constexpr float noTurn = 2.0f;
+        constexpr float noWay = 0.02f;
+        placement.turn = ValueAt(turns, half);
+        placement.way = size > 0.0f ? ValueAt(ways, half) / size : 1.0f;
+        placement.isAsStored = ValueAt(turns, nearlyAll) < noTurn && ValueAt(ways, nearlyAll) < noWay * size;
         return placement;
     }
 
@@ -287,7 +291,7 @@ class SceneSkeleton {
             placements.push_back(Measure(skin, matrix));
         }
         std::stable_sort(placements.begin(), placements.end(), [](const Placement& a, const Placement& b) {
-            return a.IsAsStored() != b.IsAsStored() ? a.IsAsStored() : a.Distance() < b.Distance();
+            return a.isAsStored != b.isAsStored ? a.isAsStored : a.Distance() < b.Distance();
         });
         return placements;
     }
@@ -300,13 +304,16 @@ class SceneSkeleton {
      */
     std::vector<Placement> Placements(const Skin& skin) const {
         std::vector<Placement> placements = WrittenPlacements(skin);
-        if (placements.front().IsAsStored()) {
+        if (placements.front().isAsStored) {
             return {placements.front()};
         }
         const auto& [first, firstBind] = skin.bones.front();
         aiMatrix4x4 inverse = firstBind;
         const Placement asFirst = Measure(skin, WorldMatrix(*first) * inverse.Inverse());
-        placements.insert(asFirst.IsAsStored() ? placements.begin() : placements.end(), asFirst);
+        placements.push_back(asFirst);
+        if (asFirst.isAsStored) {
+            std::swap(placements.front(), placements.back());
+        }
         return placements;
     }
 
@@ -393,8 +400,7 @@ class SceneSkeleton {
             for (const Skin& skin : joined) {
                 // A few bones tell little: where they aren't sure, they stand where the body does.
                 const Placement own = WrittenPlacements(skin).front();
-                Bind(skin, &skin != &joined.front() && own.IsAsStored() ? own.matrix : placement.matrix,
-                    binds);
+                Bind(skin, &skin != &joined.front() && own.isAsStored ? own.matrix : placement.matrix, binds);
             }
         }
     }

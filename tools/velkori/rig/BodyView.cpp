@@ -225,7 +225,11 @@ class BodyViewer {
         for (int frame = 0; frame < motion.frameCount; frame += step) {
             const BodySpan span = MeasureBodySpan(skeleton, motion.Frame(frame), view.known, axis);
             lowest.push_back(span.lowest);
-            size = std::max(size, span.highest - span.lowest);
+            // A body that lies is thin along up, and as large as ever.
+            for (const Vector3& other : {axes[0], axes[2], axes[4]}) {
+                const BodySpan extent = MeasureBodySpan(skeleton, motion.Frame(frame), view.known, other);
+                size = std::max(size, extent.highest - extent.lowest);
+            }
         }
         std::sort(lowest.begin(), lowest.end());
         const float low = lowest[lowest.size() / 10];
