@@ -30,39 +30,75 @@ if grep -rnE 'std::(ranges|views|bit_cast|weak_order|strong_order|format)\b' nat
     exit 1
 fi
 
-# Rooms of the library know each other in one direction. document/ alone knows RapidJSON, and shows one header.
-# interface/ alone asks for the process's space: everyone else is given one.
-if ! (cd native_plugin/private/src && grep -rE '^ *# *include *["<]' --include='*.h' --include='*.cpp' .) | awk -F'["<>]' '
-    function folder(path) { sub(/\/?[^\/]*$/, "", path); return path }
-    function room(path) { path = folder(path); return path in may ? path : substr(path, 1, index(path "/", "/") - 1) }
+# Rooms know each other in one direction: check_rooms DIR RULES, where a line of RULES names a room and the rooms that it
+# may use. A room that no rule names is that of the folder above it.
+check_rooms() {
+    (cd "$1" && grep -rE '^ *# *include *["<]' --include='*.h' --include='*.cpp' .) | awk -F'["<>]' -v rules="$2" '
+    function folder(path) { return sub(/\/[^\/]*$/, "", path) ? path : "." }
+    function room(path) {
+        for (path = folder(path); !(path in may) && path != "."; path = folder(path)) {
+        }
+        return path
+    }
     BEGIN {
-        may["shared"] = ""
-        may["core"] = "shared"
-        may["document"] = "core shared"
-        may["serialization/bits"] = "shared"
-        may["serialization/codec"] = "serialization/bits shared"
-        may["serialization/record"] = "serialization/bits serialization/codec core shared"
-        may["serialization/sender"] = may["serialization/receiver"] = may["serialization/playback"] = \
-            "serialization/bits serialization/codec serialization/record shared"
-        may["serialization"] = \
-            "serialization/sender serialization/receiver serialization/playback serialization/record core shared"
-        may["retargeting"] = may["retargeting/alignment"] = may["retargeting/preparation"] = "core shared"
-        may["interface"] = "retargeting retargeting/alignment retargeting/preparation serialization serialization/record document core shared"
-        door = "document/ConfigDocument.h"
+        count = split(rules, lines, "\n")
+        for (i = 1; i <= count; ++i) {
+            colon = index(lines[i], ":")
+            may[substr(lines[i], 1, colon - 1)] = substr(lines[i], colon + 1) " "
+        }
     }
     {
         file = substr($1, 3, index($1, ":") - 3)
         from = room(file)
         to = room($2)
-        isAllowed = from in may && (!(to in may) || from == to || index(" " may[from] " ", " " to " "))
-        isBehindDoor = to == "rapidjson" || (to == "document" && $2 != door)
-        isProcessWide = $2 == "shared/ProcessSpace.h" && from != "interface" && from != "shared"
-        if (!isAllowed || isProcessWide || (isBehindDoor && (from != "document" || file == door))) {
+        if (file != "main.cpp" && (!(from in may) || (to in may && from != to && !index(may[from], " " to " ")))) {
             print file " must not include " $2
             isWrong = 1
         }
     }
-    END { exit isWrong || NR == 0 }' >&2; then
+    END { exit isWrong || NR == 0 }' >&2
+}
+
+check_rooms native_plugin/private/src 'shared:
+core: shared
+document: core shared
+serialization/bits: shared
+serialization/codec: serialization/bits shared
+serialization/record: serialization/bits serialization/codec core shared
+serialization/sender: serialization/bits serialization/codec serialization/record shared
+serialization/receiver: serialization/bits serialization/codec serialization/record shared
+serialization/playback: serialization/bits serialization/codec serialization/record shared
+serialization: serialization/sender serialization/receiver serialization/playback serialization/record core shared
+retargeting: core shared
+retargeting/alignment: core shared
+retargeting/preparation: core shared
+interface: retargeting retargeting/alignment retargeting/preparation serialization serialization/record document core shared'
+# document/ alone knows RapidJSON, and shows one header.
+if (cd native_plugin/private/src && grep -rnE 'include [<"](rapidjson|document/)' --include='*.h' --include='*.cpp' . |
+    grep -vE '^\./document/' | grep -v 'document/ConfigDocument.h') ||
+    grep -nE 'include [<"](rapidjson|document/RapidJSON)' native_plugin/private/src/document/ConfigDocument.h; then
+    echo "RapidJSON stays in document/." >&2
+    exit 1
+fi
+# interface/ alone asks for the process's space: everyone else is given one.
+if grep -rn 'shared/ProcessSpace\.h' native_plugin/private/src | grep -vE '/src/(interface|shared)/'; then
+    echo "Only interface/ knows the process's space." >&2
+    exit 1
+fi
+
+check_rooms tools/velkori '.:
+motion: .
+library: .
+solve: .
+character: motion .
+rig: library motion .
+host: library rig character motion solve .
+score: host library rig solve .
+draw: host library rig character .
+commands: host library rig character motion score draw .'
+if grep -rnE "\"([^\"]*[ '(])?(--[a-z]|velkori (rig|prepare|retarget|score|stream|draw|check))" tools/velkori \
+    --include='*.cpp' --include='*.h' | grep -vE '^tools/velkori/(commands/|main.cpp)'; then
+    echo "Only commands/ knows the program's options." >&2
     exit 1
 fi
 

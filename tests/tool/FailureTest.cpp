@@ -12,6 +12,7 @@ namespace Velkori_Tool_Test {
 namespace {
 
 const std::string fullSample = std::string(VELKORI_SAMPLES_DIRECTORY) + "/full.json";
+const std::string sampleCharacter = std::string(VELKORI_SAMPLES_DIRECTORY) + "/character.glb";
 
 /** A directory with a biped's clip and its configuration. */
 class Failure : public testing::Test {
@@ -102,6 +103,27 @@ TEST_F(Failure, ToWriteIsToldBeforeTheWork) {
     ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.fbx")}, {".bvh"}, 2);
 }
 
+TEST_F(Failure, ToTellInputFromOutputSparesTheInput) {
+    const std::string character = directory.Write("character.glb", ReadFile(sampleCharacter));
+    const std::string own = directory.Path("own.json");
+    ASSERT_EQ(RunTool({"prepare", "--source", clip, "--target", character, "-o", own}).exitCode, 0);
+    const std::string link = directory.Path("link.bvh");
+    std::filesystem::create_symlink(clip, link);
+    files = directory.FileNames();
+    const std::vector<std::vector<std::string>> wrong = {{"rig", clip, "-o", clip},
+        {"prepare", "--source", clip, "--target", character, "-o", character},
+        {"retarget", own, clip, "-o", link}, {"retarget", own, clip, "-o", character},
+        {"retarget", own, clip, "-o", directory.Path("out.glb"), "--json", own},
+        {"score", own, clip, "--json", clip}};
+    const std::string clipBefore = ReadFile(clip);
+    const std::string characterBefore = ReadFile(character);
+    for (const std::vector<std::string>& arguments : wrong) {
+        ExpectFailure(arguments, {"would be replaced"}, 2);
+    }
+    EXPECT_EQ(ReadFile(clip), clipBefore);
+    EXPECT_EQ(ReadFile(character), characterBefore);
+}
+
 TEST_F(Failure, ToFinishKeepsWhatStoodThere) {
     // Links are followed and rights kept; a pipe gets the text and stays a pipe.
     const std::string real = directory.Write("real.json", "{}");
@@ -173,7 +195,7 @@ TEST_F(Failure, OfAnOptionSaysHowToSayIt) {
     }
     ExpectFailure({"stream", config, clip, "--loss", "1"}, {"lower --loss"});
     ExpectFailure({"retarget", config, clip, "-o", directory.Path("out.bvh"), "--manifestation", "none"},
-        {"no such manifestation"});
+        {"no manifestation 'none'"});
 }
 
 TEST_F(Failure, ToUseTheProgramEndsWith2) {

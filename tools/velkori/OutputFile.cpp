@@ -63,8 +63,7 @@ std::string PathBeside(const std::filesystem::path& wanted) {
 }
 
 Failure CantWrite(const std::string& path, const std::string& reason) {
-    return Failure(
-        fmt::format("can't write '{}': {}; choose a place that you may write to with -o", path, reason));
+    return Failure(fmt::format("can't write '{}': {}; choose a place that you may write to", path, reason));
 }
 
 /** With the reason that the system gave last. */
@@ -136,11 +135,17 @@ void WriteTextFile(const std::string& path, const std::string& text) {
     WriteFileWhole(path, [&](const std::string& place) { WriteText(place, text); });
 }
 
-void CheckWritable(const std::string& path) {
+void CheckWritable(const std::string& path, std::span<const std::string> inputs) {
     if (path == "-") {
         return;
     }
     std::error_code ignored;
+    for (const std::string& input : inputs) {
+        if (std::filesystem::equivalent(path, input, ignored)) {
+            throw UsageFailure(fmt::format(
+                "'{}' is read by this command and would be replaced; give the result another name", path));
+        }
+    }
     if (path.empty() || std::filesystem::is_directory(path, ignored)) {
         throw CantWrite(path, path.empty() ? "it has no name" : "it is a directory");
     }

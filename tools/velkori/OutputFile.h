@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <span>
 #include <string>
 
 namespace Velkori_Tool {
@@ -19,8 +20,11 @@ void WriteText(const std::string& path, const std::string& text);
 /** Writes a text whole or not at all; the path "-" is standard output. */
 void WriteTextFile(const std::string& path, const std::string& text);
 
-/** Throws Failure if a file at this path couldn't be written: to be told before the work and not after it. */
-void CheckWritable(const std::string& path);
+/**
+ * Throws Failure if a file at this path couldn't be written: to be told before the work and not after it.
+ * Throws UsageFailure if the path is that of a file that the command reads, which the result would replace.
+ */
+void CheckWritable(const std::string& path, std::span<const std::string> inputs);
 
 /** Throws Failure if there is no file at this path that could be read. */
 void CheckReadable(const std::string& path);

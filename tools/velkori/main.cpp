@@ -1,6 +1,7 @@
 #include "Failure.h"
 #include "commands/Commands.h"
-#include "host/Library.h"
+#include "commands/Remedies.h"
+#include "library/Library.h"
 
 #include <fmt/format.h>
 
@@ -34,10 +35,10 @@ int main(int argumentCount, char** arguments) {
             return program.exit(error) == 0 ? 0 : usedWrongly;
         }
     } catch (const Velkori_Tool::UsageFailure& failure) {
-        fmt::print(stderr, "velkori: {}\n", failure.what());
+        fmt::print(stderr, "velkori: {}\n", Velkori_Tool::InWords(failure.AsRemark()));
         return usedWrongly;
     } catch (const Velkori_Tool::Failure& failure) {
-        fmt::print(stderr, "velkori: {}\n", failure.what());
+        fmt::print(stderr, "velkori: {}\n", Velkori_Tool::InWords(failure.AsRemark()));
         return failed;
     } catch (const std::bad_alloc&) {
         fmt::print(stderr, "velkori: there isn't enough memory for this; cut the clip or the skeleton\n");

@@ -165,7 +165,7 @@ void PackBuffers(const std::string& path, GLTFFile& file) {
 
 /** Takes pictures in that lie in files of their own, as a GLB would lose them. One that isn't there stays a
  * name. */
-void PackImages(const std::string& path, GLTFFile& file, std::vector<std::string>& notes) {
+void PackImages(const std::string& path, GLTFFile& file, std::vector<Remark>& notes) {
     if (!file.document.contains("images")) {
         return;
     }
@@ -261,7 +261,7 @@ GLTFFile MakeEmptyGLTF() {
     return file;
 }
 
-GLTFFile ReadGLTF(const std::string& path, std::vector<std::string>& notes) {
+GLTFFile ReadGLTF(const std::string& path, std::vector<Remark>& notes) {
     const std::string bytes = ReadTextFile(path);
     const bool isBinary = bytes.size() > headerSize && ReadWord(bytes, 0) == glbMagic;
     try {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Remark.h"
+
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <span>
@@ -47,7 +49,7 @@ GLTFFile MakeEmptyGLTF();
  * Reads a .glb, a .vrm or a .gltf with the files that it names. Pictures that aren't there are noted. Throws
  * Failure if it can't be read.
  */
-GLTFFile ReadGLTF(const std::string& path, std::vector<std::string>& notes);
+GLTFFile ReadGLTF(const std::string& path, std::vector<Remark>& notes);
 
 /** Writes it as a GLB. Throws Failure, without the path, if the file can't be written. */
 void WriteGLTFFile(const std::string& path, GLTFFile file);

@@ -59,7 +59,7 @@ int Normalize(const WeightPlaces& places, std::vector<uint8_t>& binary) {
 
 } // namespace
 
-void MendWeights(GLTFFile& file, std::vector<std::string>& notes) {
+void MendWeights(GLTFFile& file, std::vector<Remark>& notes) {
     int mended = 0;
     for (const JSON& mesh : file.document.value("meshes", JSON::array())) {
         for (const JSON& primitive : mesh.value("primitives", JSON::array())) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "character/GLTFFile.h"
 
 #include <string>
@@ -8,6 +9,6 @@
 namespace Velkori_Tool {
 
 /** Makes each vertex's weights sum up to 1, as glTF wants and not every exporter does. Says so in `notes`. */
-void MendWeights(GLTFFile& file, std::vector<std::string>& notes);
+void MendWeights(GLTFFile& file, std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

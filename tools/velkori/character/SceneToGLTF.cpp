@@ -316,7 +316,7 @@ class SceneConverter {
 
 } // namespace
 
-GLTFFile ReadSceneAsGLTF(const std::string& path, std::vector<std::string>& notes) {
+GLTFFile ReadSceneAsGLTF(const std::string& path, std::vector<Remark>& notes) {
     CheckReadable(path);
     Assimp::Importer importer;
     const aiScene& scene = ImportScene(importer, path, FindFileFormat(path), ReadTextFile(path),

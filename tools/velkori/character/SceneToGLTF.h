@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "character/GLTFFile.h"
 
 #include <string>
@@ -11,6 +12,6 @@ namespace Velkori_Tool {
  * meshes with their skins and blend shapes, materials with their pictures. Its world stays in the file's axes
  * and unit. Throws Failure if the file can't be read.
  */
-GLTFFile ReadSceneAsGLTF(const std::string& path, std::vector<std::string>& notes);
+GLTFFile ReadSceneAsGLTF(const std::string& path, std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

@@ -1,6 +1,7 @@
 #include "Failure.h"
 #include "OutputFile.h"
 #include "commands/Commands.h"
+#include "commands/Remedies.h"
 #include "host/Findings.h"
 
 #include <fmt/format.h>
@@ -23,7 +24,7 @@ std::vector<Finding> LibraryFindings() {
     std::vector<Finding> findings;
     for (const LogLine& line : TakeLog()) {
         findings.push_back({line.level == velkori_LogLevel_Error, "library",
-            fmt::format("{}{}", line.level == velkori_LogLevel_Warning ? "warning: " : "", line.text)});
+            {fmt::format("{}{}", line.level == velkori_LogLevel_Warning ? "warning: " : "", line.text)}});
     }
     return findings;
 }
@@ -31,14 +32,14 @@ std::vector<Finding> LibraryFindings() {
 std::vector<Finding> Inspect(const std::string& path) {
     const std::string document = ReadTextFile(path);
     if (document.find('\0') != std::string::npos) {
-        return {{true, "library", "there is a zero byte in the document"}};
+        return {{true, "library", {"there is a zero byte in the document"}}};
     }
     velkori_Handle handle = 0;
     const velkori_Result result = velkori_createOrUpdateHandle(document.c_str(), &handle);
     const Configuration configuration(handle);
     std::vector<Finding> findings = LibraryFindings();
     if (result != velkori_Result_Success) {
-        findings.push_back({true, "library", "the library doesn't take the document"});
+        findings.push_back({true, "library", {"the library doesn't take the document"}});
         return findings;
     }
     const std::vector<Finding> problems = FindProblems(configuration);
@@ -53,7 +54,8 @@ void Run(const CheckCommand& command) {
     if (command.printsJSON) {
         nlohmann::ordered_json list = nlohmann::ordered_json::array();
         for (const Finding& finding : findings) {
-            list.push_back({{"problem", finding.isProblem}, {"kind", finding.kind}, {"text", finding.text}});
+            list.push_back(
+                {{"problem", finding.isProblem}, {"kind", finding.kind}, {"text", InWords(finding.remark)}});
         }
         const nlohmann::ordered_json report = {
             {"configuration", command.configuration}, {"problems", problemCount}, {"findings", list}};
@@ -62,7 +64,7 @@ void Run(const CheckCommand& command) {
             "-", report.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
     } else {
         for (const Finding& finding : findings) {
-            fmt::print("{:<8} {}\n", finding.isProblem ? "PROBLEM" : "note", finding.text);
+            fmt::print("{:<8} {}\n", finding.isProblem ? "PROBLEM" : "note", InWords(finding.remark));
         }
     }
     std::fflush(stdout);

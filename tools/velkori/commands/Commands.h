@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "host/RetargetedClip.h"
 
 #include <CLI/CLI.hpp>
@@ -35,7 +36,7 @@ inline constexpr double smallestUnit = 1e-6;
 inline constexpr double largestUnit = 1e6;
 
 /** Says something that isn't the command's result, on standard error. */
-void SayNotes(const std::vector<std::string>& notes);
+void SayNotes(const std::vector<Remark>& notes);
 
 /** Says what the library warned of since the last time. */
 void SayWarnings();

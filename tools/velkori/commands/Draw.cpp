@@ -47,10 +47,10 @@ std::vector<int> ChooseMoments(const DrawCommand& command, const SourceClip& cli
 
 void Run(DrawCommand& command) {
     CheckPictureFormat(command.output);
-    CheckWritable(command.output);
+    CheckWritable(command.output, {{command.configuration, command.clip}});
     const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
-    std::vector<std::string> notes;
+    std::vector<Remark> notes;
     const Motion motion = ReadMotion(command.clip, notes, command.options.clip.reading);
     const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
     SayNotes(notes);

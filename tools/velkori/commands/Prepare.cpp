@@ -2,6 +2,7 @@
 #include "OutputFile.h"
 #include "Text.h"
 #include "commands/Commands.h"
+#include "commands/Remedies.h"
 #include "commands/RigTexts.h"
 #include "host/BodyMapping.h"
 #include "host/Findings.h"
@@ -211,8 +212,8 @@ StandingHeights StandingHeightsOf(const Configuration& target) {
 }
 
 void Run(const PrepareCommand& command) {
-    CheckWritable(command.output);
-    std::vector<std::string> notes;
+    CheckWritable(command.output, {{command.source, command.target, command.namesFile, command.mappingFile}});
+    std::vector<Remark> notes;
     const NamingHabits names = LoadNames(command.namesFile);
     const LoadedRig loadedSource =
         LoadRigOrDocument(command.source, velkori_SkeletonType_Source, names, notes);
@@ -255,7 +256,7 @@ void Run(const PrepareCommand& command) {
     }
     for (const Finding& finding : FindProblems(configuration)) {
         if (finding.isProblem) {
-            fmt::print(stderr, "warning: {}\n", finding.text);
+            fmt::print(stderr, "warning: {}\n", InWords(finding.remark));
         }
     }
 }

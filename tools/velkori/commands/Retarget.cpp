@@ -55,7 +55,7 @@ void PrintReport(const Configuration& configuration, const RetargetedClip& clip)
 
 /** The character's file that the result is written into, if it is to be and can be. */
 std::optional<RigFile> FindCharacter(
-    const RetargetCommand& command, const NamingHabits& names, std::vector<std::string>& notes) {
+    const RetargetCommand& command, const NamingHabits& names, std::vector<Remark>& notes) {
     std::optional<RigFile> file = FindTargetFile(ReadTextFile(command.configuration));
     if (!command.character.empty()) {
         std::error_code isntThere;
@@ -104,8 +104,11 @@ void CheckOutput(const RetargetCommand& command) {
         std::error_code ignored;
         std::filesystem::create_directories(command.output, ignored);
     }
+    std::vector<std::string> inputs = command.clips;
+    inputs.insert(inputs.end(), {command.configuration, command.character, command.namesFile});
     std::map<std::string, std::string> clipOf;
     for (const std::string& clip : command.clips) {
+        CheckReadable(clip);
         const std::string path = OutputPath(command, clip);
         const auto [same, isNew] = clipOf.emplace(path, clip);
         if (!isNew && path != command.output) {
@@ -116,16 +119,17 @@ void CheckOutput(const RetargetCommand& command) {
         if (LowerCaseExtension(path) != ".vrma") {
             CheckMotionFormat(path);
         }
-        CheckWritable(path);
+        CheckWritable(path, inputs);
     }
     if (!command.json.empty()) {
-        CheckWritable(command.json);
+        CheckWritable(command.json, inputs);
     }
 }
 
 void Write(const RetargetCommand& command, const Configuration& configuration,
-    const std::optional<RigFile>& character, const Output& output, std::vector<std::string>& notes) {
+    const std::optional<RigFile>& character, const Output& output, std::vector<Remark>& notes) {
     if (character && LowerCaseExtension(output.path) != ".bvh") {
+        CheckWritable(output.path, {{character->path}});
         WriteCharacter(output.path, configuration, *character, output.clips, notes);
         fmt::print("'{}' is '{}' with", output.path, character->path);
     } else {
@@ -155,7 +159,7 @@ void Run(RetargetCommand& command) {
     const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
     const NamingHabits names = LoadNames(command.namesFile);
-    std::vector<std::string> notes;
+    std::vector<Remark> notes;
     const std::optional<RigFile> character = FindCharacter(command, names, notes);
     std::vector<Output> outputs;
     std::vector<ClipScore> scores;
@@ -207,7 +211,8 @@ void AddRetargetCommand(CLI::App& program) {
     app.add_option("--character", command->character,
         "The character's file, which the result is written into with its meshes and all else; by default "
         "the file that the configuration's target was made of");
-    app.add_flag("--bones", command->writesBones, "Write a skeleton alone and not the character's file");
+    app.add_flag("--bones", command->writesBones, "Write a skeleton alone and not the character's file")
+        ->excludes("--character");
     app.add_option("--metres-per-bvh-unit", command->metresPerBVHUnit,
            "The unit of a BVH; by default 0.01, a centimetre")
         ->check(NumberWithin(smallestUnit, largestUnit));

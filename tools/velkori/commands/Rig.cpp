@@ -33,8 +33,8 @@ void PrintKnownJoints(const Rig& rig) {
 
 void Run(RigCommand& command) {
     command.options.type = command.isTarget ? velkori_SkeletonType_Target : velkori_SkeletonType_Source;
-    CheckWritable(command.output);
-    std::vector<std::string> notes;
+    CheckWritable(command.output, {{command.file, command.texts.namesFile}});
+    std::vector<Remark> notes;
     const Motion motion = ReadMotion(command.file, notes, command.reading);
     Rig rig = MakeRigAsTold(motion, command.texts, command.options);
     AddDoubts(rig, command.file, rig.remarks);

@@ -122,7 +122,7 @@ std::vector<Manifestation> ParseManifestations(
 }
 
 /** A neck or a chest may be missing; without the others nothing moves as it should. */
-void CheckNothingIsMissing(const Rig& rig, const std::string& path, std::vector<std::string>& remarks) {
+void CheckNothingIsMissing(const Rig& rig, const std::string& path, std::vector<Remark>& remarks) {
     std::string problems;
     for (const auto& [role, candidates] : rig.candidates) {
         if (rig.known.at(role).joint >= 0) {
@@ -186,9 +186,9 @@ NamingHabits LoadNames(const std::string& namesFile) {
     return names;
 }
 
-void AddDoubts(const Rig& rig, const std::string& path, std::vector<std::string>& notes) {
-    for (const std::string& doubt : rig.doubts) {
-        notes.push_back(fmt::format("warning: '{}': {}", path, doubt));
+void AddDoubts(const Rig& rig, const std::string& path, std::vector<Remark>& notes) {
+    for (const Remark& doubt : rig.doubts) {
+        notes.push_back({fmt::format("warning: '{}': {}", path, doubt.text), doubt.remedy});
     }
     for (const auto& [role, candidates] : rig.candidates) {
         const KnownJointGuess& guess = rig.known.at(role);
@@ -228,7 +228,7 @@ Rig MakeRigAsTold(const Motion& motion, const RigTexts& texts, RigOptions& optio
 }
 
 LoadedRig LoadRigOrDocument(const std::string& path, velkori_SkeletonType type, const NamingHabits& names,
-    std::vector<std::string>& notes) {
+    std::vector<Remark>& notes) {
     CheckReadable(path);
     if (FindFileFormat(path) == FileFormat::Document) {
         return {LoadDocumentFile(path), {}, FindTargetFile(ReadTextFile(path))};
@@ -238,8 +238,8 @@ LoadedRig LoadRigOrDocument(const std::string& path, velkori_SkeletonType type, 
     options.body.names = names;
     Rig rig = MakeRig(ReadMotion(path, notes), options);
     CheckNothingIsMissing(rig, path, rig.remarks);
-    for (const std::string& remark : rig.remarks) {
-        notes.push_back(fmt::format("'{}': {}", path, remark));
+    for (const Remark& remark : rig.remarks) {
+        notes.emplace_back(fmt::format("'{}': {}", path, remark.text), remark.remedy);
     }
     AddDoubts(rig, path, notes);
     LoadedRig loaded{MakeConfiguration(rig, options), {}, FileOf(rig, path)};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "host/BodyMapping.h"
 #include "rig/Rig.h"
 
@@ -34,7 +35,7 @@ Rig MakeRigAsTold(const Motion& motion, const RigTexts& texts, RigOptions& optio
 NamingHabits LoadNames(const std::string& namesFile);
 
 /** Says which joints were found with too little certainty to be trusted. */
-void AddDoubts(const Rig& rig, const std::string& path, std::vector<std::string>& notes);
+void AddDoubts(const Rig& rig, const std::string& path, std::vector<Remark>& notes);
 
 /** A configuration with one skeleton, and what its file says besides. */
 struct LoadedRig {
@@ -47,6 +48,6 @@ struct LoadedRig {
 
 /** Reads a rig's file, or one of the skeletons' documents, as a configuration. */
 LoadedRig LoadRigOrDocument(const std::string& path, velkori_SkeletonType type, const NamingHabits& names,
-    std::vector<std::string>& notes);
+    std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

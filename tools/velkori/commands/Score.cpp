@@ -20,14 +20,16 @@ struct ScoreCommand {
 
 void Run(ScoreCommand& command) {
     if (!command.json.empty()) {
-        CheckWritable(command.json);
+        std::vector<std::string> inputs = command.clips;
+        inputs.insert(inputs.end(), {command.configuration, command.namesFile});
+        CheckWritable(command.json, inputs);
     }
     const Configuration configuration = LoadForRetargeting(command.configuration, command.options);
     SayWarnings();
     const NamingHabits names = LoadNames(command.namesFile);
     std::vector<ClipScore> scores;
     for (const std::string& path : command.clips) {
-        std::vector<std::string> notes;
+        std::vector<Remark> notes;
         const Motion motion = ReadMotion(path, notes, command.options.clip.reading);
         const RetargetedClip clip = RetargetClip(configuration, motion, command.options, notes);
         SayNotes(notes);

@@ -1,5 +1,6 @@
 #include "OutputFile.h"
 #include "commands/Commands.h"
+#include "commands/Remedies.h"
 #include "commands/RigTexts.h"
 
 #include <fmt/format.h>
@@ -120,9 +121,9 @@ CLI::Validator NumberWithin(double lowest, double highest) {
     return {check, fmt::format("FLOAT in [{:g}, {:g}]", lowest, highest)};
 }
 
-void SayNotes(const std::vector<std::string>& notes) {
-    for (const std::string& note : notes) {
-        fmt::print(stderr, "{}\n", note);
+void SayNotes(const std::vector<Remark>& notes) {
+    for (const Remark& note : notes) {
+        fmt::print(stderr, "{}\n", InWords(note));
     }
 }
 

@@ -59,11 +59,11 @@ nlohmann::ordered_json ToJSON(const char* type, const LinkResult& result) {
 void Run(StreamCommand& command) {
     if (!command.output.empty()) {
         CheckMotionFormat(command.output);
-        CheckWritable(command.output);
+        CheckWritable(command.output, {{command.configuration, command.clip}});
     }
     const Configuration configuration = LoadForRetargeting(command.configuration, command.retarget);
     SayWarnings();
-    std::vector<std::string> notes;
+    std::vector<Remark> notes;
     const Motion motion = ReadMotion(command.clip, notes, command.retarget.clip.reading);
     const RetargetedClip clip = RetargetClip(configuration, motion, command.retarget, notes);
     SayNotes(notes);

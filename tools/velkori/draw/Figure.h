@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Library.h"
+#include "library/Library.h"
 #include "rig/JointName.h"
 
 #include <vector>

@@ -38,10 +38,8 @@ class Inspection {
     std::vector<Finding> Run() {
         for (const velkori_SkeletonType type : skeletonTypes) {
             if (configuration.JointCount(type) < 1) {
-                AddProblem(
-                    "restPose", fmt::format("there is no {} skeleton; make a configuration of both with "
-                                            "'velkori prepare'",
-                                    skeletonNames.at(type)));
+                AddProblem("restPose", fmt::format("there is no {} skeleton", skeletonNames.at(type)),
+                    Remedy::MakeConfiguration);
                 continue;
             }
             CheckKnownJoints(type);
@@ -58,12 +56,12 @@ class Inspection {
     }
 
   private:
-    void AddProblem(std::string kind, std::string text) {
-        findings.push_back({true, std::move(kind), std::move(text)});
+    void AddProblem(std::string kind, std::string text, Remedy remedy = Remedy::None) {
+        findings.push_back({true, std::move(kind), {std::move(text), remedy}});
     }
 
     void AddNote(std::string kind, std::string text) {
-        findings.push_back({false, std::move(kind), std::move(text)});
+        findings.push_back({false, std::move(kind), {std::move(text)}});
     }
 
     void CheckKnownJoints(velkori_SkeletonType type) {
@@ -75,9 +73,8 @@ class Inspection {
             if (joint >= 0) {
                 known.push_back(fmt::format("{} {}", key, names[joint]));
             } else {
-                AddProblem(
-                    "knownJoint", fmt::format("the {} has no {}; name it with 'velkori rig --known {}=JOINT'",
-                                      skeletonNames.at(type), key, key));
+                AddProblem("knownJoint", fmt::format("the {} has no {}", skeletonNames.at(type), key),
+                    Remedy::NameKnownJoint);
             }
         }
         AddNote("knownJoint",
@@ -129,10 +126,10 @@ class Inspection {
         constexpr double dwarf = 0.3;
         constexpr double giant = 5.0;
         if (!(smallest > dwarf) || !(largest < giant)) {
-            AddProblem(
-                "restPose", fmt::format("the {} is {:.3g} to {:.3g} m high; its unit is wrong: make it anew "
-                                        "with 'velkori rig --metres-per-unit'",
-                                skeletonNames.at(type), smallest, largest));
+            AddProblem("restPose",
+                fmt::format("the {} is {:.3g} to {:.3g} m high; its unit is wrong", skeletonNames.at(type),
+                    smallest, largest),
+                Remedy::SayUnit);
         }
         constexpr double rounding = 1.01;
         if (smallest > largest * rounding) {
@@ -157,9 +154,9 @@ class Inspection {
             AddProblem("restPose",
                 fmt::format(
                     "the {}'s minimum and maximum rest poses are equal but for rounding, which then decides "
-                    "where a body lies between them; make both rigs with a range, such as 'velkori rig "
-                    "--size-range 0.85:1.2'",
-                    skeletonNames.at(type)));
+                    "where a body lies between them",
+                    skeletonNames.at(type)),
+                Remedy::SaySizeRange);
         }
     }
 
@@ -192,7 +189,7 @@ class Inspection {
             }
         }
         if (unmapped.size() == names.size()) {
-            AddProblem("unmapped", "no target joint is mapped; generate mappings with 'velkori prepare'");
+            AddProblem("unmapped", "no target joint is mapped", Remedy::MakeMappings);
         } else if (!unmapped.empty()) {
             AddNote(
                 "unmapped", fmt::format("{} of {} target joints are unmapped and ride on their parents: {}",
@@ -214,9 +211,7 @@ class Inspection {
             if (role == velkori_KnownJointType_Chest || role == velkori_KnownJointType_Neck) {
                 AddNote("unmapped", text + " and rides on its parent");
             } else {
-                AddProblem("unmapped", text + ": no source joint lies near it; align the rigs with 'velkori "
-                                              "prepare --align all', or choose another joint with 'velkori "
-                                              "rig --known'");
+                AddProblem("unmapped", text + ": no source joint lies near it", Remedy::ChooseNearJoint);
             }
         }
     }
@@ -231,20 +226,18 @@ class Inspection {
                 AngleBetween(Direction(source, velkori_SkeletonType_Source, direction.from, direction.to),
                     Direction(target, velkori_SkeletonType_Target, direction.from, direction.to));
             if (angle > suspicious) {
-                AddProblem(
-                    "restPose", fmt::format("the rest poses differ: the {} points {:.0f} degrees elsewhere; "
-                                            "align the rigs with 'velkori prepare --align all'",
-                                    direction.name, angle));
+                AddProblem("restPose",
+                    fmt::format("the rest poses differ: the {} points {:.0f} degrees elsewhere",
+                        direction.name, angle),
+                    Remedy::AlignRigs);
             }
         }
         const double ratio = Height(velkori_SkeletonType_Target, velkori_SkeletonTPoseType_Max) /
                              Height(velkori_SkeletonType_Source, velkori_SkeletonTPoseType_Max);
         constexpr double tooDifferent = 1.6;
         if (ratio > tooDifferent || ratio < 1.0 / tooDifferent) {
-            AddProblem(
-                "restPose", fmt::format("the target is {:.2f} times as high as the source; align the heights "
-                                        "with 'velkori prepare --align all'",
-                                ratio));
+            AddProblem("restPose", fmt::format("the target is {:.2f} times as high as the source", ratio),
+                Remedy::AlignRigs);
         }
     }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "host/Library.h"
+#include "Remark.h"
+#include "library/Library.h"
 
 #include <string>
 #include <vector>
@@ -13,7 +14,7 @@ struct Finding {
     bool isProblem = false;
     /** What kind it is, in one word: "library", "knownJoint", "unmapped", "mappedTwice" or "restPose". */
     std::string kind;
-    std::string text;
+    Remark remark;
 };
 
 /** Looks a configuration over, joint by joint and rest pose by rest pose. */

@@ -23,7 +23,7 @@ bool IsGLTF(const std::string& path) {
     return format == FileFormat::GLB || format == FileFormat::GLTF;
 }
 
-GLTFFile LoadCharacter(const std::string& path, std::vector<std::string>& notes) {
+GLTFFile LoadCharacter(const std::string& path, std::vector<Remark>& notes) {
     return IsGLTF(path) ? ReadGLTF(path, notes) : ReadSceneAsGLTF(path, notes);
 }
 
@@ -73,7 +73,7 @@ OutgoingMotion MakeOutgoingMotion(const Configuration& configuration, const Reta
 }
 
 SkinnedMesh LoadSkin(const Configuration& configuration, const RigFile& character) {
-    std::vector<std::string> ignored;
+    std::vector<Remark> ignored;
     const GLTFFile file = LoadCharacter(character.path, ignored);
     SkinnedMesh mesh =
         ReadSkin(file, FindNodes(file, configuration.JointNames(target), configuration.Parents(target)));
@@ -104,7 +104,7 @@ bool CanCarryMotion(const std::string& path) {
 }
 
 void WriteCharacter(const std::string& path, const Configuration& configuration, const RigFile& character,
-    std::span<const NamedClip> clips, std::vector<std::string>& notes) {
+    std::span<const NamedClip> clips, std::vector<Remark>& notes) {
     const bool isVRMA = LowerCaseExtension(path) == ".vrma";
     GLTFFile file = LoadCharacter(character.path, notes);
     const std::vector<std::string> names = configuration.JointNames(target);
@@ -113,18 +113,16 @@ void WriteCharacter(const std::string& path, const Configuration& configuration,
     const auto found =
         static_cast<size_t>(std::count_if(nodes.begin(), nodes.end(), [](int node) { return node >= 0; }));
     if (found * 2 < names.size() || (hips >= 0 && nodes[hips] < 0)) {
-        throw Failure(
-            fmt::format("'{}' isn't the configuration's character: {} of its {} joints are there; give "
-                        "the file that the configuration was made of with --character",
-                character.path, found, names.size()));
+        throw Failure(fmt::format("'{}' isn't the configuration's character: {} of its {} joints are there",
+                          character.path, found, names.size()),
+            Remedy::GiveOwnCharacter);
     }
     const int root = configuration.KnownJoint(target, velkori_KnownJointType_Root);
     const bool wantsRoot = std::any_of(clips.begin(), clips.end(),
         [](const NamedClip& named) { return named.clip.path == MotionPath::Root; });
     if (wantsRoot && root >= 0 && nodes[root] < 0) {
-        notes.push_back(fmt::format("--root-motion root: '{}' has no root joint, so its hips carry the way; "
-                                    "with --bones the result has one",
-            character.path));
+        notes.emplace_back(fmt::format("'{}' has no root joint, so its hips carry the way", character.path),
+            Remedy::WriteBones);
     }
     if (isVRMA) {
         file = MakeVRMA(file);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "character/SkinnedMesh.h"
 #include "host/RetargetedClip.h"
 #include "motion/MotionWriter.h"
@@ -34,6 +35,6 @@ bool CanCarryMotion(const std::string& path);
  * the configuration's target.
  */
 void WriteCharacter(const std::string& path, const Configuration& configuration, const RigFile& character,
-    std::span<const NamedClip> clips, std::vector<std::string>& notes);
+    std::span<const NamedClip> clips, std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

@@ -17,10 +17,8 @@ std::vector<int> FrameJoints(const Configuration& configuration, const std::stri
     if (!manifestation.empty()) {
         const std::vector<std::string> names = configuration.ManifestationNames(velkori_SkeletonType_Source);
         if (std::find(names.begin(), names.end(), manifestation) == names.end()) {
-            throw Failure(
-                fmt::format("--manifestation {}: the configuration's source has no such manifestation; it "
-                            "has: {}",
-                    manifestation, names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "))));
+            throw Failure(fmt::format("the configuration's source has no manifestation '{}'; it has: {}",
+                manifestation, names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "))));
         }
         return configuration.JointsInManifestation(velkori_SkeletonType_Source, manifestation);
     }
@@ -100,11 +98,11 @@ Body TargetBody(const Configuration& configuration, const StandingHeights& heigh
 }
 
 RetargetedClip RetargetClip(const Configuration& configuration, const Motion& motion,
-    const RetargetOptions& options, std::vector<std::string>& notes) {
+    const RetargetOptions& options, std::vector<Remark>& notes) {
     RetargetedClip clip;
     clip.jointCount = configuration.JointCount(velkori_SkeletonType_Target);
     if (clip.jointCount < 1) {
-        throw Failure("the configuration has no target skeleton; make one with 'velkori prepare'");
+        throw Failure("the configuration has no target skeleton", Remedy::MakeConfiguration);
     }
     const std::vector<int> frameJoints = FrameJoints(configuration, options.manifestation);
     clip.source = MakeSourceClip(configuration, motion, options.clip, notes);
@@ -144,7 +142,7 @@ RetargetedClip RetargetClip(const Configuration& configuration, const Motion& mo
         clip.restPose = target.rest;
         clip.path = options.keep.path;
         if (clip.path == MotionPath::Root && target.root < 0) {
-            notes.emplace_back("--root-motion root: the target has no root joint, so its hips carry the way");
+            notes.emplace_back("the target has no root joint, so its hips carry the way");
         }
         KeepBones(SourceBody(configuration, clip), clip.source.poses, target,
             FindFollowers(configuration, target), clip.source.frameSeconds, options.keep, clip.poses);

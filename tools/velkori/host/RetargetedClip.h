@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "host/SourceClip.h"
 #include "rig/RigFile.h"
 #include "solve/KeptBones.h"
@@ -48,7 +49,7 @@ struct RetargetedClip {
 
 /** Retargets every frame of a clip. Remarks about the clip are added to `notes`. */
 RetargetedClip RetargetClip(const Configuration& configuration, const Motion& motion,
-    const RetargetOptions& options, std::vector<std::string>& notes);
+    const RetargetOptions& options, std::vector<Remark>& notes);
 
 /** The captured body of a clip, with those limbs that are tracked. */
 Body SourceBody(const Configuration& configuration, const RetargetedClip& clip);

@@ -55,7 +55,7 @@ class SourceClipMaker {
         }
     }
 
-    SourceClip Make(const SourceClipOptions& options, std::vector<std::string>& notes) {
+    SourceClip Make(const SourceClipOptions& options, std::vector<Remark>& notes) {
         MatchJoints(notes);
         const double lengthRatio = MeasureBones();
         metresPerUnit = options.metresPerUnit ? *options.metresPerUnit : UsualUnitNear(lengthRatio);
@@ -69,8 +69,8 @@ class SourceClipMaker {
         body.metresPerUnit = metresPerUnit;
         BodyView view = SeeBody(motion, body);
         space = view.space;
-        for (const std::string& remark : view.remarks) {
-            notes.push_back(fmt::format("'{}': {}", motion.path, remark));
+        for (const Remark& remark : view.remarks) {
+            notes.emplace_back(fmt::format("'{}': {}", motion.path, remark.text), remark.remedy);
         }
         clipRest = motion.skeleton.bindPose;
         if (options.rest.kind == RestChoice::Kind::Best) {
@@ -105,7 +105,7 @@ class SourceClipMaker {
   private:
     /** Finds each source joint in the clip. What the clip lacks rides on its parent, unless it is a known
      * one. */
-    void MatchJoints(std::vector<std::string>& notes) {
+    void MatchJoints(std::vector<Remark>& notes) {
         std::map<std::string, int> byName;
         std::map<std::string, std::vector<int>> byShortName;
         for (int joint = 0; joint < motion.skeleton.JointCount(); ++joint) {
@@ -131,22 +131,22 @@ class SourceClipMaker {
             }
         }
         if (!missingKnown.empty() || missing.size() * 2 > names.size()) {
-            throw Failure(fmt::format(
-                "'{}' is a clip of another rig than the configuration's source: it has no joint {}; its "
-                "joints are {}; make a configuration from this clip's rig with 'velkori rig' and 'velkori "
-                "prepare'",
-                motion.path, fmt::join(missingKnown.empty() ? missing : missingKnown, ", "),
-                fmt::join(motion.skeleton.jointNames, ", ")));
+            throw Failure(
+                fmt::format(
+                    "'{}' is a clip of another rig than the configuration's source: it has no joint {}; its "
+                    "joints are {}",
+                    motion.path, fmt::join(missingKnown.empty() ? missing : missingKnown, ", "),
+                    fmt::join(motion.skeleton.jointNames, ", ")),
+                Remedy::MakeOwnConfiguration);
         }
         if (!missing.empty()) {
             notes.push_back(fmt::format(
                 "'{}' has no {}; they ride on their parents", motion.path, fmt::join(missing, ", ")));
         }
         if (root >= 0 && clipJoints[root] < 0 && hips < 0) {
-            throw Failure(
-                fmt::format("'{}' has no joint '{}' and the configuration no hips to put it under; name "
-                            "the hips with 'velkori rig --known hips=JOINT'",
-                    motion.path, names[root]));
+            throw Failure(fmt::format("'{}' has no joint '{}' and the configuration no hips to put it under",
+                              motion.path, names[root]),
+                Remedy::NameHips);
         }
     }
 
@@ -250,7 +250,7 @@ class SourceClipMaker {
     }
 
     /** A clip whose joints have other axes than the configuration's would turn every bone. */
-    void CheckJointAxes(std::vector<std::string>& notes) const {
+    void CheckJointAxes(std::vector<Remark>& notes) const {
         std::vector<float> angles;
         VisitBones([&](const Vector3& own, const Vector3& clip) {
             angles.push_back(AngleBetween(Rotate(jointTurns.front(), own), clip));
@@ -306,7 +306,7 @@ class SourceClipMaker {
         pose[root].position = WithoutAxis(pose[hips].position + offset, up) + up * rest[root].position.y;
     }
 
-    void PutOnGround(SourceClip& clip, std::vector<std::string>& notes) const {
+    void PutOnGround(SourceClip& clip, std::vector<Remark>& notes) const {
         constexpr float noticeable = 0.01f;
         const float ground = GroundHeight(configuration, source, clip.poses, clip.jointCount);
         if (std::fabs(ground) < noticeable) {
@@ -315,9 +315,10 @@ class SourceClipMaker {
         for (Transform& transform : clip.poses) {
             transform.position.y -= ground;
         }
-        notes.push_back(fmt::format("the feet stand at {:.3f} m in '{}'; the motion is moved to the ground "
-                                    "(--keep-height leaves it)",
-            ground, motion.path));
+        notes.emplace_back(
+            fmt::format(
+                "the feet stand at {:.3f} m in '{}'; the motion is moved to the ground", ground, motion.path),
+            Remedy::KeepHeight);
     }
 
     /**
@@ -372,9 +373,9 @@ class SourceClipMaker {
 } // namespace
 
 SourceClip MakeSourceClip(const Configuration& configuration, const Motion& motion,
-    const SourceClipOptions& options, std::vector<std::string>& notes) {
+    const SourceClipOptions& options, std::vector<Remark>& notes) {
     if (configuration.JointCount(source) < 1) {
-        throw Failure("the configuration has no source skeleton; make one with 'velkori prepare'");
+        throw Failure("the configuration has no source skeleton", Remedy::MakeConfiguration);
     }
     if (motion.frameCount < 1) {
         throw Failure(fmt::format("'{}' has no frames; give a file with motion", motion.path));

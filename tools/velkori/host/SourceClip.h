@@ -1,6 +1,7 @@
 #pragma once
 
-#include "host/Library.h"
+#include "Remark.h"
+#include "library/Library.h"
 #include "motion/Motion.h"
 #include "rig/BodyView.h"
 
@@ -47,6 +48,6 @@ struct SourceClip {
  * configuration has follows the hips. Throws Failure if the clip is another rig's.
  */
 SourceClip MakeSourceClip(const Configuration& configuration, const Motion& motion,
-    const SourceClipOptions& options, std::vector<std::string>& notes);
+    const SourceClipOptions& options, std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

@@ -74,9 +74,7 @@ class LinkSimulation {
         result.bytesPerFrame = static_cast<double>(bytes) / std::max(result.framesSent, 1);
         result.kilobitsPerSecond = result.bytesPerFrame * 8.0 / 1000.0 / seconds;
         if (playedTimes.empty()) {
-            throw Failure(
-                "nothing that could be played arrived over the link; lower --loss, --delay-frames or "
-                "--jitter-ms, or take a longer clip");
+            throw Failure("nothing that could be played arrived over the link", Remedy::EaseLink);
         }
         MeasureErrors();
         return std::move(result);
@@ -115,10 +113,9 @@ class LinkSimulation {
         int32_t size = 0;
         Check(velkori_serializeSnapshot(handle, nullptr, &size), streamFailed);
         if (size > VELKORI_MAX_SNAPSHOT_SIZE) {
-            throw Failure(
-                fmt::format("a snapshot of this target takes {} bytes and a record holds {}; choose a "
-                            "coarser --type, or stream a target with fewer joints",
-                    size, VELKORI_MAX_SNAPSHOT_SIZE));
+            throw Failure(fmt::format("a snapshot of this target takes {} bytes and a record holds {}", size,
+                              VELKORI_MAX_SNAPSHOT_SIZE),
+                Remedy::SendLess);
         }
         // The reader may look at as much as the longest record has.
         std::vector<uint8_t> record(VELKORI_MAX_SNAPSHOT_SIZE);

@@ -31,7 +31,7 @@ class BVHParser {
   public:
     BVHParser(const std::string& path, std::string_view text) : path(path), text(text) {}
 
-    Motion Parse(std::vector<std::string>& notes) {
+    Motion Parse(std::vector<Remark>& notes) {
         Expect("hierarchy");
         while (LowerCase(Peek()) == "root") {
             Next();
@@ -133,7 +133,7 @@ class BVHParser {
         }
     }
 
-    void ParseFrames(std::vector<std::string>& notes) {
+    void ParseFrames(std::vector<Remark>& notes) {
         Expect("frames:");
         const double statedCount = ParseNumber();
         Expect("frame");
@@ -279,7 +279,7 @@ class BVHParser {
 
 } // namespace
 
-Motion ReadBVH(const std::string& path, std::vector<std::string>& notes) {
+Motion ReadBVH(const std::string& path, std::vector<Remark>& notes) {
     const std::string text = ReadTextFile(path);
     constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     const size_t begin = text.compare(0, byteOrderMark.size(), byteOrderMark) == 0 ? byteOrderMark.size() : 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Motion.h"
+#include "Remark.h"
 
 namespace Velkori_Tool {
 
@@ -10,6 +11,6 @@ namespace Velkori_Tool {
  * file states isn't the number of frames that it has, the frames that are there count, and a note says so.
  * Throws Failure, with the line, if the file is damaged.
  */
-Motion ReadBVH(const std::string& path, std::vector<std::string>& notes);
+Motion ReadBVH(const std::string& path, std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "Transforms.h"
 
 #include <map>
@@ -73,6 +74,6 @@ void MakeNamesUnique(std::vector<std::string>& names);
  * Throws Failure if the file can't be read or has no skeleton. Things that were odd but didn't stop the
  * reading are added to `notes`.
  */
-Motion ReadMotion(const std::string& path, std::vector<std::string>& notes, const ReadOptions& options = {});
+Motion ReadMotion(const std::string& path, std::vector<Remark>& notes, const ReadOptions& options = {});
 
 } // namespace Velkori_Tool

@@ -51,7 +51,7 @@ void Resample(Motion& motion, double framesPerSecond) {
     motion.frameSeconds = 1.0 / framesPerSecond;
 }
 
-/** Leaves the frames from --from to --to, both included. */
+/** Leaves the frames of the wanted span, both ends included. */
 void Cut(Motion& motion, const ReadOptions& options) {
     if (!options.from && !options.to) {
         return;
@@ -60,9 +60,13 @@ void Cut(Motion& motion, const ReadOptions& options) {
     const double begin = std::ceil(options.from.value_or(0.0) / motion.frameSeconds - 1e-3);
     const double to =
         options.to ? std::min(last, std::floor(*options.to / motion.frameSeconds + 1e-3)) : last;
+    if (options.from && options.to && *options.from > *options.to) {
+        throw UsageFailure("the wanted span ends before it begins", Remedy::ChooseSpan);
+    }
     if (!(begin <= to)) {
-        throw Failure(fmt::format("'{}' goes from 0 to {:.2f} s; nothing of it lies between --from and --to",
-            motion.path, last * motion.frameSeconds));
+        throw Failure(fmt::format("'{}' goes from 0 to {:.2f} s, and nothing of it lies in the wanted span",
+                          motion.path, last * motion.frameSeconds),
+            Remedy::ChooseSpan);
     }
     const auto first = static_cast<std::ptrdiff_t>(begin);
     const auto count = static_cast<std::ptrdiff_t>(to - begin) + 1;
@@ -88,7 +92,7 @@ void MakeNamesUnique(std::vector<std::string>& names) {
     }
 }
 
-Motion ReadMotion(const std::string& path, std::vector<std::string>& notes, const ReadOptions& options) {
+Motion ReadMotion(const std::string& path, std::vector<Remark>& notes, const ReadOptions& options) {
     // The scene reader says little about a file that isn't there.
     CheckReadable(path);
     const FileFormat format = FindFileFormat(path);
@@ -96,6 +100,9 @@ Motion ReadMotion(const std::string& path, std::vector<std::string>& notes, cons
         throw Failure(fmt::format(
             "'{}' is a document where a rig or a clip is wanted; give a BVH, glTF, FBX or Collada file",
             path));
+    }
+    if (format == FileFormat::BVH && !options.animation.empty() && options.animation != "1") {
+        throw Failure(fmt::format("'{}' has no animation {}; a BVH has one", path, options.animation));
     }
     Motion motion =
         format == FileFormat::BVH ? ReadBVH(path, notes) : ReadScene(path, format, options, notes);

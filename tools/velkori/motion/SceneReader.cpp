@@ -538,8 +538,8 @@ void ReadStatedSpace(const aiScene& scene, FileFormat format, Motion& motion) {
 }
 
 /** The wanted animation: by its name, however it is written, or by its number from 1. */
-const aiAnimation* ChooseAnimation(const aiScene& scene, const std::string& path, const std::string& wanted,
-    std::vector<std::string>& notes) {
+const aiAnimation* ChooseAnimation(
+    const aiScene& scene, const std::string& path, const std::string& wanted, std::vector<Remark>& notes) {
     const std::span animations(scene.mAnimations, scene.mNumAnimations);
     if (animations.empty() && wanted.empty()) {
         return nullptr;
@@ -554,9 +554,9 @@ const aiAnimation* ChooseAnimation(const aiScene& scene, const std::string& path
     }
     if (wanted.empty()) {
         if (animations.size() > 1) {
-            notes.push_back(
-                fmt::format("'{}' has {} animations; the first, '{}', is taken; --animation chooses: {}",
-                    path, animations.size(), animations[0]->mName.C_Str(), fmt::join(names, ", ")));
+            notes.emplace_back(fmt::format("'{}' has {} animations ({}); the first is taken", path,
+                                   animations.size(), fmt::join(names, ", ")),
+                Remedy::ChooseAnimation);
         }
         return animations[0];
     }
@@ -564,7 +564,7 @@ const aiAnimation* ChooseAnimation(const aiScene& scene, const std::string& path
     const char* const end = wanted.data() + wanted.size();
     const auto parsed = std::from_chars(wanted.data(), end, number);
     if (parsed.ptr != end || number < 1 || number > animations.size()) {
-        throw Failure(fmt::format("--animation {}: '{}' has {}", wanted, path,
+        throw Failure(fmt::format("'{}' has no animation {}; it has {}", path, wanted,
             names.empty() ? "none" : fmt::format("{}", fmt::join(names, ", "))));
     }
     return animations[number - 1];
@@ -573,7 +573,7 @@ const aiAnimation* ChooseAnimation(const aiScene& scene, const std::string& path
 } // namespace
 
 Motion ReadScene(
-    const std::string& path, FileFormat format, const ReadOptions& options, std::vector<std::string>& notes) {
+    const std::string& path, FileFormat format, const ReadOptions& options, std::vector<Remark>& notes) {
     const std::string content = ReadTextFile(path);
     Assimp::Importer importer;
     const aiScene& scene = ImportScene(importer, path, format, content);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Motion.h"
+#include "Remark.h"
 #include "motion/FileFormat.h"
 
 namespace Velkori_Tool {
@@ -11,6 +12,6 @@ namespace Velkori_Tool {
  * everything between. Throws Failure if the file can't be read, has no skeleton or lacks the animation.
  */
 Motion ReadScene(
-    const std::string& path, FileFormat format, const ReadOptions& options, std::vector<std::string>& notes);
+    const std::string& path, FileFormat format, const ReadOptions& options, std::vector<Remark>& notes);
 
 } // namespace Velkori_Tool

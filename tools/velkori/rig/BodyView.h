@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "motion/Motion.h"
 #include "rig/KnownJoints.h"
 
@@ -48,9 +49,9 @@ struct BodyView {
     /** How much the rest pose is a standing person's, 0 to 1. */
     float standing = 0.0f;
     /** What was decided, a line each, with how certain it is. */
-    std::vector<std::string> remarks;
+    std::vector<Remark> remarks;
     /** What may as well be otherwise and would spoil a result: a line each, with what says it by hand. */
-    std::vector<std::string> doubts;
+    std::vector<Remark> doubts;
 };
 
 /** Throws Failure if the rest pose that is asked for isn't there, or has no height. */

@@ -498,7 +498,7 @@ class KnownJointFinder {
     void Set(velkori_KnownJointType role, int joint, float sureness, std::string reasons) {
         const auto wanted = overrides.find(role);
         if (wanted != overrides.end()) {
-            guesses.at(role) = {wanted->second, 100, "said so with --known"};
+            guesses.at(role) = {wanted->second, 100, "as told"};
         } else {
             guesses.at(role) = {
                 joint, joint < 0 ? 0 : static_cast<int>(std::lround(100.0f * sureness)), std::move(reasons)};

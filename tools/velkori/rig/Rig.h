@@ -1,6 +1,7 @@
 #pragma once
 
-#include "host/Library.h"
+#include "Remark.h"
+#include "library/Library.h"
 #include "motion/Motion.h"
 #include "rig/BodyView.h"
 #include "rig/KnownJoints.h"
@@ -47,9 +48,9 @@ struct Rig {
     /** What comes nearest to a role that no joint looks like, or none with certainty; best first. */
     std::map<velkori_KnownJointType, std::vector<std::string>> candidates;
     /** What was decided, a line each. */
-    std::vector<std::string> remarks;
+    std::vector<Remark> remarks;
     /** What may as well be otherwise, a line each. */
-    std::vector<std::string> doubts;
+    std::vector<Remark> doubts;
 };
 
 /** The name of the ground root that a skeleton gets if it has none. */

@@ -1,4 +1,4 @@
-#include "host/Library.h"
+#include "library/Library.h"
 
 #include "Failure.h"
 #include "OutputFile.h"
@@ -168,10 +168,7 @@ Configuration LoadDocument(const std::string& text, const std::string& path) {
     }
     velkori_Handle handle = 0;
     Check(velkori_createOrUpdateHandle(text.c_str(), &handle),
-        fmt::format(
-            "'{}' is no configuration that the library takes; mend what it says, or make it anew with "
-            "'velkori rig' and 'velkori prepare'",
-            path));
+        fmt::format("'{}' is no configuration that the library takes; mend what it says, or make it anew", path));
     return Configuration(handle);
 }
 
