@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 
 namespace Velkori_Tool {
 
@@ -28,11 +27,8 @@ enum class Remedy {
 
 /** A sentence for the user, without a final dot, and what can be done about it. */
 struct Remark {
-    // Most sentences stand for themselves, so a text alone is a remark.
-    Remark(std::string sentence, Remedy help = Remedy::None) : text(std::move(sentence)), remedy(help) {}
-
     std::string text;
-    Remedy remedy;
+    Remedy remedy = Remedy::None;
 };
 
 } // namespace Velkori_Tool

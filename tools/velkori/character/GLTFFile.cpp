@@ -177,8 +177,8 @@ void PackImages(const std::string& path, GLTFFile& file, std::vector<Remark>& no
         try {
             bytes = ReadURI(path, image["uri"].get<std::string>());
         } catch (const Failure& failure) {
-            notes.push_back(fmt::format(
-                "warning: '{}': a picture can't be read and is left out: {}", path, failure.what()));
+            notes.push_back({fmt::format(
+                "warning: '{}': a picture can't be read and is left out: {}", path, failure.what())});
             continue;
         }
         const bool isPNG = bytes.size() > 1 && bytes[1] == 'P';

@@ -73,9 +73,9 @@ void MendWeights(GLTFFile& file, std::vector<Remark>& notes) {
         }
     }
     if (mended > 0) {
-        notes.push_back(fmt::format(
+        notes.push_back({fmt::format(
             "the character's file has {} vertices whose weights don't sum up to 1; they do in the result",
-            mended));
+            mended)});
     }
 }
 

@@ -323,7 +323,7 @@ GLTFFile ReadSceneAsGLTF(const std::string& path, std::vector<Remark>& notes) {
         aiProcess_Triangulate | aiProcess_JoinIdenticalVertices | aiProcess_LimitBoneWeights);
     if (scene.mNumAnimations > 0) {
         notes.push_back(
-            fmt::format("the animations that '{}' has itself aren't carried over into the GLB", path));
+            {fmt::format("the animations that '{}' has itself aren't carried over into the GLB", path)});
     }
     return SceneConverter(path, scene).Convert();
 }

@@ -72,9 +72,9 @@ std::optional<RigFile> FindCharacter(
     }
     std::error_code isntThere;
     if (!std::filesystem::exists(file->path, isntThere)) {
-        notes.push_back(fmt::format("the character's file '{}' isn't there any more, so the result is bones "
-                                    "alone; say where it is with --character",
-            file->path));
+        notes.push_back({fmt::format("the character's file '{}' isn't there any more, so the result is bones "
+                                     "alone; say where it is with --character",
+            file->path)});
         return std::nullopt;
     }
     return file;

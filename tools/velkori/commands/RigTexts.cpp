@@ -134,7 +134,7 @@ void CheckNothingIsMissing(const Rig& rig, const std::string& path, std::vector<
                         "that there is none with --known {}=",
                 key, fmt::join(candidates, ", "), key, key);
         if (role == velkori_KnownJointType_Neck || role == velkori_KnownJointType_Chest) {
-            remarks.push_back("warning: " + text);
+            remarks.push_back({"warning: " + text});
         } else {
             problems += (problems.empty() ? "" : "\n") + text;
         }
@@ -194,10 +194,10 @@ void AddDoubts(const Rig& rig, const std::string& path, std::vector<Remark>& not
         const KnownJointGuess& guess = rig.known.at(role);
         if (guess.joint >= 0) {
             const char* const key = VELKORI_KNOWN_JOINT_NAMES[role];
-            notes.push_back(fmt::format("warning: '{}': {} is taken for {}, but only {} % certain ({}); it "
-                                        "might be {}; --known {}=JOINT says it by hand",
+            notes.push_back({fmt::format("warning: '{}': {} is taken for {}, but only {} % certain ({}); it "
+                                         "might be {}; --known {}=JOINT says it by hand",
                 path, rig.skeleton.jointNames[guess.joint], key, guess.percent, guess.reasons,
-                fmt::join(candidates, ", "), key));
+                fmt::join(candidates, ", "), key)});
         }
     }
 }
@@ -239,7 +239,7 @@ LoadedRig LoadRigOrDocument(const std::string& path, velkori_SkeletonType type, 
     Rig rig = MakeRig(ReadMotion(path, notes), options);
     CheckNothingIsMissing(rig, path, rig.remarks);
     for (const Remark& remark : rig.remarks) {
-        notes.emplace_back(fmt::format("'{}': {}", path, remark.text), remark.remedy);
+        notes.push_back({fmt::format("'{}': {}", path, remark.text), remark.remedy});
     }
     AddDoubts(rig, path, notes);
     LoadedRig loaded{MakeConfiguration(rig, options), {}, FileOf(rig, path)};

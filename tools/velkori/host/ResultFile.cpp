@@ -121,8 +121,8 @@ void WriteCharacter(const std::string& path, const Configuration& configuration,
     const bool wantsRoot = std::any_of(clips.begin(), clips.end(),
         [](const NamedClip& named) { return named.clip.path == MotionPath::Root; });
     if (wantsRoot && root >= 0 && nodes[root] < 0) {
-        notes.emplace_back(fmt::format("'{}' has no root joint, so its hips carry the way", character.path),
-            Remedy::WriteBones);
+        notes.push_back({fmt::format("'{}' has no root joint, so its hips carry the way", character.path),
+            Remedy::WriteBones});
     }
     if (isVRMA) {
         file = MakeVRMA(file);

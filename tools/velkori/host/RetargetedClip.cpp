@@ -142,7 +142,7 @@ RetargetedClip RetargetClip(const Configuration& configuration, const Motion& mo
         clip.restPose = target.rest;
         clip.path = options.keep.path;
         if (clip.path == MotionPath::Root && target.root < 0) {
-            notes.emplace_back("the target has no root joint, so its hips carry the way");
+            notes.push_back({"the target has no root joint, so its hips carry the way"});
         }
         KeepBones(SourceBody(configuration, clip), clip.source.poses, target,
             FindFollowers(configuration, target), clip.source.frameSeconds, options.keep, clip.poses);

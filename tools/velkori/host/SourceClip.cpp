@@ -59,8 +59,8 @@ class SourceClipMaker {
         MatchJoints(notes);
         const double lengthRatio = MeasureBones();
         metresPerUnit = options.metresPerUnit ? *options.metresPerUnit : UsualUnitNear(lengthRatio);
-        notes.push_back(fmt::format("'{}': unit: {:g} m{}", motion.path, metresPerUnit,
-            options.metresPerUnit ? ", as told" : DescribeUnit(lengthRatio)));
+        notes.push_back({fmt::format("'{}': unit: {:g} m{}", motion.path, metresPerUnit,
+            options.metresPerUnit ? ", as told" : DescribeUnit(lengthRatio))});
         BodyOptions body;
         body.rest = options.rest;
         body.known = ClipKnownJoints();
@@ -70,7 +70,7 @@ class SourceClipMaker {
         BodyView view = SeeBody(motion, body);
         space = view.space;
         for (const Remark& remark : view.remarks) {
-            notes.emplace_back(fmt::format("'{}': {}", motion.path, remark.text), remark.remedy);
+            notes.push_back({fmt::format("'{}': {}", motion.path, remark.text), remark.remedy});
         }
         clipRest = motion.skeleton.bindPose;
         if (options.rest.kind == RestChoice::Kind::Best) {
@@ -140,8 +140,8 @@ class SourceClipMaker {
                 Remedy::MakeOwnConfiguration);
         }
         if (!missing.empty()) {
-            notes.push_back(fmt::format(
-                "'{}' has no {}; they ride on their parents", motion.path, fmt::join(missing, ", ")));
+            notes.push_back({fmt::format(
+                "'{}' has no {}; they ride on their parents", motion.path, fmt::join(missing, ", "))});
         }
         if (root >= 0 && clipJoints[root] < 0 && hips < 0) {
             throw Failure(fmt::format("'{}' has no joint '{}' and the configuration no hips to put it under",
@@ -260,10 +260,10 @@ class SourceClipMaker {
         constexpr float suspicious = 10.0f;
         if (middle != angles.end() && *middle > suspicious) {
             notes.push_back(
-                fmt::format("warning: the joints of '{}' have other axes than the configuration's "
-                            "source (half of the bones differ by more than {:.0f} degrees); if the "
-                            "result is twisted, make the configuration from this file's rig",
-                    motion.path, *middle));
+                {fmt::format("warning: the joints of '{}' have other axes than the configuration's "
+                             "source (half of the bones differ by more than {:.0f} degrees); if the "
+                             "result is twisted, make the configuration from this file's rig",
+                    motion.path, *middle)});
         }
     }
 
@@ -315,10 +315,9 @@ class SourceClipMaker {
         for (Transform& transform : clip.poses) {
             transform.position.y -= ground;
         }
-        notes.emplace_back(
-            fmt::format(
-                "the feet stand at {:.3f} m in '{}'; the motion is moved to the ground", ground, motion.path),
-            Remedy::KeepHeight);
+        notes.push_back({fmt::format("the feet stand at {:.3f} m in '{}'; the motion is moved to the ground",
+                             ground, motion.path),
+            Remedy::KeepHeight});
     }
 
     /**

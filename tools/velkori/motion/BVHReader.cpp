@@ -151,7 +151,7 @@ class BVHParser {
         std::vector<double> values(channelCount);
         while (channelCount > 0 && !Peek().empty()) {
             if (!ParseFrame(values)) {
-                notes.push_back(fmt::format("'{}': the last frame is cut off and left out", path));
+                notes.push_back({fmt::format("'{}': the last frame is cut off and left out", path)});
                 motion.isIncomplete = true;
                 break;
             }
@@ -159,8 +159,8 @@ class BVHParser {
         }
         if (statedCount != motion.frameCount) {
             motion.isIncomplete = motion.isIncomplete || motion.frameCount < statedCount;
-            notes.push_back(fmt::format(
-                "'{}' says that it has {} frames and has {}", path, statedCount, motion.frameCount));
+            notes.push_back({fmt::format(
+                "'{}' says that it has {} frames and has {}", path, statedCount, motion.frameCount)});
         }
     }
 

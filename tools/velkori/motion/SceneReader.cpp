@@ -554,9 +554,9 @@ const aiAnimation* ChooseAnimation(
     }
     if (wanted.empty()) {
         if (animations.size() > 1) {
-            notes.emplace_back(fmt::format("'{}' has {} animations ({}); the first is taken", path,
-                                   animations.size(), fmt::join(names, ", ")),
-                Remedy::ChooseAnimation);
+            notes.push_back({fmt::format("'{}' has {} animations ({}); the first is taken", path,
+                                 animations.size(), fmt::join(names, ", ")),
+                Remedy::ChooseAnimation});
         }
         return animations[0];
     }

@@ -137,8 +137,8 @@ class BodyViewer {
         if (options.rest.kind == Kind::Best && Standing(view.rest) < leastStanding) {
             what = ChooseStandingPose();
         }
-        view.remarks.push_back(fmt::format(
-            "rest pose: {} ({:.0f} % like a standing person)", what, 100.0f * Standing(view.rest)));
+        view.remarks.push_back({fmt::format(
+            "rest pose: {} ({:.0f} % like a standing person)", what, 100.0f * Standing(view.rest))});
     }
 
     void TakeFrame(int frame) {
@@ -394,8 +394,8 @@ class BodyViewer {
         const std::string certainty =
             isClear ? fmt::format(" (its hips and shoulders, {:.0f} degrees off)", angle)
                     : std::string(", as most files have it");
-        view.remarks.push_back(fmt::format("{}; the body faces {}{}", upRemark, AxisName(forward),
-            options.facing ? std::string(", as told") : certainty));
+        view.remarks.push_back({fmt::format("{}; the body faces {}{}", upRemark, AxisName(forward),
+            options.facing ? std::string(", as told") : certainty)});
     }
 
     /** In a frame the body is anywhere; at rest it stands over the origin, and what is above the hips there.
@@ -435,7 +435,7 @@ class BodyViewer {
         const BodyUnit unit = FindBodyUnit(height, motion.statedMetresPerUnit);
         view.metresPerUnit = unit.metres;
         view.remarks.push_back(
-            fmt::format("unit: {}; the body is {:.2f} m high", unit.reason, height * unit.metres));
+            {fmt::format("unit: {}; the body is {:.2f} m high", unit.reason, height * unit.metres)});
     }
 
     const Motion& motion;
