@@ -14,6 +14,7 @@ enum class Remedy {
     NameHips,
     ChooseNearJoint,
     AlignRigs,
+    SayUp,
     SayUnit,
     SaySizeRange,
     KeepHeight,

@@ -25,6 +25,8 @@ std::string_view Advice(Remedy remedy) {
                "rig --known'";
     case Remedy::AlignRigs:
         return "align the rigs with 'velkori prepare --align all'";
+    case Remedy::SayUp:
+        return "--up says which it is";
     case Remedy::SayUnit:
         return "make it anew with 'velkori rig --metres-per-unit'";
     case Remedy::SaySizeRange:

@@ -2,6 +2,7 @@
 
 #include "Failure.h"
 #include "OutputFile.h"
+#include "commands/Remedies.h"
 
 #include <fmt/format.h>
 
@@ -31,8 +32,12 @@ void WriteScores(
             measures[measure.key] = {{"value", measure.value}, {"unit", measure.unit}, {"good", measure.good},
                 {"bad", measure.bad}, {"verdict", NameOf(measure.Judged())}};
         }
+        JSON doubts = JSON::array();
+        for (const Remark& doubt : scored.doubts) {
+            doubts.push_back(InWords(doubt));
+        }
         clips.push_back({{"clip", scored.clip}, {"verdict", NameOf(scored.score.Judged())},
-            {"truncated", scored.isTruncated}, {"doubts", scored.doubts}, {"measures", std::move(measures)}});
+            {"truncated", scored.isTruncated}, {"doubts", doubts}, {"measures", std::move(measures)}});
     }
     const JSON report = {{"configuration", configuration}, {"clips", std::move(clips)}};
     WriteTextFile(path, report.dump(2, ' ', false, JSON::error_handler_t::replace) + "\n");
@@ -47,11 +52,11 @@ void CheckScores(const std::vector<ClipScore>& scores, bool acceptsBad) {
         if (scored.isTruncated) {
             add("is cut short: frames that it states are missing");
         }
-        for (const std::string& doubt : scored.doubts) {
+        for (const Remark& doubt : scored.doubts) {
             if (acceptsBad) {
-                fmt::print(stderr, "warning: '{}': {}\n", scored.clip, doubt);
+                fmt::print(stderr, "warning: '{}': {}\n", scored.clip, InWords(doubt));
             } else {
-                add("is in doubt: " + doubt + "; --force takes it as it is");
+                add("is in doubt: " + InWords(doubt) + "; --force takes it as it is");
             }
         }
         if (scored.score.Judged() == Verdict::Bad && !acceptsBad) {

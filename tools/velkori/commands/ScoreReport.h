@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Remark.h"
 #include "score/Score.h"
 
 #include <string>
@@ -13,7 +14,7 @@ struct ClipScore {
     Score score;
     bool isTruncated = false;
     /** What of the clip may as well have been seen otherwise. */
-    std::vector<std::string> doubts;
+    std::vector<Remark> doubts;
 };
 
 /** Prints every measure with its limits and the verdict. */

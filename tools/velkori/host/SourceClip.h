@@ -31,7 +31,7 @@ struct SourceClip {
     int frameCount = 0;
     int jointCount = 0;
     /** What may as well be otherwise and would spoil a result, a line each. */
-    std::vector<std::string> doubts;
+    std::vector<Remark> doubts;
     /** The tracked body's rest pose: the source's own, with the clip's bone lengths where these differ. */
     std::vector<Transform> reference;
     /** Frame by frame, one world transform per source joint, in metres and the default coordinate space. */

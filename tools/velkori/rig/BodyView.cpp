@@ -319,14 +319,15 @@ class BodyViewer {
         constexpr float clearly = 2.0f;
         if (best <= 0.0f && !restStands) {
             view.doubts.push_back(
-                fmt::format("the body never stands along an axis; {} is taken for up; --up says which it is",
-                    AxisName(up)));
+                {fmt::format("the body never stands along an axis; {} is taken for up", AxisName(up)),
+                    Remedy::SayUp});
         } else if (best < clearly * second || (restStands && Dot(up, own) < 0.5f && MayLieOnGround(own))) {
             other = best < clearly * second ? other : own;
-            view.doubts.push_back(fmt::format("{} is taken for up, but it may be {}, along which the body "
-                                              "then {}; --up says which it is",
-                AxisName(up), AxisName(other),
-                shares.at(AxisIndex(other)) >= once ? "stands" : "lies in all frames"));
+            view.doubts.push_back(
+                {fmt::format("{} is taken for up, but it may be {}, along which the body then {}",
+                     AxisName(up), AxisName(other),
+                     shares.at(AxisIndex(other)) >= once ? "stands" : "lies in all frames"),
+                    Remedy::SayUp});
         }
         return up;
     }
