@@ -107,8 +107,8 @@ class Character : public testing::Test {
 
 TEST_F(Character, ComesBackAsItWasWithOneMoreAnimation) {
     struct Case {
-        bool isScaled;
-        bool isMirrored;
+        bool isScaled = false;
+        bool isMirrored = false;
         Point away;
     };
 
@@ -235,7 +235,7 @@ TEST_F(Character, CarriesItsWayWhereItIsToldTo) {
         << said.errors;
 }
 
-/** Turns a node by a half of a right angle or more, as a scene stored in a pose has it. */
+/** Turns a node as in a scene that is stored in a pose; by a quaternion without a part about y. */
 void TurnNode(JSON& document, const std::string& name, double x, double z) {
     for (JSON& node : document["nodes"]) {
         if (node["name"] == name) {
