@@ -178,6 +178,13 @@ def faults_of(text):
     return sorted(set(faults))
 
 
+def kind_of(argument):
+    """What an argument looks like: a text, a number, a list, a call or a name."""
+    if argument[0] in '"{':
+        return argument[0]
+    return "number" if re.match(r"-?\d", argument) else "call" if argument.endswith(")") else "name"
+
+
 def add_swaps(tokens, partner, text_of, opening, name, add):
     """Neighbouring elements of a list exchanged, unless they are parameters."""
     closing, parts, first = partner[opening], [], opening + 1
@@ -191,5 +198,6 @@ def add_swaps(tokens, partner, text_of, opening, name, add):
     if name in SYMMETRIC or any(PARAMETER.match(part) for part in texts):
         return
     for (left, right), (one, other) in zip(zip(parts, parts[1:]), zip(texts, texts[1:])):
-        if one != other and not one.startswith('"'):
+        # Otherwise they hardly have one type.
+        if one != other and kind_of(one) == kind_of(other) != '"':
             add(left[0], right[1], f"{other}, {one}")

@@ -58,6 +58,9 @@ void TakeSnapshot(velkori_Handle handle, double time, float x) {
     data.tracker1 = At(2 * x, 0, 0);
     data.tracker2 = At(3 * x, 0, 0);
     ASSERT_EQ(velkori_createSnapshot(handle, -1, time), Success);
+    // Of several in one frame the last one counts.
+    const velkori_FrameData_ earlier = {};
+    ASSERT_EQ(velkori_snapshotFrameData(handle, &earlier), Success);
     ASSERT_EQ(velkori_snapshotFrameData(handle, &data), Success);
 }
 
@@ -214,6 +217,40 @@ TEST(Stream, AnAckThatNamesNoSnapshotIsReportedButCodedAsNone) {
         for (std::size_t i = 0; i < pose.size(); ++i) {
             EXPECT_NEAR(received.target[i].position.y, pose[i].position.y, 1e-5F);
         }
+    }
+}
+
+// A host may give a frame its own number as its ack. Nothing has moved then, as if no joint were listed.
+TEST(Stream, AFrameThatIsCodedAgainstItselfSendsNoJoint) {
+    const LoadedConfig config(ReadSample("simple.json"));
+    const LoadedConfig other(ReadSample("simple.json"));
+    TakeSnapshot(config.Get(), 0, RestPose(config.Get()));
+    TakeSnapshot(other.Get(), 0, RestPose(other.Get()), {-1});
+    EXPECT_EQ(Record(config.Get()), Record(other.Get()));
+}
+
+// With lengths in place of positions, which the coarsest type sends of the only child of a joint: a joint
+// without a parent has no bone to stay on, whether it is known as the root or not.
+TEST(Stream, OnlyAnOnlyChildIsKeptOnItsBone) {
+    SmallRecords records;
+    records.parents[4] = nullptr;
+    velkori_UtilityConfigInitParams_ params = records.Config();
+    params.sourceSkeleton.knownJoints = params.targetSkeleton.knownJoints = nullptr;
+    const RecordedConfig config(params);
+    const velkori_SerializationSettings_ settings = {velkori_CompressionType_Standard, 0, 0, 0, 254};
+    ASSERT_EQ(velkori_updateSerializationSettings(config.handle, &settings), Success);
+    Transforms pose = RestPose(config.handle);
+    for (velkori_Transform_& joint : pose) {
+        joint.position.x += 0.25F;
+    }
+    TakeSnapshot(config.handle, -1, pose);
+    Received received;
+    received.target.resize(pose.size());
+    ASSERT_EQ(received.Read(config.handle, Record(config.handle)), Success);
+    // From the root on: parentless, the only child of each before it three times, and parentless.
+    const float expected[] = {0.25F, 0, 0, 0, 1.25F};
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_NEAR(received.target[i].position.x, expected[i], 1e-3F) << i;
     }
 }
 

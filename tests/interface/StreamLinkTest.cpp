@@ -257,6 +257,22 @@ TEST(StreamLink, OfACompressionTypeTheTwoLowestBitsCount) {
     EXPECT_LT(WorstShare(sent.target, link.received.target, Finest), 1.0F);
 }
 
+TEST(StreamLink, ResettingTheInterpolatorsForgetsBothBodies) {
+    Link link;
+    link.Send(link.body.At(5), -1);
+    link.Receive(link.record.data());
+    for (const bool isReset : {false, true}) {
+        for (Transforms* pose : {&link.received.source, &link.received.target}) {
+            auto count = static_cast<int32_t>(pose->size());
+            EXPECT_EQ(velkori_getInterpolatedSkeletonPose(link.receiver.Get(),
+                          pose == &link.received.source ? Source : Target, pose->data(), &count, 1.0),
+                Success);
+            EXPECT_EQ(count, isReset ? 0 : std::ssize(*pose));
+        }
+        EXPECT_EQ(velkori_resetInterpolators(link.receiver.Get()), Success);
+    }
+}
+
 // A face that is updated without a target body doesn't go out. What it was meant to say is said later.
 TEST(StreamLink, AFaceWithoutItsBodyIsNobodysBaseline) {
     using Parts = std::pair<bool, bool>;

@@ -127,6 +127,14 @@ TEST(Interpolator, AJointWithoutARotationStaysUntilTheReset) {
     EXPECT_EQ(interpolator.updateAndInterpolatePose(3.0)[0].position, Vector3f(3, 0, 0));
 }
 
+TEST(Interpolator, EasingByNothingOrTowardsNowhereChangesNoBit) {
+    constexpr float Infinity = std::numeric_limits<float>::infinity();
+    const JointPose running{{0, 0, 0, 2}, {1, 0, 0}};
+    EXPECT_EQ(easeTowards(running, {{1, 0, 0, 0}, {2, 0, 0}}, 0.0F), running);
+    EXPECT_EQ(easeTowards(running, {{1, 0, 0, 0}, {Infinity, 0, 0}}, 0.5F), running);
+    EXPECT_EQ(easeTowards(running, {{Infinity, 0, 0, 0}, {2, 0, 0}}, 0.5F), running);
+}
+
 TEST(Interpolator, TrackersBeginWithTheirFirstPair) {
     JointPoseInterpolator interpolator;
     EXPECT_EQ(interpolator.UpdateAndGetInterpolatePose(0.5), JointPose::Identity);

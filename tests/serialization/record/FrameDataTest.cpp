@@ -40,7 +40,7 @@ FrameData ReadBack(const FrameData& frame, const FrameData& baseline, FrameData 
 } // namespace
 
 TEST(FrameData, HeaderImage) {
-    // Low bits of each: header A5 (5), time, flag0 (false), weight 0.5 (255), value0 7 (3), value1 2, value2,
+    // Low bits of each: header A5 (5), time, flag0, weight 0.5 (255), value0 7 (3), value1 2, value2,
     // flag1, flag2; then three trackers that are skipped.
     const std::pair<double, std::string> times[] = {
         // 8388607.5 goes up to 8388608, whose low 16 bits are zero.
@@ -51,10 +51,12 @@ TEST(FrameData, HeaderImage) {
         {1e300, "0000000000000000"},
     };
     for (const auto& [time, bits] : times) {
+        FrameData frame = MakeFrame(time);
+        frame.flag0 = time > 1.0;
         BitWriter writer(4096);
-        MakeFrame(time).writeToStream(writer);
-        EXPECT_EQ(ToBitText(writer),
-            "0101" + bits + "0 011111111 11 10 10000000000000000000000000000001 1 0 000"_bits);
+        frame.writeToStream(writer);
+        EXPECT_EQ(ToBitText(writer), "0101" + bits + (frame.flag0 ? "1" : "0") +
+                                         "011111111 11 10 10000000000000000000000000000001 1 0 000"_bits);
     }
     EXPECT_EQ(ReadBack(MakeFrame(0.0), FrameData()).timestamp, -43200.0);
 }

@@ -169,8 +169,14 @@ TEST(Snapshot, BodiesAreReadOverTheirBaseline) {
     ++turned.fields[2];
     EXPECT_EQ(ReadBody("1 01000 00 01 000 010 000 0", baseline).elements[0].orientation, decompress(turned));
 
-    // Reading ends with the record, or with the joints there are.
+    // A skeleton without rest poses gives a length no direction: the joint stays.
+    const std::vector<std::uint32_t> words = ToWords("1 10001 111111111");
+    BitReader reader(words.data(), 4);
     BodySnapshot own = baseline;
+    own.readFromStream(reader, 15, {}, baseline);
+    EXPECT_EQ(own.elements[0].position, decompress(baseline.compressed[0].position));
+
+    // Reading ends with the record, or with the joints there are.
     for (const auto& [limit, read] : {std::pair{0, 0}, {1, 6}, {1000, 12}}) {
         EXPECT_EQ(Read(own, "1 00000 1 00000 1", own, limit), read) << limit;
     }
