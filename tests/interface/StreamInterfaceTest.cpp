@@ -224,19 +224,20 @@ TEST(Stream, AnAckThatNamesNoSnapshotIsReportedButCodedAsNone) {
 TEST(Stream, AFrameThatIsCodedAgainstItselfSendsNoJoint) {
     const LoadedConfig config(ReadSample("simple.json"));
     const LoadedConfig other(ReadSample("simple.json"));
+    // The default threshold is one that a joint at rest may reach.
+    const velkori_SerializationSettings_ settings = {velkori_CompressionType_Max, 0.01F, 1.0F, 0.01F, 254};
+    ASSERT_EQ(velkori_updateSerializationSettings(config.Get(), &settings), Success);
+    ASSERT_EQ(velkori_updateSerializationSettings(other.Get(), &settings), Success);
     TakeSnapshot(config.Get(), 0, RestPose(config.Get()));
     TakeSnapshot(other.Get(), 0, RestPose(other.Get()), {-1});
     EXPECT_EQ(Record(config.Get()), Record(other.Get()));
 }
 
-// With lengths in place of positions, which the coarsest type sends of the only child of a joint: a joint
-// without a parent has no bone to stay on, whether it is known as the root or not.
+// The coarsest type sends lengths in place of the positions of joints that stay on their bone.
 TEST(Stream, OnlyAnOnlyChildIsKeptOnItsBone) {
     SmallRecords records;
     records.parents[4] = nullptr;
-    velkori_UtilityConfigInitParams_ params = records.Config();
-    params.sourceSkeleton.knownJoints = params.targetSkeleton.knownJoints = nullptr;
-    const RecordedConfig config(params);
+    const RecordedConfig config(records.Config());
     const velkori_SerializationSettings_ settings = {velkori_CompressionType_Standard, 0, 0, 0, 254};
     ASSERT_EQ(velkori_updateSerializationSettings(config.handle, &settings), Success);
     Transforms pose = RestPose(config.handle);
@@ -247,8 +248,8 @@ TEST(Stream, OnlyAnOnlyChildIsKeptOnItsBone) {
     Received received;
     received.target.resize(pose.size());
     ASSERT_EQ(received.Read(config.handle, Record(config.handle)), Success);
-    // From the root on: parentless, the only child of each before it three times, and parentless.
-    const float expected[] = {0.25F, 0, 0, 0, 1.25F};
+    // The root and what hangs on it, two only children, and a joint without a parent that isn't the root.
+    const float expected[] = {0.25F, 0.25F, 0, 0, 1.25F};
     for (int i = 0; i < 5; ++i) {
         EXPECT_NEAR(received.target[i].position.x, expected[i], 1e-3F) << i;
     }
