@@ -186,9 +186,11 @@ TEST_F(Refusals, MappingsNameTheFirstPlaceWhereTheyLeaveTheirArrays) {
         Expect(Create(damaged.Config()), Value, each.text);
     }
     velkori_UtilityConfigInitParams_ params = records.Config();
-    params.maxMappings.mappingCount = -1;
-    Expect(Create(params), Value, "Mapping data cannot have negative number of mappings specified.");
-    params.maxMappings = params.minMappings;
+    for (velkori_JointMappingDefinition_* mappings : {&params.minMappings, &params.maxMappings}) {
+        mappings->mappingCount = -1;
+        Expect(Create(params), Value, "Mapping data cannot have negative number of mappings specified.");
+        *mappings = records.Config().maxMappings;
+    }
     params.maxMappings.mappingEntries = nullptr;
     Expect(Create(params), Value,
         "Mapping data has a non-zero value, but no mappings or mapping entries specified");
@@ -462,7 +464,7 @@ TEST_F(Refusals, AlignmentNamesItsFirstFault) {
     Expect(simple(Unknown, 0, nullptr, nullptr, nullptr, nullptr), NoHandle, NoInstance);
     Expect(
         simple(h, 0, nullptr, nullptr, nullptr, nullptr), Value, "Target Joint Count must be Greater than 0");
-    Expect(simple(h, 5, nullptr, nullptr, nullptr, nullptr), Parameter, IsNull("targetJointNames"));
+    Expect(simple(h, 1, nullptr, nullptr, nullptr, nullptr), Parameter, IsNull("targetJointNames"));
     Expect(simple(h, 5, names, nullptr, nullptr, nullptr), Parameter, IsNull("targetRestPose"));
     Expect(simple(h, 5, names, b, nullptr, nullptr), Value, BrokenText);
     Expect(simple(h, 5, names, p, nullptr, nullptr), Parameter, IsNull("sourceJointNamesMapping"));

@@ -4,6 +4,7 @@
 #include "support/AllocationCount.h"
 #include "support/GuardedMemory.h"
 #include "support/InterfaceNames.h"
+#include "support/LogCapture.h"
 #include "support/MovingBody.h"
 #include "support/Samples.h"
 
@@ -259,6 +260,7 @@ TEST(StreamLink, OfACompressionTypeTheTwoLowestBitsCount) {
 
 TEST(StreamLink, ResettingTheInterpolatorsForgetsBothBodies) {
     Link link;
+    const LogCapture capture;
     link.Send(link.body.At(5), -1);
     link.Receive(link.record.data());
     for (const bool isReset : {false, true}) {
@@ -271,6 +273,7 @@ TEST(StreamLink, ResettingTheInterpolatorsForgetsBothBodies) {
         }
         EXPECT_EQ(velkori_resetInterpolators(link.receiver.Get()), Success);
     }
+    EXPECT_TRUE(LogCapture::TakeLines().empty());
 }
 
 // A face that is updated without a target body doesn't go out. What it was meant to say is said later.

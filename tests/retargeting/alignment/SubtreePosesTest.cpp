@@ -19,3 +19,17 @@ TEST(SubtreePoses, DepthDoesNotMatter) {
     Alignment::UpdateRootSpaceJointPoseWithChildren(0, body.skeleton, local.front(), local, root);
     EXPECT_EQ(root.back().position, Vector3f(0, 2.0F * Depth, 0));
 }
+
+TEST(SubtreePoses, LocalSpaceIsTheParentsAndScalingEndsBeforeItsStop) {
+    const PlacedBody body({{"a", ""}, {"b", "a"}, {"c", "b"}, {"d", "c"}});
+    const std::vector<JointPose> root = {{{}, {1, 0, 0}}, {{}, {3, 0, 0}}, {{}, {6, 0, 0}}, {{}, {10, 0, 0}}};
+    std::vector<JointPose> local(root.size());
+    Alignment::UpdateLocalSpaceJointPoseWithChildren(0, body.skeleton, root, local);
+    Alignment::ScaleLocalSpacePoseAndChildrenRecursive(1, 3, 0.9F, body.skeleton, local);
+    // No joint, as a skeleton without a known one gives it.
+    Alignment::ScaleLocalSpacePoseAndChildrenRecursive(-1, 3, 0.9F, body.skeleton, local);
+    const float expected[] = {1, 2 * 0.9F, 3 * 0.9F, 4};
+    for (std::size_t i = 0; i < local.size(); ++i) {
+        EXPECT_EQ(local[i].position, Vector3f(expected[i], 0, 0)) << i;
+    }
+}
