@@ -102,6 +102,12 @@ TEST(WriteDocument, GivesTheTextThatWasRead) {
         const LoadedConfig config(ReadSample(sample));
         EXPECT_EQ(WriteDocument(config.Get()) + "\n", ReadSample(sample));
     }
+    // Smallest and largest mappings differ here, and stay where they are.
+    std::string document = ReadSample("simple.json");
+    const std::string weight = "\"weightRotation\": 1.0";
+    document.replace(
+        document.find(weight, document.find("\"mapping\"")), weight.size(), "\"weightRotation\": 0.5");
+    EXPECT_EQ(WriteDocument(LoadedConfig(document).Get()) + "\n", document);
 }
 
 TEST(WriteDocument, HoldsAMappingWhoseEntriesWereAllDropped) {
