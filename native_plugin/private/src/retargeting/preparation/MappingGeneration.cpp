@@ -245,7 +245,7 @@ FastRangedIntegralSet<HumanoidLimb> FindLimbsWithTwist(
     return limbs;
 }
 
-// The way from one end of a limb to the other, both included; none unless both belong to the limb.
+// The bone chain from one end of a limb to the other, both included; empty unless both belong to the limb.
 std::vector<int> FindTwistChain(const Skeleton& skeleton, const TwistLimbKnownJointPair& row) {
     const int start = skeleton.GetJointIndex(row.start);
     const int end = skeleton.GetJointIndex(row.end);
@@ -258,7 +258,8 @@ std::vector<int> FindTwistChain(const Skeleton& skeleton, const TwistLimbKnownJo
     return path;
 }
 
-// Carries the twist of a limb's end up the limb: a quarter to the next joint, then by halves.
+// Carries the twist of a limb's end up the limb: three quarters to the next joint, then half of each joint's
+// to the one after it.
 void AppendChainMappings(std::span<const int> path, std::vector<SerializedJointMapping>& mappings) {
     for (std::size_t i = 1; i < path.size(); ++i) {
         const float share = i == 1 ? 0.75F : 0.5F;
