@@ -168,7 +168,8 @@ Configuration LoadDocument(const std::string& text, const std::string& path) {
     }
     velkori_Handle handle = 0;
     Check(velkori_createOrUpdateHandle(text.c_str(), &handle),
-        fmt::format("'{}' is no configuration that the library takes; mend what it says, or make it anew", path));
+        fmt::format(
+            "'{}' is no configuration that the library takes; mend what it says, or make it anew", path));
     return Configuration(handle);
 }
 
